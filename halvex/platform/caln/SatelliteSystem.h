@@ -1,0 +1,86 @@
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <string_view>
+
+#include "halvex/platform/Export.h"
+
+namespace CALN {
+
+/// Satellite systems by code. As a bit (satellite types, combinations, disable masks) a system is 1 << (code - 1).
+enum eCALSATSYSTEM : std::uint8_t {
+    eCALSATSYSTEM_NONE = 0,
+    eCALSATSYSTEM_GPS = 1,
+    eCALSATSYSTEM_GLONASS = 2,
+    eCALSATSYSTEM_GALILEO = 3,
+    eCALSATSYSTEM_SBAS = 4,
+    eCALSATSYSTEM_BEIDOU = 5,
+    eCALSATSYSTEM_QZSS = 6,
+    eCALSATSYSTEM_NAVIC = 7,
+    eCALSATSYSTEM_RESERVED = 8,
+};
+
+/// Length of an array with a slot for each system code; slot 0 means none.
+inline constexpr int kSystemSlots = 9;
+
+/// A satellite by system and number. Plain value.
+struct SCalSatID {
+    constexpr SCalSatID() = default;
+    constexpr SCalSatID(eCALSATSYSTEM satelliteSystem, unsigned char satelliteNumber)
+        : system(satelliteSystem), number(satelliteNumber) {}
+
+    eCALSATSYSTEM system = eCALSATSYSTEM_NONE;
+    unsigned char number = 0;  ///< 1-based within the system; SBAS: PRN - 100, QZSS: 1 for J01
+
+    friend constexpr bool operator==(const SCalSatID&, const SCalSatID&) = default;
+    /// By system, then by number.
+    friend constexpr auto operator<=>(const SCalSatID&, const SCalSatID&) = default;
+};
+
+}  // namespace CALN
+
+namespace halvex {
+
+/// What the house knows of one satellite system; the one place where it stands.
+struct SatelliteSystem {
+    CALN::eCALSATSYSTEM code;
+    std::string_view name;
+    char letter;              ///< of RINEX file and satellite names
+    unsigned char maxNumber;  ///< satellites are numbered 1 to this
+
+    [[nodiscard]] constexpr std::uint8_t typeBit() const { return static_cast<std::uint8_t>(1U << (code - 1U)); }
+};
+
+/// The seven systems in the order of their codes. Numbers: RINEX 4.01, 3.5 (SBAS PRN - 100, QZSS PRN - 192).
+inline constexpr std::array<SatelliteSystem, 7> kSatelliteSystems{{
+    {CALN::eCALSATSYSTEM_GPS, "GPS", 'G', 32},
+    {CALN::eCALSATSYSTEM_GLONASS, "GLONASS", 'R', 24},
+    {CALN::eCALSATSYSTEM_GALILEO, "Galileo", 'E', 36},
+    {CALN::eCALSATSYSTEM_SBAS, "SBAS", 'S', 39},
+    {CALN::eCALSATSYSTEM_BEIDOU, "BeiDou", 'C', 63},
+    {CALN::eCALSATSYSTEM_QZSS, "QZSS", 'J', 10},
+    {CALN::eCALSATSYSTEM_NAVIC, "NavIC", 'I', 14},
+}};
+
+/// The system with that code, type bit or letter; null when there is none.
+[[nodiscard]] constexpr const SatelliteSystem* systemOfCode(int code) {
+    return code >= 1 && code <= static_cast<int>(kSatelliteSystems.size())
+               ? &kSatelliteSystems[static_cast<std::size_t>(code - 1)]
+               : nullptr;
+}
+[[nodiscard]] constexpr const SatelliteSystem* systemOfTypeBit(std::uint8_t bit) {
+    for (const SatelliteSystem& system : kSatelliteSystems) {
+        if (system.typeBit() == bit) return &system;
+    }
+    return nullptr;
+}
+[[nodiscard]] constexpr const SatelliteSystem* systemOfLetter(char letter) {
+    for (const SatelliteSystem& system : kSatelliteSystems) {
+        if (system.letter == letter) return &system;
+    }
+    return nullptr;
+}
+
+}  // namespace halvex

@@ -1,0 +1,3 @@
+#include "halvex/platform/kernix/PersistData.h"
+
+IPersistData::~IPersistData() = default;
