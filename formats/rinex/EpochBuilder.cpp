@@ -26,7 +26,8 @@ int columnOf(const std::vector<ObservationCode>& codes, const ObservationCode& c
 }  // namespace
 
 std::uint64_t LossCounts::total() const {
-    std::uint64_t sum = roundedDoppler + roundedCno + roundedEpochs + lossOfLockBits + repeatedSatellites + cycleSlipEpochs;
+    std::uint64_t sum =
+        roundedDoppler + roundedCno + roundedEpochs + lossOfLockBits + repeatedSatellites + cycleSlipEpochs;
     for (const auto& [code, count] : values) sum += count;
     return sum;
 }
@@ -57,7 +58,8 @@ void EpochBuilder::setHeader(const ObservationHeader& header) {
             SlotColumns& target = columns.slots[static_cast<std::size_t>(slot)];
             target = {band.frequency, codeColumns(order.civil), codeColumns(order.precise), {}};
             for (const char attribute : order.phase) {
-                const PhaseColumns signal{attribute, column('L', attribute), column('D', attribute), column('S', attribute)};
+                const PhaseColumns signal{attribute, column('L', attribute), column('D', attribute),
+                                          column('S', attribute)};
                 if (std::max({signal.phase, signal.doppler, signal.cno}) >= 0) target.phase.push_back(signal);
             }
         }
@@ -122,8 +124,7 @@ bool EpochBuilder::build(const ObservationEpoch& epoch, std::int32_t siteId, CHa
         SystemColumns& columns = m_systems[system->code];
         const std::span<const ObservedValue> values = epoch.valuesOf(satellite);
         m_used.assign(values.size(), 0);
-        CHalvexObservation observation(
-            CPrnID(satellite.id.number, static_cast<CPrnID::PrnType>(system->typeBit())));
+        CHalvexObservation observation(CPrnID(satellite.id.number, static_cast<CPrnID::PrnType>(system->typeBit())));
         for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
             fillSlot(columns.slots[slot], slot, values, satellite.id, state, observation);
         }
@@ -157,7 +158,8 @@ void EpochBuilder::fillSlot(const SlotColumns& columns, unsigned slot, std::span
         }
     };
     pseudorange(columns.civil, signals.pseudorangeC, [&](double metres) { observation.setPseudorangeC(slot, metres); });
-    pseudorange(columns.precise, signals.pseudorangeP, [&](double metres) { observation.setPseudorangeP(slot, metres); });
+    pseudorange(columns.precise, signals.pseudorangeP,
+                [&](double metres) { observation.setPseudorangeP(slot, metres); });
 
     // The signal of the phase: the one of last time, else the first that is there.
     const PhaseColumns* chosen = nullptr;

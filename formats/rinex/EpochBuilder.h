@@ -17,30 +17,30 @@ namespace halvex::rinex {
 struct LossCounts {
     /// Values by satellite system and code: of a band without a slot, or beside the signal that a slot took.
     std::map<std::pair<CALN::eCALSATSYSTEM, ObservationCode>, std::uint64_t> values;
-    std::uint64_t roundedDoppler = 0;       ///< Doppler values whose last printed digit a float does not hold
-    std::uint64_t roundedCno = 0;           ///< the same for C/N0
-    std::uint64_t roundedEpochs = 0;        ///< epochs off the millisecond, rounded to it
+    std::uint64_t roundedDoppler = 0;        ///< Doppler values whose last printed digit a float does not hold
+    std::uint64_t roundedCno = 0;            ///< the same for C/N0
+    std::uint64_t roundedEpochs = 0;         ///< epochs off the millisecond, rounded to it
     std::uint64_t signalStrengthDigits = 0;  ///< strength digits beside a value: a record holds C/N0 alone
-    std::uint64_t lossOfLockBits = 0;       ///< indicator bits that no flag of a record stands for
-    std::uint64_t repeatedSatellites = 0;   ///< a satellite's second line in an epoch
-    std::uint64_t cycleSlipEpochs = 0;      ///< epochs with flag 6
-    std::uint64_t powerFailures = 0;        ///< epochs with flag 1: kept as loss of lock of every phase
+    std::uint64_t lossOfLockBits = 0;        ///< indicator bits that no flag of a record stands for
+    std::uint64_t repeatedSatellites = 0;    ///< a satellite's second line in an epoch
+    std::uint64_t cycleSlipEpochs = 0;       ///< epochs with flag 6
+    std::uint64_t powerFailures = 0;         ///< epochs with flag 1: kept as loss of lock of every phase
 
     [[nodiscard]] std::uint64_t total() const;
 };
 
 /// Turns epochs of a RINEX file into station epochs: values to slots (SignalSlots.h), loss of lock from the indicator,
-/// lock counts, GPS time. Holds the state of a station from epoch to epoch: which signal a slot's phase comes from, which
-/// stays as long as it is there (a change is a loss of lock), and since when it is tracked. A phase that misses an epoch
-/// counts its lock anew. One thread at a time.
+/// lock counts, GPS time. Holds the state of a station from epoch to epoch: which signal a slot's phase comes from,
+/// which stays as long as it is there (a change is a loss of lock), and since when it is tracked. A phase that misses
+/// an epoch counts its lock anew. One thread at a time.
 class EpochBuilder {
 public:
     explicit EpochBuilder(const ObservationHeader& header) { setHeader(header); }
     /// Takes the columns of a header that an event has changed; the state of the satellites stays.
     void setHeader(const ObservationHeader& header);
 
-    /// Fills `station` (its filter stays) from an epoch with flag 0 or 1. False, with `station` as it was, for any other;
-    /// cycle-slip epochs are counted.
+    /// Fills `station` (its filter stays) from an epoch with flag 0 or 1. False, with `station` as it was, for any
+    /// other; cycle-slip epochs are counted.
     bool build(const ObservationEpoch& epoch, std::int32_t siteId, CHalvexStationObservation& station);
 
     /// Where the values of a satellite have come from so far.

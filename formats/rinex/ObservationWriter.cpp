@@ -53,11 +53,8 @@ struct Field {
 using SlotFields = std::array<Field, 5>;
 
 SlotFields slotFields(const CHalvexObservation& observation, unsigned slot, const SlotSignals& from) {
-    SlotFields fields{{{'C', from.pseudorangeC},
-                       {'C', from.pseudorangeP},
-                       {'L', from.phase},
-                       {'D', from.doppler},
-                       {'S', from.cno}}};
+    SlotFields fields{
+        {{'C', from.pseudorangeC}, {'C', from.pseudorangeP}, {'L', from.phase}, {'D', from.doppler}, {'S', from.cno}}};
     float doppler = 0.0F;
     float cno = 0.0F;
     fields[0].valid = observation.getPseudorangeC(slot, fields[0].value);

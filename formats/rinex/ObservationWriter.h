@@ -38,7 +38,8 @@ private:
             if (file != stdout) std::fclose(file);
         }
     };
-    void writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id, const SatelliteSignals& signals);
+    void writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id,
+                        const SatelliteSignals& signals);
     bool flush(bool whole);
     bool failed(const char* what);
 

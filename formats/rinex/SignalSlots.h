@@ -8,8 +8,9 @@
 
 namespace halvex::rinex {
 
-/// Which tracking attributes of a slot's band go to which value of the slot, the preferred one first. The band itself is
-/// halvex::slotBand's. A record holds one value of each kind on a slot; what a file has beside it is counted as lost.
+/// Which tracking attributes of a slot's band go to which value of the slot, the preferred one first. The band itself
+/// is halvex::slotBand's. A record holds one value of each kind on a slot; what a file has beside it is counted as
+/// lost.
 struct SlotSignalOrder {
     std::string_view civil;    ///< codes for pseudorange C: C/A and the other open signals
     std::string_view precise;  ///< codes for pseudorange P: P, and P(Y) with or without codes
