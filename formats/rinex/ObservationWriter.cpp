@@ -8,7 +8,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "formats/rinex/HeaderText.h"
+#include "formats/rinex/ObservationHeaderWriter.h"
 
 namespace halvex::rinex {
 namespace {
