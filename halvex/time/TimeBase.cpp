@@ -82,7 +82,7 @@ CTimeBase::CTimeBase(const DBTIMESTAMP& stamp)
     : CTimeBase(stamp.year, stamp.month, stamp.day, stamp.hour, stamp.minute, stamp.second + stamp.fraction / 1e9) {}
 
 CTimeBase::CTimeBase(const SYSTEMTIME& stamp) {
-    SetAsDate(stamp.wYear, stamp.wMonth, stamp.wDay, stamp.wHour, stamp.wMinute, secondsOf(time));
+    SetAsDate(stamp.wYear, stamp.wMonth, stamp.wDay, stamp.wHour, stamp.wMinute, secondsOf(stamp));
 }
 
 CTimeBase::CTimeBase(const SMjdTime& instant) : mjd::time(instant) {}
@@ -204,5 +204,5 @@ int CTimeBase::Compare(const CTimeBase& other, bool timeOfDayOnly, bool toTheMin
 
 SMjdTime convertToSMjdTime(const SYSTEMTIME& stamp) {
     if (stamp.wYear == 0 && stamp.wMonth == 0 && stamp.wDay == 0) return {};
-    return {stamp.wYear, stamp.wMonth, stamp.wDay, stamp.wHour, stamp.wMinute, secondsOf(time)};
+    return {stamp.wYear, stamp.wMonth, stamp.wDay, stamp.wHour, stamp.wMinute, secondsOf(stamp)};
 }
