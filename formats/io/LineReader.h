@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -11,8 +12,9 @@
 namespace halvex {
 
 /// Lines of a text file, plain or gzip-compressed (told apart by the first two bytes), or of standard input ("-").
-/// Streaming: holds one block of the file whatever its length. Lines end in LF or CR LF; a last line without an end counts.
-/// A NUL byte or a line of more than kLongestLine bytes is an error: such a file is no text. One thread at a time.
+/// Streaming: holds one block of the file whatever its length. Lines end in LF or CR LF; a last line without an end
+/// counts. A NUL byte or a line of more than kLongestLine bytes is an error: such a file is no text. One thread at a
+/// time.
 class LineReader {
 public:
     static constexpr std::size_t kLongestLine = 65536;
@@ -24,8 +26,10 @@ public:
 
     /// False, with error(), when the file cannot be opened or is a folder.
     [[nodiscard]] bool open(const std::string& name);
-    /// The next line without its end; valid until the next call. Empty at the end of the input and after an error: error()
-    /// tells which (a gzip stream that is damaged or cut off yields its good lines first).
+    /// The same for a file that is already in memory, plain or compressed; `name` stands in error messages.
+    void openBytes(std::string name, std::string bytes);
+    /// The next line without its end; valid until the next call. Empty at the end of the input and after an error:
+    /// error() tells which (a gzip stream that is damaged or cut off yields its good lines first).
     [[nodiscard]] std::optional<std::string_view> next();
     /// Gives the line that next() returned last once more at the next call.
     void putBack();

@@ -23,7 +23,7 @@ enum class EpochFlag : std::uint8_t {
 
 /// One field of a satellite's line.
 struct ObservedValue {
-    double value = 0.0;  ///< in the unit of its code, scale factor taken off
+    double value = 0.0;               ///< in the unit of its code, scale factor taken off
     std::uint8_t lossOfLock = 0;      ///< loss-of-lock indicator, bits 0 to 2; blank is 0
     std::uint8_t signalStrength = 0;  ///< 1 to 9; blank or 0: not given
     bool present = false;             ///< blank and 0.000 both mean missing

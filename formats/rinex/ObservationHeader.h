@@ -47,9 +47,9 @@ struct ObservationHeader {
     std::string observer, agency;
     std::string receiverNumber, receiverType, receiverVersion;
     std::string antennaNumber, antennaType;
-    std::optional<std::array<double, 3>> position;        ///< approximate marker position, Earth-fixed [m]
-    std::optional<std::array<double, 3>> antennaDelta;    ///< height, east, north of the antenna reference point [m]
-    double interval = 0.0;                                ///< [s]; 0: not given
+    std::optional<std::array<double, 3>> position;      ///< approximate marker position, Earth-fixed [m]
+    std::optional<std::array<double, 3>> antennaDelta;  ///< height, east, north of the antenna reference point [m]
+    double interval = 0.0;                              ///< [s]; 0: not given
     TimeSystem timeSystem = TimeSystem::gps;
     std::optional<SMjdTime> firstObservation, lastObservation;  ///< in the file's time system
     bool clockOffsetApplied = false;
@@ -64,7 +64,8 @@ struct ObservationHeader {
     std::map<CALN::SCalSatID, int> glonassChannels;
     std::map<ObservationCode, double> glonassBiases;  ///< code-phase bias of C1C, C1P, C2C, C2P [m]
     std::optional<int> leapSeconds;                   ///< GPS - UTC [s] (BDT - UTC for files in BeiDou time)
-    /// RINEX 2 wavelength factors on L1 and L2 (1 full, 2 half cycle): the default under number 0, then by GPS satellite.
+    /// RINEX 2 wavelength factors on L1 and L2 (1 full, 2 half cycle): the default under number 0, then by GPS
+    /// satellite.
     std::map<unsigned char, std::array<int, 2>> wavelengthFactors;
 
     std::uint32_t unknownRecords = 0;  ///< header lines with a label this reader does not know
