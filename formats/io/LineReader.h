@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -25,6 +26,8 @@ public:
 
     /// False, with error(), when the file cannot be opened or is a folder.
     [[nodiscard]] bool open(const std::string& name);
+    /// The same for a file that is already in memory, plain or compressed; `name` stands in error messages.
+    void openBytes(std::string name, std::string bytes);
     /// The next line without its end; valid until the next call. Empty at the end of the input and after an error:
     /// error() tells which (a gzip stream that is damaged or cut off yields its good lines first).
     [[nodiscard]] std::optional<std::string_view> next();

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "formats/io/FormatError.h"
 #include "formats/io/LineReader.h"
+#include "formats/rinex/EpochLine.h"
 #include "formats/rinex/ObservationEpoch.h"
 #include "formats/rinex/ObservationHeader.h"
 
@@ -23,6 +28,8 @@ public:
 
     /// Opens the file and reads its header. False, with error(), when there is none to be had.
     [[nodiscard]] bool open(const std::string& name);
+    /// The same for lines that are opened already.
+    [[nodiscard]] bool open(LineReader lines);
     /// Reads the next epoch or event into `epoch`. A bad epoch is given up as a whole and `epoch` then means nothing;
     /// a last epoch that is cut off is an error.
     [[nodiscard]] Result next(ObservationEpoch& epoch);
@@ -35,10 +42,26 @@ public:
     [[nodiscard]] const LineReader& lines() const { return m_lines; }
 
 private:
+    bool readHeader();
+    bool nextLine();
+    bool findEpoch();
+    Result readEvent(const EpochLine& start);
+    Result readSatellites2(const EpochLine& start, ObservationEpoch& epoch);
+    Result readSatellites3(const EpochLine& start, ObservationEpoch& epoch);
+    [[nodiscard]] std::optional<std::string> addSatellite(const CALN::SCalSatID& id, ObservationEpoch& epoch);
+    Result fail(std::string message);
+    Result failAtEnd(std::size_t count, unsigned announced, std::string_view what);
+
     LineReader m_lines;
     ObservationHeader m_header;
     std::uint32_t m_headerChanges = 0;
     FormatError m_error;
+    std::string_view m_line;  ///< the line that is being read
+    Family m_family = Family::rinex3;
+    bool m_insideEpoch = false;  ///< m_line is not the line that the epoch began with
+    bool m_lost = false;         ///< a bad epoch is behind, the next one is not found yet
+    bool m_ended = true;
+    std::array<std::uint64_t, CALN::kSystemSlots> m_seen{};  ///< satellites of this epoch, a bit for each number
 };
 
 }  // namespace halvex::rinex
