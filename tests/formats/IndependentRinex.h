@@ -101,23 +101,23 @@ inline bool readIndependently(const std::string& name, const std::function<void(
         }
         for (int i = 0; i < count; ++i) {
             std::string fields;
-            std::string name;
+            std::string satellite;
             if (version2) {
-                name = names[static_cast<std::size_t>(i)];
-                if (name[0] == ' ') name[0] = fileSystem;
+                satellite = names[static_cast<std::size_t>(i)];
+                if (satellite[0] == ' ') satellite[0] = fileSystem;
                 for (std::size_t k = 0; k < types['M'].size(); k += 5) {
                     if (!next()) return false;
                     fields += line.substr(0, 80);
                 }
             } else {
                 if (!next()) return false;
-                name = line.substr(0, 3);
+                satellite = line.substr(0, 3);
                 fields = line.substr(3);
             }
-            if (name[1] == ' ') name[1] = '0';
-            auto& values = epoch.satellites[name];
+            if (satellite[1] == ' ') satellite[1] = '0';
+            auto& values = epoch.satellites[satellite];
             std::size_t column = 0;
-            for (const std::string& type : types[version2 ? 'M' : name[0]]) {
+            for (const std::string& type : types[version2 ? 'M' : satellite[0]]) {
                 if (column >= fields.size()) break;
                 const std::string field = (fields.substr(column, 16) + std::string(16, ' ')).substr(0, 16);
                 column += 16;
