@@ -280,7 +280,7 @@ HeaderParser::Fault HeaderParser::takeTime(std::string_view line, std::optional<
 }
 
 HeaderParser::Fault HeaderParser::takeFirstTime(std::string_view line) {
-    const std::string system = textAt(line, 48, 3);
+    const std::string system = textAt(line, 43, 17);  // columns 49 to 51; some writers are one off
     if (!system.empty()) {
         const auto known = timeSystemOf(system);
         if (!known) return "time system \"" + system + "\" is not known";
