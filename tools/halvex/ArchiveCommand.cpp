@@ -125,7 +125,7 @@ private:
 
     void noteBad(const std::string& text) {
         ++m_bad;
-        fmt::print(stderr, "halvex: {}\n", text);
+        std::cerr << "halvex: " << text << std::endl;
     }
 
     void report() const {
@@ -139,8 +139,8 @@ private:
         }
         if (!sets.empty()) std::cout << sets.text();
         for (const InputReport& input : m_inputs) reportInput(input);
-        if (m_notLater != 0) fmt::print("{} epochs were not later than the last one of their set: left out\n", m_notLater);
-        if (m_bad != 0) fmt::print("{} bad epochs or files passed over\n", m_bad);
+        if (m_notLater != 0) std::cout << m_notLater << " epochs were not later than the last one of their set: left out\n";
+        if (m_bad != 0) std::cout << m_bad << " bad epochs or files passed over\n";
         std::cout.flush();
     }
 

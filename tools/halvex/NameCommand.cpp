@@ -29,10 +29,10 @@ void printNames(const Options& options) {
     std::string longName;
     CProductsFileName::CreateRinexLongFileName(station.site.c_str(), parameters, time.GetGpsWeek(), time.GetGpsSeconds(),
                                                longName);
-    const auto type = options.type == "subhourly" ? CProductsFileName::eRinexSubHourly
-                      : options.type == "hourly"  ? CProductsFileName::eRinexHourly
-                                                  : CProductsFileName::eRinexDaily;
-    const auto letters = options.letters == "upper" ? CProductsFileName::eSiteCodeUpper : CProductsFileName::eSiteCodeLower;
+    const auto type = options.type == "subhourly" ? CProductsFileName::RINEX_SUBHOURLY
+                      : options.type == "hourly"  ? CProductsFileName::RINEX_HOURLY
+                                                  : CProductsFileName::RINEX_DAILY;
+    const auto letters = options.letters == "upper" ? CProductsFileName::SITECODE_UPPER : CProductsFileName::SITECODE_LOWER;
     std::string shortName;
     CProductsFileName::CreateRinexFileName(station.site.c_str(), time.GetGpsWeek(), time.GetGpsSeconds(), shortName, letters,
                                            type);
@@ -40,10 +40,10 @@ void printNames(const Options& options) {
 }
 
 void printChanged(const Options& options) {
-    const auto type = options.compression == "zip" ? CProductsFileName::eTargetFileZip
-                      : options.compression == "Z" ? CProductsFileName::eTargetFileUnixCompress
-                      : options.compression == "gz" ? CProductsFileName::eTargetFileGZip
-                                                    : CProductsFileName::eTargetFileNone;
+    const auto type = options.compression == "zip" ? CProductsFileName::TARGET_ZIP
+                      : options.compression == "Z" ? CProductsFileName::TARGET_UNIX_COMPRESS
+                      : options.compression == "gz" ? CProductsFileName::TARGET_GZIP
+                                                    : CProductsFileName::TARGET_NONE;
     CString changed;
     if (CProductsFileName::ChangeRinexFileName(options.change.c_str(), type, options.longName, changed, options.hatanaka,
                                                false) == 0) {
