@@ -8,15 +8,19 @@
 
 namespace {
 
-constexpr double kSpeedOfLight = 299792458.0;  // [m/s], IS-GPS-200, 20.3.4.3
-constexpr double kFrequencyL1 = 1.57542e9;     // [Hz], IS-GPS-200, 3.3.1.1
-constexpr double kFrequencyL2 = 1.2276e9;      // [Hz]
+constexpr double kSpeedOfLight = 299792458.0;          // [m/s], IS-GPS-200, 20.3.4.3
+constexpr double kFrequencyL1 = 1.57542e9;             // [Hz], IS-GPS-200, 3.3.1.1
+constexpr double kFrequencyL2 = 1.2276e9;              // [Hz]
 constexpr double kWavelengthL1 = 0.19029367279836487;  // [m]
 constexpr double kWavelengthL2 = 0.24421021342456825;  // [m]
 
-double wavelength(unsigned frequency) { return frequency == 0 ? kWavelengthL1 : kWavelengthL2; }
+double wavelength(unsigned frequency) {
+    return frequency == 0 ? kWavelengthL1 : kWavelengthL2;
+}
 
-bool within(double value, double low, double high) { return value >= low && value <= high; }
+bool within(double value, double low, double high) {
+    return value >= low && value <= high;
+}
 
 /// Integer part; a number that no integer holds goes to the nearest end, NaN to 0.
 std::int32_t truncated(double value) {

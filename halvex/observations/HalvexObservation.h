@@ -9,19 +9,19 @@
 #include "halvex/platform/caln/Frequency.h"
 #include "halvex/platform/kernix/PrnID.h"
 
-/// Raw observation of one satellite at one epoch: on each of three frequency slots (halvex::slotBand says which carrier)
-/// the phase, two pseudoranges, Doppler, signal strength, error estimates and a lock count. Every value has a validity
-/// bit; only valid values are persisted. A slot index of 3 or more is invalid: setters do nothing, getters and validity
-/// tests return false and leave their output alone, getters that return a number give 0.
+/// Raw observation of one satellite at one epoch: on each of three frequency slots (halvex::slotBand says which
+/// carrier) the phase, two pseudoranges, Doppler, signal strength, error estimates and a lock count. Every value has a
+/// validity bit; only valid values are persisted. A slot index of 3 or more is invalid: setters do nothing, getters and
+/// validity tests return false and leave their output alone, getters that return a number give 0.
 ///
 /// The network processing reuses some fields for its own results per signal (cycle slips, rejections, ambiguity state),
 /// packed into the same bytes: a caller uses one meaning or the other. Plain value without locks.
 ///
 /// Saved form, little-endian and packed:
-///   CPrnID (2 bytes), uint8 validity (1 elevation mask, 2 azimuth, 4 issue of data), then only if valid: uint8 issue of
-///   data, float64 elevation mask, float64 azimuth; for each slot: uint32 flags, then only if its flag is set: float64
-///   phase, float64 pseudorange C, float64 pseudorange P, float32 Doppler, uint16 phase error, uint16 pseudorange error,
-///   uint8 multipath, float32 C/N0, uint8 Costas indicator, and always uint16 lock count.
+///   CPrnID (2 bytes), uint8 validity (1 elevation mask, 2 azimuth, 4 issue of data), then only if valid: uint8 issue
+///   of data, float64 elevation mask, float64 azimuth; for each slot: uint32 flags, then only if its flag is set:
+///   float64 phase, float64 pseudorange C, float64 pseudorange P, float32 Doppler, uint16 phase error, uint16
+///   pseudorange error, uint8 multipath, float32 C/N0, uint8 Costas indicator, and always uint16 lock count.
 class HALVEX_EXPORT CHalvexObservation {
 public:
     /// State of an ambiguity, four bits.
@@ -38,8 +38,8 @@ public:
     explicit CHalvexObservation(const CPrnID& prnId) : m_prnId(prnId) {}
     CHalvexObservation& Assign(const CHalvexObservation& other) { return *this = other; }
 
-    /// Clears the satellite, the satellite-level validity, elevation mask and azimuth, and the flags of the slots: their
-    /// values stay but are no longer valid.
+    /// Clears the satellite, the satellite-level validity, elevation mask and azimuth, and the flags of the slots:
+    /// their values stay but are no longer valid.
     void Reset();
 
     bool setPrn(unsigned char prn) { return m_prnId.setPrn(prn); }
@@ -62,8 +62,8 @@ public:
     [[nodiscard]] static bool CheckFrequency(unsigned frequency) { return frequency < kSlots; }
     [[nodiscard]] static bool CheckCodePhaseType(unsigned codePhaseType) { return codePhaseType < 6; }
 
-    /// Phase in cycles or, with `inCycles` false, in metres: those are divided by the L1 wavelength on slot 0 and by the
-    /// L2 wavelength on both others.
+    /// Phase in cycles or, with `inCycles` false, in metres: those are divided by the L1 wavelength on slot 0 and by
+    /// the L2 wavelength on both others.
     void setPhase(unsigned frequency, double value, bool inCycles);
     void setPseudorangeC(unsigned frequency, double metres);
     void setPseudorangeP(unsigned frequency, double metres);
@@ -134,8 +134,8 @@ public:
     /// Bits 12 to 15 of the lock count.
     void SetAmbiguityFixState(unsigned frequency, eAmbiguityFixStateType state);
     [[nodiscard]] eAmbiguityFixStateType GetAmbiguityFixState(unsigned frequency) const;
-    /// The ambiguity levels in the fraction of C/N0: sub level (below 10, else false) in the first decimal, search level
-    /// in thousandths.
+    /// The ambiguity levels in the fraction of C/N0: sub level (below 10, else false) in the first decimal, search
+    /// level in thousandths.
     bool SetAmbiguitySearchAndSubLevel(unsigned frequency, std::int32_t search, std::int32_t sub);
     /// The ambiguity in the integer part of C/N0; the fraction, with the levels, stays.
     bool SetAmbiguityValue(unsigned frequency, double value);
@@ -145,8 +145,8 @@ public:
     /// Moves phases (cycles) and pseudoranges (metres) of the first two slots by a jump of the receiver clock.
     void AdjustForClockJumps(std::int32_t milliseconds);
 
-    /// `size` is the whole buffer's. On success the offset moves behind the saved form; on failure (null or short buffer)
-    /// object and offset stay as they were and nothing past the buffer is touched.
+    /// `size` is the whole buffer's. On success the offset moves behind the saved form; on failure (null or short
+    /// buffer) object and offset stay as they were and nothing past the buffer is touched.
     bool SaveData(unsigned char* buffer, std::size_t size, std::size_t& offset) const;
     bool LoadData(const unsigned char* buffer, std::size_t size, std::size_t& offset);
     [[nodiscard]] std::size_t getSize() const;

@@ -8,12 +8,16 @@
 
 #include "halvex/platform/kernix/ByteCodec.h"
 
-CHalvexStationObservation::CHalvexStationObservation() { setTimeSynchronized(true); }
+CHalvexStationObservation::CHalvexStationObservation() {
+    setTimeSynchronized(true);
+}
 
 CHalvexStationObservation::CHalvexStationObservation(unsigned int gpsFraction, short gpsWeek)
     : m_week(static_cast<std::uint16_t>(gpsWeek)), m_fraction(gpsFraction) {}
 
-CHalvexStationObservation::CHalvexStationObservation(const CHalvexStationObservation& other) { *this = other; }
+CHalvexStationObservation::CHalvexStationObservation(const CHalvexStationObservation& other) {
+    *this = other;
+}
 
 CHalvexStationObservation& CHalvexStationObservation::operator=(const CHalvexStationObservation& other) {
     if (this == &other) return *this;
@@ -153,9 +157,13 @@ bool CHalvexStationObservation::seek(std::size_t from) {
     return m_cursor < m_observations.size();
 }
 
-bool CHalvexStationObservation::First() { return seek(0); }
+bool CHalvexStationObservation::First() {
+    return seek(0);
+}
 
-bool CHalvexStationObservation::Next() { return m_cursor < m_observations.size() && seek(m_cursor + 1); }
+bool CHalvexStationObservation::Next() {
+    return m_cursor < m_observations.size() && seek(m_cursor + 1);
+}
 
 bool CHalvexStationObservation::Get(CHalvexObservation& observation) const {
     if (m_cursor >= m_observations.size()) return false;
@@ -207,7 +215,9 @@ bool CHalvexStationObservation::ValidateObservations() {
     return !m_observations.empty();
 }
 
-void CHalvexStationObservation::listChanged() { std::fill(std::begin(m_tracked), std::end(m_tracked), 0); }
+void CHalvexStationObservation::listChanged() {
+    std::fill(std::begin(m_tracked), std::end(m_tracked), 0);
+}
 
 std::int32_t CHalvexStationObservation::GetCountObservationSatSystem(CPrnID::PrnTypeFlag mask) const {
     return static_cast<std::int32_t>(
@@ -225,10 +235,9 @@ std::int32_t CHalvexStationObservation::GetCountObsL1L2() const {
 std::int32_t CHalvexStationObservation::tracked(std::size_t cache, CPrnID::PrnType type, unsigned frequency) const {
     const std::atomic_ref cached(m_tracked[cache]);
     if (const std::int32_t count = cached.load(std::memory_order_relaxed); count >= 1) return count;
-    const auto count = static_cast<std::int32_t>(
-        std::count_if(m_observations.begin(), m_observations.end(), [=](const CHalvexObservation& each) {
-            return each.getPrnType() == type && each.IsTracked(frequency);
-        }));
+    const auto count = static_cast<std::int32_t>(std::count_if(
+        m_observations.begin(), m_observations.end(),
+        [=](const CHalvexObservation& each) { return each.getPrnType() == type && each.IsTracked(frequency); }));
     cached.store(count, std::memory_order_relaxed);
     return count;
 }
@@ -257,7 +266,8 @@ MDB::CPrnIdZ9 CHalvexStationObservation::getNewPrnTypeFromDeprecated(const CPrnI
 
 CPrnID CHalvexStationObservation::getDepricatedPrnTypeFromNew(const MDB::CPrnIdZ9& satellite) {
     const halvex::SatelliteSystem* system = halvex::systemOfCode(satellite.getSystem());
-    return system != nullptr ? CPrnID(satellite.getNumber(), static_cast<CPrnID::PrnType>(system->typeBit())) : CPrnID();
+    return system != nullptr ? CPrnID(satellite.getNumber(), static_cast<CPrnID::PrnType>(system->typeBit()))
+                             : CPrnID();
 }
 
 void CHalvexStationObservation::UpdateLossOfLock(MDB::CLossOfLockDetector& detector) {

@@ -13,16 +13,17 @@
 #include "halvex/platform/mdb/LossOfLockDetector.h"
 #include "halvex/platform/mdb/PrnIdZ9.h"
 
-/// One epoch of one reference station: GPS week and milliseconds of week, site number, a status word, optional smoothing
-/// interval, Doppler rate and receiver clock offsets, and the satellites' observations, owned by value, with a filtered
-/// cursor over them. Some status bits and fields carry a second meaning for the network processing.
+/// One epoch of one reference station: GPS week and milliseconds of week, site number, a status word, optional
+/// smoothing interval, Doppler rate and receiver clock offsets, and the satellites' observations, owned by value, with
+/// a filtered cursor over them. Some status bits and fields carry a second meaning for the network processing.
 ///
 /// One thread at a time writes; several may read an object that nobody writes (the tracked counts that const getters
 /// cache are stored atomically). Pointers to observations become invalid when the list changes.
 ///
 /// Saved form, little-endian and packed: uint32 number of observations, uint32 milliseconds of week, uint16 week, int32
-/// site ID, uint16 status, then only if their status bit is set: uint16 smoothing interval, uint16 Doppler rate, float64
-/// clock offset code, float64 clock offset phase; then the observations in list order, each as CHalvexObservation.
+/// site ID, uint16 status, then only if their status bit is set: uint16 smoothing interval, uint16 Doppler rate,
+/// float64 clock offset code, float64 clock offset phase; then the observations in list order, each as
+/// CHalvexObservation.
 class HALVEX_EXPORT CHalvexStationObservation : public IPersistData, public MDB::IObsLossOfLock {
 public:
     /// Week, time and status 0, site ID -1, filter GPS, no observations; time synchronized.

@@ -25,6 +25,16 @@ eCALFREQUENCY_GROUP getFrequencyGroup(eCALFREQUENCY frequency) {
     return eCALFREQUENCY_GROUP_NONE;
 }
 
+double getCarrierFrequency(eCALFREQUENCY frequency, int glonassChannel) {
+    static constexpr double kMegahertz[kFrequencyCount] = {1575.42, 1227.60,  1176.45, 1602.0,   1246.0, 1202.025,
+                                                           1207.14, 1191.795, 1278.75, 1561.098, 1268.52};
+    if (frequency >= kFrequencyCount) return 0.0;
+    double megahertz = kMegahertz[frequency];
+    if (frequency == eCALFREQUENCY_G1) megahertz += glonassChannel * 0.5625;
+    if (frequency == eCALFREQUENCY_G2) megahertz += glonassChannel * 0.4375;
+    return megahertz * 1e6;
+}
+
 }  // namespace CALN
 
 namespace halvex {

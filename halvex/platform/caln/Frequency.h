@@ -43,6 +43,10 @@ constexpr eCALFREQUENCY_GROUP operator&(eCALFREQUENCY_GROUP left, eCALFREQUENCY_
 /// The band of a carrier; NONE for a value that is no carrier.
 [[nodiscard]] HALVEX_EXPORT eCALFREQUENCY_GROUP getFrequencyGroup(eCALFREQUENCY frequency);
 
+/// Carrier frequency [Hz]; the channel, -7 to 6, counts for G1 and G2 alone. 0 for a value that is no carrier.
+/// IS-GPS-200, IS-GPS-705, GLONASS ICD 5.1, Galileo OS SIS ICD 2.1, BDS-SIS-ICD-B1I and -B3I.
+[[nodiscard]] HALVEX_EXPORT double getCarrierFrequency(eCALFREQUENCY frequency, int glonassChannel = 0);
+
 }  // namespace CALN
 
 namespace halvex {

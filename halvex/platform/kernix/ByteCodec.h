@@ -44,8 +44,8 @@ template <Persistable T>
     return std::bit_cast<T>(bits);
 }
 
-/// Reads fields from a buffer one after another. A read past the end gives 0 and marks the reader as failed for good, so
-/// that a whole field list can be read before ok() is asked. Refers to the caller's bytes; one thread at a time.
+/// Reads fields from a buffer one after another. A read past the end gives 0 and marks the reader as failed for good,
+/// so that a whole field list can be read before ok() is asked. Refers to the caller's bytes; one thread at a time.
 class ByteReader {
 public:
     ByteReader(const unsigned char* buffer, std::size_t size)
@@ -121,10 +121,8 @@ private:
 class ByteCounter {
 public:
     template <class T>
-        requires Persistable<T> || std::same_as<T, bool>
-    void operator()(T) {
-        m_size += sizeof(T);
-    }
+    requires Persistable<T> || std::same_as<T, bool>
+    void operator()(T) { m_size += sizeof(T); }
     [[nodiscard]] std::size_t size() const { return m_size; }
 
 private:

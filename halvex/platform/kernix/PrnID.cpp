@@ -4,7 +4,9 @@
 
 #include "halvex/platform/kernix/ByteCodec.h"
 
-bool CPrnID::IsSystem(PrnType type) { return std::has_single_bit(static_cast<unsigned>(type)) && type <= PRN_NAVIC; }
+bool CPrnID::IsSystem(PrnType type) {
+    return std::has_single_bit(static_cast<unsigned>(type)) && type <= PRN_NAVIC;
+}
 
 bool CPrnID::setPrn(unsigned char number) {
     if (number == 0) return false;

@@ -9,9 +9,9 @@
 /// Satellite identifier of the network's records: number within its system and the system as one bit,
 /// 1 << (system code - 1). Unset is (0, 0). Plain value without locks.
 ///
-/// Saved form, 2 bytes: uint8 number, uint8 type. Loading takes any number and type and gives them back, so that a record
-/// of a newer system survives; IsValid() tells whether the type is a known one. Which numbers a system has is known to
-/// MDB::CPrnIdZ9.
+/// Saved form, 2 bytes: uint8 number, uint8 type. Loading takes any number and type and gives them back, so that a
+/// record of a newer system survives; IsValid() tells whether the type is a known one. Which numbers a system has is
+/// known to MDB::CPrnIdZ9.
 class HALVEX_EXPORT CPrnID : public IPersistData {
 public:
     enum PrnType : std::uint8_t {

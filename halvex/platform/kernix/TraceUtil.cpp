@@ -14,10 +14,14 @@ std::atomic<CTraceUtil::Sink> currentSink{&traceToLogger};
 
 std::atomic<std::uint32_t> CTraceUtil::s_enabled{0};
 
-std::uint32_t CTraceUtil::SetEnabled(std::uint32_t mask) { return s_enabled.exchange(mask); }
+std::uint32_t CTraceUtil::SetEnabled(std::uint32_t mask) {
+    return s_enabled.exchange(mask);
+}
 
 void CTraceUtil::Trace(std::uint32_t category, std::string_view text) {
     if (IsEnabled(category)) currentSink.load()(category, text);
 }
 
-CTraceUtil::Sink CTraceUtil::SetSink(Sink sink) { return currentSink.exchange(sink != nullptr ? sink : &traceToLogger); }
+CTraceUtil::Sink CTraceUtil::SetSink(Sink sink) {
+    return currentSink.exchange(sink != nullptr ? sink : &traceToLogger);
+}

@@ -10,8 +10,8 @@
 
 namespace MDB {
 
-/// Remembers losses of lock between the epochs that are kept, so that a stream thinned from one epoch a second to one in
-/// thirty still says that a phase was lost in between. Every received epoch is stored, every kept epoch is updated:
+/// Remembers losses of lock between the epochs that are kept, so that a stream thinned from one epoch a second to one
+/// in thirty still says that a phase was lost in between. Every received epoch is stored, every kept epoch is updated:
 /// a signal reports the loss once and is clean again. One thread at a time.
 class HALVEX_EXPORT CLossOfLockDetector {
 public:

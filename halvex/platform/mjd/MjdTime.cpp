@@ -15,8 +15,9 @@ double toMilliseconds(double seconds) {
     return ticks / kTicksPerSecond == seconds ? ticks / (kTicksPerSecond / 1000.0) : seconds * 1000.0;
 }
 
-/// MJD of a date of the proleptic Gregorian calendar, month 1 to 12, any day number. After H. Hinnant, "chrono-Compatible
-/// Low-Level Date Algorithms": years of 400-year eras that begin in March, so that the leap day ends a year.
+/// MJD of a date of the proleptic Gregorian calendar, month 1 to 12, any day number. After H. Hinnant,
+/// "chrono-Compatible Low-Level Date Algorithms": years of 400-year eras that begin in March, so that the leap day ends
+/// a year.
 std::int64_t mjdOfDate(std::int64_t year, int month, std::int64_t day) {
     year -= month <= 2 ? 1 : 0;
     const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
@@ -181,7 +182,9 @@ void SMjdTime::AddMilliseconds(double milliseconds) {
     set(m_day + days, m_milliseconds + (milliseconds - days * kMillisecondsPerDay));
 }
 
-void SMjdTime::AddSeconds(double seconds) { AddMilliseconds(toMilliseconds(seconds)); }
+void SMjdTime::AddSeconds(double seconds) {
+    AddMilliseconds(toMilliseconds(seconds));
+}
 
 void SMjdTime::RoundTo(double step, int unit) {
     const double unitMilliseconds = unit == kUnitMillisecond ? 1.0 : unit == kUnitSecond ? 1000.0 : 0.0;

@@ -1,3 +1,5 @@
 #include "halvex/platform/os/CString.h"
 
-int CString::Compare(const char* other) const { return m_text.compare(other); }
+int CString::Compare(const char* other) const {
+    return m_text.compare(other);
+}

@@ -25,7 +25,8 @@ public:
     }
     std::uint64_t tickCount() const override {
         const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
-        return 1 + static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count());
+        return 1 +
+               static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count());
     }
 
 private:
@@ -54,10 +55,18 @@ Replaceable<Clock>& currentClock() {
 
 Clock::~Clock() = default;
 
-Clock* setClock(Clock* clock) { return currentClock().exchange(clock != nullptr ? clock : &systemClock()); }
+Clock* setClock(Clock* clock) {
+    return currentClock().exchange(clock != nullptr ? clock : &systemClock());
+}
 
-SYSTEMTIME GetSystemTime() { return currentClock().get().utcTime(); }
-SYSTEMTIME GetLocalTime() { return currentClock().get().localTime(); }
-std::uint64_t GetTickCount64() { return currentClock().get().tickCount(); }
+SYSTEMTIME GetSystemTime() {
+    return currentClock().get().utcTime();
+}
+SYSTEMTIME GetLocalTime() {
+    return currentClock().get().localTime();
+}
+std::uint64_t GetTickCount64() {
+    return currentClock().get().tickCount();
+}
 
 }  // namespace os

@@ -1,0 +1,209 @@
+#include "formats/rinex/ObservationWriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <iterator>
+
+#include "formats/rinex/ObservationHeaderWriter.h"
+
+namespace halvex::rinex {
+namespace {
+
+constexpr std::size_t kWriteAt = 1U << 16;
+
+/// Appends `value` as F14.3; false, appending nothing, when it does not fit or is no number.
+bool appendF14(std::string& text, double value) {
+    constexpr double kLargest = 9999999999.999;
+    if (!(value <= kLargest && value >= -kLargest / 10)) return false;
+    // Three decimals are an integer of thousandths: exact, whatever the locale's decimal mark.
+    const bool negative = value < 0;
+    auto thousandths = static_cast<std::uint64_t>(std::llround(std::fabs(value) * 1000.0));
+    char field[14];
+    std::memset(field, ' ', sizeof field);
+    char* at = field + sizeof field;
+    for (int digit = 0; digit < 3; ++digit, thousandths /= 10) *--at = static_cast<char>('0' + thousandths % 10);
+    *--at = '.';
+    do {
+        *--at = static_cast<char>('0' + thousandths % 10);
+        thousandths /= 10;
+    } while (thousandths != 0 && at > field);
+    if (thousandths != 0 || (negative && at == field)) return false;
+    if (negative) *--at = '-';
+    text.append(field, sizeof field);
+    return true;
+}
+
+/// Signal strength digit of a C/N0. RINEX 4.01, 6.7.2.
+char strengthDigit(float decibelHertz) {
+    const double step = std::floor(static_cast<double>(decibelHertz) / 6.0);
+    return static_cast<char>('0' + static_cast<int>(std::clamp(step, 1.0, 9.0)));
+}
+
+/// One value of a slot with the signal it stands for.
+struct Field {
+    char type = ' ';
+    char attribute = 0;
+    bool valid = false;
+    double value = 0.0;
+};
+using SlotFields = std::array<Field, 5>;
+
+SlotFields slotFields(const CHalvexObservation& observation, unsigned slot, const SlotSignals& from) {
+    SlotFields fields{
+        {{'C', from.pseudorangeC}, {'C', from.pseudorangeP}, {'L', from.phase}, {'D', from.doppler}, {'S', from.cno}}};
+    float doppler = 0.0F;
+    float cno = 0.0F;
+    fields[0].valid = observation.getPseudorangeC(slot, fields[0].value);
+    fields[1].valid = observation.getPseudorangeP(slot, fields[1].value);
+    fields[2].valid = observation.getPhase(slot, fields[2].value, true);
+    fields[3].valid = observation.getDoppler(slot, doppler);
+    fields[3].value = doppler;
+    fields[4].valid = observation.getCNO(slot, cno);
+    fields[4].value = cno;
+    return fields;
+}
+
+const Field* fieldOf(const SlotFields& fields, const ObservationCode& code) {
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const Field& field) {
+        return field.valid && field.type == code.type && field.attribute == code.attribute;
+    });
+    return found != fields.end() ? &*found : nullptr;
+}
+
+/// The slot that holds a band; kFrequencySlots when none does.
+unsigned slotOfBand(CALN::eCALSATSYSTEM system, char band) {
+    unsigned slot = 0;
+    while (slot < CHalvexObservation::kSlots && slotBand(system, static_cast<int>(slot)).rinexBand != band) ++slot;
+    return slot;
+}
+
+/// Loss-of-lock indicator and signal strength digit behind a value.
+void appendDigits(std::string& text, const CHalvexObservation& observation, unsigned slot, char type) {
+    bool lossOfLock = false;
+    bool parityKnown = true;
+    if (type == 'L') {
+        observation.getLossOfLock(slot, lossOfLock);
+        observation.getParityKnown(slot, parityKnown);
+    }
+    const unsigned indicator = (lossOfLock ? 1U : 0U) + (parityKnown ? 0U : 2U);
+    text += indicator != 0 ? static_cast<char>('0' + indicator) : ' ';
+    float cno = 0.0F;
+    text += (type == 'L' || type == 'C') && observation.getCNO(slot, cno) ? strengthDigit(cno) : ' ';
+}
+
+}  // namespace
+
+bool ObservationWriter::failed(const char* what) {
+    m_error = {m_name, 0, fmt::format("{}: {}", what, std::strerror(errno))};
+    return false;
+}
+
+bool ObservationWriter::open(const std::string& name, const ObservationHeader& header) {
+    m_name = name;
+    m_header = header;
+    m_header.version = 3.05;
+    m_header.timeSystem = TimeSystem::gps;
+    m_text.clear();
+    m_file.reset(name == "-" ? stdout : std::fopen(name.c_str(), "wbe"));
+    if (m_file == nullptr) return failed("cannot be created");
+    m_text = headerText(m_header);
+    return flush(false);
+}
+
+bool ObservationWriter::flush(bool whole) {
+    if (!whole && m_text.size() < kWriteAt) return true;
+    if (m_file == nullptr) return failed("is not open");
+    const bool written = std::fwrite(m_text.data(), 1, m_text.size(), m_file.get()) == m_text.size();
+    m_text.clear();
+    return written || failed("cannot be written");
+}
+
+bool ObservationWriter::close() {
+    if (m_file == nullptr) return true;
+    bool good = flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
+    std::FILE* file = m_file.release();
+    if (file != stdout && std::fclose(file) != 0 && good) good = failed("cannot be closed");
+    return good;
+}
+
+bool ObservationWriter::write(const CHalvexStationObservation& station, const Signals& signals) {
+    const SMjdTime time(station.getGPSWeek(), static_cast<double>(station.getGPSFraction()) / 1000.0);
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
+    double second = 0.0;
+    time.GetAsDate(year, month, day, hour, minute, second);
+    const auto milliseconds = static_cast<int>(std::llround(second * 1000.0));
+    auto out = std::back_inserter(m_text);
+    fmt::format_to(out, "> {:04} {:02} {:02} {:02} {:02} {:2}.{:03}0000  0{:3}", year, month, day, hour, minute,
+                   milliseconds / 1000, milliseconds % 1000, station.observations().size());
+    double offset = 0.0;
+    if (station.getClockOffsetCode(offset)) {
+        if (std::fabs(offset) < 10.0) {
+            // 12 decimals as an integer, so that no locale's decimal mark gets in
+            const auto picoseconds = std::llround(std::fabs(offset) * 1e12);
+            fmt::format_to(out, "      {}{}.{:012}", offset < 0 ? '-' : ' ', picoseconds / 1000000000000,
+                           picoseconds % 1000000000000);
+        } else {
+            ++m_unwritten;
+        }
+    }
+    m_text += '\n';
+    for (const CHalvexObservation& observation : station.observations()) {
+        const CALN::SCalSatID id =
+            CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID();
+        writeSatellite(observation, id, signals(id));
+    }
+    return flush(false);
+}
+
+void ObservationWriter::writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id,
+                                       const SatelliteSignals& signals) {
+    const SatelliteSystem* system = systemOfCode(id.system);
+    fmt::format_to(std::back_inserter(m_text), "{}{:02}", system != nullptr ? system->letter : ' ', id.number);
+    std::array<SlotFields, kFrequencySlots> slots;
+    std::uint64_t values = 0;
+    for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
+        slots[slot] = slotFields(observation, slot, signals[slot]);
+        for (const Field& field : slots[slot]) values += field.valid ? 1U : 0U;
+    }
+    std::uint64_t written = 0;
+    const std::size_t start = m_text.size();
+    for (const ObservationCode& code : m_header.codes[id.system]) {
+        const unsigned slot = slotOfBand(id.system, code.band);
+        const Field* field = slot < CHalvexObservation::kSlots ? fieldOf(slots[slot], code) : nullptr;
+        if (field == nullptr || !appendF14(m_text, field->value)) {
+            m_text.append(16, ' ');
+            continue;
+        }
+        ++written;
+        appendDigits(m_text, observation, slot, code.type);
+    }
+    while (m_text.size() > start && m_text.back() == ' ') m_text.pop_back();
+    m_text += '\n';
+    m_unwritten += values - written;
+}
+
+void addColumns(ObservationHeader& header, const CALN::SCalSatID& satellite, const SatelliteSignals& signals) {
+    if (systemOfCode(satellite.system) == nullptr) return;
+    std::vector<ObservationCode>& codes = header.codes[satellite.system];
+    const auto add = [&](char type, char band, char attribute) {
+        const ObservationCode code{type, band, attribute};
+        if (attribute != 0 && std::find(codes.begin(), codes.end(), code) == codes.end()) codes.push_back(code);
+    };
+    for (int slot = 0; slot < kFrequencySlots; ++slot) {
+        const char band = slotBand(satellite.system, slot).rinexBand;
+        const SlotSignals& from = signals[static_cast<std::size_t>(slot)];
+        if (band == 0) continue;
+        add('C', band, from.pseudorangeC);
+        add('C', band, from.pseudorangeP);
+        add('L', band, from.phase);
+        add('D', band, from.doppler);
+        add('S', band, from.cno);
+    }
+    header.scaleFactors[satellite.system].assign(codes.size(), 1.0);
+}
+
+}  // namespace halvex::rinex

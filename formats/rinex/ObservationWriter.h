@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "formats/io/FormatError.h"
+#include "formats/rinex/ObservationHeader.h"
+#include "formats/rinex/SignalSlots.h"
+#include "halvex/observations/HalvexStationObservation.h"
+
+namespace halvex::rinex {
+
+/// Writes station epochs as a RINEX 3.05 observation file in GPS time. Values come out with the digits that they were
+/// read with: three decimals. One thread at a time.
+class ObservationWriter {
+public:
+    /// Where the values of a satellite come from, asked for each satellite of each epoch.
+    using Signals = std::function<SatelliteSignals(const CALN::SCalSatID&)>;
+
+    /// Creates the file ("-": standard output) and writes the header; its codes are the columns. False with error().
+    [[nodiscard]] bool open(const std::string& name, const ObservationHeader& header);
+    /// Writes one epoch. False with error() when the file takes no more.
+    [[nodiscard]] bool write(const CHalvexStationObservation& station, const Signals& signals);
+    /// Writes what is buffered and closes. False with error() when that fails.
+    [[nodiscard]] bool close();
+
+    [[nodiscard]] const FormatError& error() const { return m_error; }
+    /// Values that no column or no 14 characters could take.
+    [[nodiscard]] std::uint64_t unwritten() const { return m_unwritten; }
+
+private:
+    struct CloseFile {
+        void operator()(std::FILE* file) const {
+            if (file != stdout) std::fclose(file);
+        }
+    };
+    void writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id,
+                        const SatelliteSignals& signals);
+    bool flush(bool whole);
+    bool failed(const char* what);
+
+    std::unique_ptr<std::FILE, CloseFile> m_file;
+    std::string m_name;
+    ObservationHeader m_header;
+    std::string m_text;
+    FormatError m_error;
+    std::uint64_t m_unwritten = 0;
+};
+
+/// The columns that the signals of all `satellites` need, by system, C L D S of a signal side by side.
+void addColumns(ObservationHeader& header, const CALN::SCalSatID& satellite, const SatelliteSignals& signals);
+
+}  // namespace halvex::rinex

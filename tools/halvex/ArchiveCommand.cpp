@@ -1,0 +1,223 @@
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+
+#include "formats/rinex/EpochBuilder.h"
+#include "formats/rinex/ObservationReader.h"
+#include "tools/halvex/SetNames.h"
+#include "tools/halvex/StationSet.h"
+#include "tools/halvex/Tool.h"
+
+namespace halvex::tool {
+namespace {
+
+struct Options {
+    std::vector<std::string> inputs;
+    std::string out;
+    std::string site;
+    std::int32_t siteNumber = -1;
+    Span span = Span::daily;
+    bool keepGoing = false;
+    bool json = false;
+};
+
+/// Archives files one after another and tells what became of them.
+class Archiver {
+public:
+    explicit Archiver(const Options& options) : m_options(options) {}
+
+    void run() {
+        std::error_code error;
+        std::filesystem::create_directories(m_options.out, error);
+        if (error) throw Failure(m_options.out + ": the folder cannot be made: " + error.message());
+        const os::ScopedClock scope(m_clock);
+        for (const std::string& input : m_options.inputs) {
+            try {
+                archive(input);
+            } catch (const Failure& failure) {
+                closeSet();  // what has been read so far stays
+                if (!m_options.keepGoing) {
+                    report();
+                    throw;
+                }
+                noteBad(failure.what());
+            }
+            closeSet();
+        }
+        report();
+    }
+
+private:
+    struct SetReport {
+        std::uint64_t epochs = 0;
+        std::uint64_t bytes = 0;
+    };
+    struct InputReport {
+        std::string file;
+        rinex::LossCounts losses;
+        std::uint64_t events = 0;
+    };
+
+    void archive(const std::string& input) {
+        rinex::ObservationReader reader;
+        if (!reader.open(input)) throw Failure(reader.error());
+        rinex::EpochBuilder builder(reader.header());
+        const StationName station = stationName(m_options.site, input, reader.header().markerName);
+        InputReport& report = m_inputs.emplace_back();
+        report.file = input;
+        try {
+            readAll(reader, builder, station, report);
+        } catch (const Failure&) {
+            report.losses = builder.losses();
+            throw;
+        }
+        report.losses = builder.losses();
+    }
+
+    void readAll(rinex::ObservationReader& reader, rinex::EpochBuilder& builder, const StationName& station,
+                 InputReport& report) {
+        using Result = rinex::ObservationReader::Result;
+        rinex::ObservationEpoch epoch;
+        CHalvexStationObservation record;
+        std::uint32_t headerChanges = 0;
+        Progress progress("archiving " + std::filesystem::path(report.file).filename().string());
+        for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
+            if (result == Result::error) {
+                if (!m_options.keepGoing) throw Failure(reader.error());
+                noteBad(reader.error().text());
+                continue;
+            }
+            if (reader.headerChanges() != headerChanges) {
+                headerChanges = reader.headerChanges();
+                builder.setHeader(reader.header());
+            }
+            if (result == Result::event) ++report.events;
+            if (result == Result::epoch && builder.build(epoch, m_options.siteNumber, record)) {
+                add(record, station, reader.header(), builder);
+            }
+            progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
+        }
+    }
+
+    void add(const CHalvexStationObservation& record, const StationName& station,
+             const rinex::ObservationHeader& header, const rinex::EpochBuilder& builder) {
+        const SMjdTime start = spanStart(epochTime(record), m_options.span);
+        if (!m_writer || start != m_start) {
+            closeSet();
+            m_start = start;
+            const auto base = std::filesystem::path(m_options.out) / setName(station, start, m_options.span, header);
+            m_writer = std::make_unique<SetWriter>(base.string(), header, m_clock);
+        }
+        if (!m_writer->add(record, builder)) ++m_notLater;
+    }
+
+    void closeSet() {
+        if (!m_writer) return;
+        const std::unique_ptr<SetWriter> writer = std::move(m_writer);
+        SetReport& set = m_sets[writer->base()];
+        set.epochs += writer->epochs();
+        set.bytes += writer->bytes();
+        writer->close();
+    }
+
+    void noteBad(const std::string& text) {
+        ++m_bad;
+        fmt::print(stderr, "halvex: {}\n", text);
+    }
+
+    void report() const {
+        if (m_options.json) {
+            std::cout << json().dump() << "\n";
+            return;
+        }
+        Table sets({"set", "epochs", "bytes"}, "<>>");
+        for (const auto& [base, set] : m_sets) {
+            sets.add({base, std::to_string(set.epochs), std::to_string(set.bytes)});
+        }
+        if (!sets.empty()) std::cout << sets.text();
+        for (const InputReport& input : m_inputs) reportInput(input);
+        if (m_notLater != 0) fmt::print("{} epochs were not later than the last one of their set: left out\n", m_notLater);
+        if (m_bad != 0) fmt::print("{} bad epochs or files passed over\n", m_bad);
+        std::cout.flush();
+    }
+
+    static std::vector<std::pair<std::string, std::uint64_t>> otherLosses(const InputReport& input) {
+        const rinex::LossCounts& losses = input.losses;
+        return {{"Doppler values rounded to a float", losses.roundedDoppler},
+                {"C/N0 values rounded to a float", losses.roundedCno},
+                {"epochs rounded to the millisecond", losses.roundedEpochs},
+                {"signal strength digits of phases without C/N0", losses.signalStrengthDigits},
+                {"loss-of-lock bits without a flag", losses.lossOfLockBits},
+                {"satellites twice in an epoch", losses.repeatedSatellites},
+                {"cycle-slip epochs", losses.cycleSlipEpochs},
+                {"power failures, kept as loss of lock", losses.powerFailures},
+                {"events", input.events}};
+    }
+
+    static void reportInput(const InputReport& input) {
+        Table values({"not in the record", "values"}, "<>");
+        for (const auto& [code, count] : input.losses.values) {
+            const SatelliteSystem* system = systemOfCode(code.first);
+            values.add({fmt::format("{} {}", system != nullptr ? system->letter : '?', code.second.text()),
+                        std::to_string(count)});
+        }
+        for (const auto& [what, count] : otherLosses(input)) {
+            if (count != 0) values.add({what, std::to_string(count)});
+        }
+        if (values.empty()) return;
+        std::cout << "\n" << input.file << "\n" << values.text("  ");
+    }
+
+    [[nodiscard]] Json json() const {
+        Json sets = Json::array();
+        for (const auto& [base, set] : m_sets) {
+            sets.push_back({{"set", base}, {"epochs", set.epochs}, {"bytes", set.bytes}});
+        }
+        Json inputs = Json::array();
+        for (const InputReport& input : m_inputs) {
+            Json lost = Json::object();
+            for (const auto& [code, count] : input.losses.values) {
+                const SatelliteSystem* system = systemOfCode(code.first);
+                lost[fmt::format("{} {}", system != nullptr ? system->letter : '?', code.second.text())] = count;
+            }
+            Json other = Json::object();
+            for (const auto& [what, count] : otherLosses(input)) other[what] = count;
+            inputs.push_back({{"file", input.file}, {"notInTheRecord", lost}, {"other", other}});
+        }
+        return {{"sets", sets}, {"inputs", inputs}, {"notLater", m_notLater}, {"bad", m_bad}};
+    }
+
+    const Options& m_options;
+    EpochClock m_clock;
+    std::unique_ptr<SetWriter> m_writer;
+    SMjdTime m_start;
+    std::map<std::string, SetReport> m_sets;
+    std::vector<InputReport> m_inputs;
+    std::uint64_t m_notLater = 0;
+    std::uint64_t m_bad = 0;
+};
+
+}  // namespace
+
+void addArchiveCommand(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = addCommand(app, "archive", "archive RINEX observation files as indexed sets, one for each span",
+                                   "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
+    command->add_option("OBS", options->inputs, "RINEX observation files, plain or gzip, - for standard input")->required();
+    command->add_option("--out", options->out, "folder of the sets, made when missing")->required();
+    command->add_option("--site", options->site, "site code, 4 characters or 9 as ESBC00DNK [from the file]");
+    command->add_option("--site-number", options->siteNumber, "site number kept in every record")
+        ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
+    command->add_option("--span", options->span, "what one set holds: hourly, daily, subhourly (15 min)")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, Span>{{"hourly", Span::hourly}, {"daily", Span::daily}, {"subhourly", Span::subhourly}}))
+        ->default_str("daily");
+    command->add_flag("--keep-going", options->keepGoing, "pass over bad epochs and files, and say how many");
+    command->add_flag("--json", options->json, "report as JSON");
+    command->callback([options] { Archiver(*options).run(); });
+}
+
+}  // namespace halvex::tool
