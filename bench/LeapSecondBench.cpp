@@ -1,6 +1,6 @@
 // How much a leap-second lookup by instant costs, beside the least that any lookup could cost: one atomic load of a
-// pointer to an immutable set, and the comparison of the instant with the change. With two threads neither may get slower,
-// as far as there are two processors.
+// pointer to an immutable set, and the comparison of the instant with the change. With two threads neither may get
+// slower, as far as there are two processors.
 
 #include <benchmark/benchmark.h>
 
@@ -49,10 +49,16 @@ void BM_Lookup(benchmark::State& state) {
     run(state, [](const SMjdTime& instant) { return GetGPSLeapSeconds(instant); });
 }
 
-void initTable(const benchmark::State&) { InitCentralLeapSeconds(); }
-void shutTable(const benchmark::State&) { ShutdownCentralLeapSeconds(); }
+void initTable(const benchmark::State&) {
+    InitCentralLeapSeconds();
+}
+void shutTable(const benchmark::State&) {
+    ShutdownCentralLeapSeconds();
+}
 
 BENCHMARK(BM_Floor)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_Lookup)->Setup(initTable)->Teardown(shutTable)->Threads(1)->Threads(2)->UseRealTime();
 
 }  // namespace
+
+BENCHMARK_MAIN();

@@ -16,10 +16,10 @@
 namespace {
 
 using halvex::test::CapturedLog;
-using Lines = std::vector<CapturedLog::Line>;
+using Lines = std::vector<halvex::test::CapturedLog::Line>;
 
 TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
-    CapturedLog captured;
+    halvex::test::CapturedLog captured;
     ILogging& log = ILogging::getInstance();
     log.Log("A::b", 3, "buffer too small '{0}','{1}'", std::size_t{7}, 8);
     log.Log("A::b", 2, "file {}, version {}", std::string("x{}y"), -1);
@@ -34,7 +34,7 @@ TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
 }
 
 TEST(Trace, OnlySwitchedOnCategoriesAreWritten) {
-    CapturedLog captured;
+    halvex::test::CapturedLog captured;
     CTraceUtil::Trace(512, "off");
     const std::uint32_t before = CTraceUtil::SetEnabled(512);
     CTraceUtil::Trace(512, "on");

@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace halvex::test;
+
 TEST(DateFormat, PatternsInTheCLocale) {
     const ScopedVariable zone("TZ", "Pacific/Kiritimati");
     const ScopedVariable language("LC_ALL", "de_DE.UTF-8");

@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace halvex::test;
+
 TEST(Monitor, ElementsAreInTheTreeForTheirLife) {
     CMonitorTree tree;
     const ScopedMonitorTree installed(tree);

@@ -12,8 +12,11 @@
 
 #include "tests/support/CapturedLog.h"
 #include "tests/support/Environment.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
+
+using namespace halvex::test;
 
 namespace fs = std::filesystem;
 
@@ -28,7 +31,7 @@ protected:
     void damage(const std::string& text) const { std::ofstream(m_file, std::ios::binary) << text; }
 
     TemporaryFolder m_folder;
-    fs::path m_file = m_folder.path() / "new" / "registry.info";
+    fs::path m_file = m_folder.path("new/registry.info");
     ScopedVariable m_place{"HALVEX_REGISTRY", m_file.c_str()};
     CapturedLog m_log;
 };
@@ -53,12 +56,9 @@ TEST_F(Registry, ValuesAndNamesComeBackWhateverTheyContain) {
                                  std::string("n\0l", 3),
                                  "\xc3\xa4 \xff",
                                  "42"};
-    for (const std::string& key : texts) {
-        for (const std::string& name : texts) ASSERT_TRUE(REG::WriteString(key, name, key + "=" + name));
-    }
-    for (const std::string& key : texts) {
-        for (const std::string& name : texts) ASSERT_EQ(REG::GetString(key, name, "?"), key + "=" + name);
-    }
+    const std::size_t count = std::size(texts);
+    for (std::size_t i = 0; i < count; ++i) ASSERT_TRUE(REG::WriteString(texts[i], texts[count - 1 - i], texts[i]));
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(REG::GetString(texts[i], texts[count - 1 - i], "?"), texts[i]);
     for (const std::int32_t value :
          {0, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
         ASSERT_TRUE(REG::WriteLong(kKey, "Number", value));
@@ -97,7 +97,7 @@ TEST_F(Registry, ADamagedFileGivesDefaultsAndStays) {
 }
 
 TEST_F(Registry, APlaceThatCannotBeUsed) {
-    const fs::path folder = m_folder.path() / "folder";
+    const fs::path folder = m_folder.path("folder");
     fs::create_directories(folder);
     const struct {
         const char* what;
@@ -112,15 +112,15 @@ TEST_F(Registry, APlaceThatCannotBeUsed) {
 
 TEST_F(Registry, TheUsersConfigurationFolder) {
     const ScopedVariable noFile("HALVEX_REGISTRY", nullptr);
-    const ScopedVariable home("HOME", m_folder.path().c_str());
+    const ScopedVariable home("HOME", m_folder.path("").c_str());
     {
         const ScopedVariable relative("XDG_CONFIG_HOME", "relative");
         EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 1));
-        EXPECT_TRUE(fs::exists(m_folder.path() / ".config/halvex/registry.info"));
+        EXPECT_TRUE(fs::exists(m_folder.path(".config/halvex/registry.info")));
     }
-    const ScopedVariable config("XDG_CONFIG_HOME", (m_folder.path() / "xdg").c_str());
+    const ScopedVariable config("XDG_CONFIG_HOME", m_folder.path("xdg").c_str());
     EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 2));
-    EXPECT_TRUE(fs::exists(m_folder.path() / "xdg/halvex/registry.info"));
+    EXPECT_TRUE(fs::exists(m_folder.path("xdg/halvex/registry.info")));
 }
 
 TEST_F(Registry, WritersOfSeveralThreadsAndProcessesLoseNothing) {

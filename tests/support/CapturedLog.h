@@ -3,9 +3,12 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "halvex/platform/kernix/Logging.h"
+
+namespace halvex::test {
 
 /// Takes the log of the process for a scope. Any thread may log.
 class CapturedLog final : public ILogging::Sink {
@@ -34,3 +37,5 @@ private:
     std::vector<Line> m_lines;
     ScopedLogSink m_installed;
 };
+
+}  // namespace halvex::test

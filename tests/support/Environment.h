@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdlib>
-#include <filesystem>
 #include <locale>
 #include <optional>
 #include <string>
+
+namespace halvex::test {
 
 /// An environment variable for a scope; null removes it.
 class ScopedVariable {
@@ -25,25 +26,6 @@ private:
     std::optional<std::string> m_before;
 };
 
-/// A folder of the test's own, gone when it ends.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "halvex-test-XXXXXX").string();
-        m_path = ::mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
-
-private:
-    std::filesystem::path m_path;
-};
-
 /// A global C++ locale that writes 1234.5 as 1.234,5, for a scope. It needs nothing installed.
 class CommaLocale {
 public:
@@ -60,3 +42,5 @@ private:
     };
     std::locale m_before;
 };
+
+}  // namespace halvex::test

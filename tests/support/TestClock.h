@@ -4,6 +4,8 @@
 
 #include "halvex/platform/os/Clock.h"
 
+namespace halvex::test {
+
 /// The process's clock for a scope, showing what the test sets. One thread sets; readers only while nobody does.
 class TestClock final : public os::Clock {
 public:
@@ -30,3 +32,5 @@ public:
 private:
     os::ScopedClock m_installed;
 };
+
+}  // namespace halvex::test
