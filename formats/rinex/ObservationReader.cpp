@@ -28,7 +28,7 @@ bool readIndicator(char c, char highest, std::uint8_t& value) {
     return blank || static_cast<unsigned char>(c - '0') <= static_cast<unsigned char>(highest - '0');
 }
 
-bool readField(const char* text, double scale, ObservedValue& observed) {
+[[gnu::always_inline]] inline bool readField(const char* text, double scale, ObservedValue& observed) {
     if (areBlank16(text)) return true;
     double value = 0.0;
     if (parseF14d3(text, value) == Field::bad) return false;
