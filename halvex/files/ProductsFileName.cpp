@@ -74,12 +74,12 @@ std::string rinexShortName(const char* siteCode, int week, double seconds,
                            CProductsFileName::RinexSiteCodeType siteCodeType,
                            CProductsFileName::RinexFileNameType fileNameType) {
     std::string site = orUnknown(siteCode);
-    if (siteCodeType == CProductsFileName::eSiteCodeLower) site = lowerCase(site);
-    if (siteCodeType == CProductsFileName::eSiteCodeUpper) site = upperCase(site);
+    if (siteCodeType == CProductsFileName::SITECODE_LOWER) site = lowerCase(site);
+    if (siteCodeType == CProductsFileName::SITECODE_UPPER) site = upperCase(site);
     const Calendar date{CGPSTime(week, seconds)};
     const std::string minutes =
-        fileNameType == CProductsFileName::eRinexSubHourly ? print("%2.2d", date.minute) : std::string();
-    const int session = fileNameType == CProductsFileName::eRinexDaily ? '0' : 'a' + date.hour;
+        fileNameType == CProductsFileName::RINEX_SUBHOURLY ? print("%2.2d", date.minute) : std::string();
+    const int session = fileNameType == CProductsFileName::RINEX_DAILY ? '0' : 'a' + date.hour;
     return print("%.4s%3.3d%c%s.%2.2d", site.c_str(), date.dayOfYear, session, minutes.c_str(), date.year % 100);
 }
 
@@ -115,7 +115,7 @@ struct ChangeRules {
 std::string takenOver(const std::string& extension, TargetFileType type, const ChangeRules& rules) {
     std::string taken;
     if (rules.keepNumber && extension.size() == 4) taken = extension.substr(2);
-    if (type != CProductsFileName::eTargetFileGZip && type != CProductsFileName::eTargetFileUnixCompress) return taken;
+    if (type != CProductsFileName::TARGET_GZIP && type != CProductsFileName::TARGET_UNIX_COMPRESS) return taken;
     if (extension == ".log") return taken + 'l';
     if (!rules.rinex || extension.empty() || extension.size() > 4) return taken;
     return taken + (extension == ".htm" ? 'h' : extension.back());
@@ -127,9 +127,9 @@ std::optional<std::string> changedName(const char* fileName, TargetFileType type
     const Compression* compression = compressionOf(type);
     if (fileName == nullptr || *fileName == '\0' || compression == nullptr) return std::nullopt;
     PathParts parts(fileName);
-    if (type != CProductsFileName::eTargetFileNone) {
+    if (type != CProductsFileName::TARGET_NONE) {
         if (longName) {
-            if (type == CProductsFileName::eTargetFileZip) parts.extension = rules.hatanaka ? ".crx" : ".rnx";
+            if (type == CProductsFileName::TARGET_ZIP) parts.extension = rules.hatanaka ? ".crx" : ".rnx";
             parts.extension += compression->extension;
         } else {
             parts.stem += takenOver(parts.extension, type, rules);
@@ -218,9 +218,9 @@ CProductsFileName::RinexFileNameType CProductsFileName::getFileNameType(const SM
     const double span = end.GetDifferenceInSeconds(start);
     const auto first = static_cast<std::int64_t>(start.GetGpsWeekMilliseconds());
     const auto last = static_cast<std::int64_t>(end.GetGpsWeekMilliseconds());
-    if (span < 1800.0 && first / kHalfHour == last / kHalfHour) return eRinexSubHourly;
-    if (span >= 43200.0) return eRinexDaily;
-    return first / kHalfDay != last / kHalfDay ? eRinexDaily : eRinexHourly;
+    if (span < 1800.0 && first / kHalfHour == last / kHalfHour) return RINEX_SUBHOURLY;
+    if (span >= 43200.0) return RINEX_DAILY;
+    return first / kHalfDay != last / kHalfDay ? RINEX_DAILY : RINEX_HOURLY;
 }
 
 int CProductsFileName::ChangeRinexFileName(const char* fileName, TargetFileType type, bool longName, char* name,
@@ -290,13 +290,13 @@ constexpr int kExampleWeek = 1581;
 constexpr double kExampleSeconds = 210960.0;
 
 std::string shortExample(CProductsFileName::RinexFileNameType type) {
-    return rinexShortName("Site", kExampleWeek, kExampleSeconds, CProductsFileName::eSiteCodeLower, type);
+    return rinexShortName("Site", kExampleWeek, kExampleSeconds, CProductsFileName::SITECODE_LOWER, type);
 }
 
 }  // namespace
 
 int CProductsFileName::Test(CString& name) {
-    name = CString(shortExample(eRinexHourly));
+    name = CString(shortExample(RINEX_HOURLY));
     return name == "site117k.10" ? 1 : 0;
 }
 
@@ -308,11 +308,11 @@ int CProductsFileName::Test(unsigned int example) {
             return name == "SITE01DEU_R_20101171036_01H" ? 1 : 0;
         }
         case 1:
-            return shortExample(eRinexHourly) == "site117k.10" ? 1 : 0;
+            return shortExample(RINEX_HOURLY) == "site117k.10" ? 1 : 0;
         case 2:
-            return shortExample(eRinexDaily) == "site1170.10" ? 1 : 0;
+            return shortExample(RINEX_DAILY) == "site1170.10" ? 1 : 0;
         case 3:
-            return shortExample(eRinexSubHourly) == "site117k36.10" ? 1 : 0;
+            return shortExample(RINEX_SUBHOURLY) == "site117k36.10" ? 1 : 0;
         default:
             return 0;
     }

@@ -50,15 +50,15 @@ class HALVEX_EXPORT CProductsFileName {
 public:
     /// Compression of a file: none, ".zip", ".gz", ".Z".
     enum TargetFileType : int {
-        eTargetFileNone = 0,
-        eTargetFileZip = 1,
-        eTargetFileGZip = 2,
-        eTargetFileUnixCompress = 3,
+        TARGET_NONE = 0,
+        TARGET_ZIP = 1,
+        TARGET_GZIP = 2,
+        TARGET_UNIX_COMPRESS = 3,
     };
     /// Time span of a file; decides the session field of a short name: letter and minutes, letter, "0".
-    enum RinexFileNameType : int { eRinexSubHourly = 1, eRinexHourly = 2, eRinexDaily = 3 };
+    enum RinexFileNameType : int { RINEX_SUBHOURLY = 1, RINEX_HOURLY = 2, RINEX_DAILY = 3 };
     /// Letter case of the site code in a short name; other values leave it as it is.
-    enum RinexSiteCodeType : int { eSiteCodeAsGiven = 1, eSiteCodeUpper = 2, eSiteCodeLower = 3 };
+    enum RinexSiteCodeType : int { SITECODE_AS_GIVEN = 1, SITECODE_UPPER = 2, SITECODE_LOWER = 3 };
 
     /// SSSSMRCCC_S_YYYYDDDHHMM_PPP: site, monument, receiver, country, data source, start, period. Sampling, content,
     /// format and compression are appended by the caller. An empty site code is "UNKN". Always true.
@@ -82,7 +82,7 @@ public:
     /// week; hourly otherwise.
     static RinexFileNameType getFileNameType(const SMjdTime& start, const SMjdTime& end);
 
-    /// The name of a RINEX file after compression by `type`; eTargetFileNone keeps the name. 0 for an empty name or an
+    /// The name of a RINEX file after compression by `type`; TARGET_NONE keeps the name. 0 for an empty name or an
     /// unknown type. "/" and "\" separate folders, "X:" is a drive; `dropPath` leaves them out.
     ///
     /// A long name keeps its extension before that of the compression, but for zip, where it becomes ".crx"

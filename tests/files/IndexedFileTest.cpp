@@ -1,0 +1,310 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "tests/files/IndexedSet.h"
+#include "tests/support/FileSizeLimit.h"
+
+using namespace halvex::test;
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Blocks = std::vector<std::string>;
+
+TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    StandingClock clock(1581, 210960250);
+    const os::ScopedClock scope(clock);
+    CIndexedWriteFile set;
+    std::uint32_t week = 1, milliseconds = 1;
+    EXPECT_FALSE(set.GetLastWriteTime(week, milliseconds));
+    ASSERT_TRUE(set.Open(base.c_str(), true));
+    addBlock(set, "abc");
+    EXPECT_EQ(readFile(base + "i").size(), 18u) << "the entry is on disk before its record";
+    EXPECT_EQ(readFile(base + "t").size(), 4u);
+    clock.set(1581, 211560250);
+    addBlock(set, "\xff");
+    set.Flush();
+    EXPECT_EQ(readFile(base), "abc\xff");
+    EXPECT_EQ(readFile(base + "t"),
+              "\2\0\0\0"s + "\x2d\x06\x7a\xff\x92\x0c\3\0\0\0"s + "abc" + "\x2d\x06\x3a\x27\x9c\x0c\1\0\0\0\xff"s);
+    EXPECT_EQ(readFile(base + "i"), "\2\0\0\0"s + "\x2d\x06\x7a\xff\x92\x0c\4\0\0\0\0\0\0\0"s +
+                                        "\x2d\x06\x3a\x27\x9c\x0c\x11\0\0\0\0\0\0\0"s);
+    EXPECT_TRUE(set.GetLastWriteTime(week, milliseconds));
+    EXPECT_EQ(week, 1581u);
+    EXPECT_EQ(milliseconds, 211560250u);
+}
+
+TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    StandingClock clock(2000, 0);
+    const os::ScopedClock scope(clock);
+    struct Row {
+        int week;
+        unsigned milliseconds;
+        bool indexed;
+        bool reopenBefore;
+    };
+    const Row rows[] = {{2000, 0, true, false},          {2000, 599999, false, false}, {2000, 600000, true, false},
+                        {2000, 1100000, false, true},    {2000, 1200000, true, true},  {2000, 604500000, true, false},
+                        {2000, 604799999, false, false}, {2001, 100, true, false},     {2001, 600099, false, false},
+                        {2000, 604799999, false, false}};
+    std::string index = kVersion2;
+    std::uint64_t position = 4;
+    CIndexedWriteFile set;
+    ASSERT_TRUE(set.Open(base.c_str(), true));
+    for (const Row& row : rows) {
+        if (row.reopenBefore) {
+            set.Close();
+            EXPECT_FALSE(set.IsOpen());
+            ASSERT_TRUE(set.Open(base.c_str(), false));
+        }
+        clock.set(row.week, row.milliseconds);
+        addBlock(set, "block");
+        if (row.indexed) index += entry(static_cast<unsigned>(row.week), row.milliseconds, position);
+        position += 15;
+        EXPECT_EQ(readFile(base + "i"), index) << row.week << ' ' << row.milliseconds;
+    }
+}
+
+TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set"), bystander = folder.path("set2");
+    const std::string other("\3\0\0\0data", 8);
+    RecordedLog log;
+    const auto open = [&] { return CIndexedWriteFile().Open(base.c_str(), false); };
+
+    for (const char* suffix : {"", "t", "i"}) writeFile(base + suffix, suffix == ""s ? "raw" : other);
+    writeFile(bystander, other);
+    ASSERT_TRUE(open());
+    EXPECT_THAT(
+        log.lines,
+        ElementsAre("3 CIndexedWrite::Open: CIndexedWrite::Open wrong version -> deleted file " + base + "i, version 3",
+                    "3 CIndexedWriteFile::Open: CIndexedWriteFile::Open wrong version -> deleted file " + base +
+                        "t, version 3"));
+    EXPECT_EQ(readFile(base + "t"), kVersion2);
+    EXPECT_EQ(readFile(base + "i"), kVersion2);
+    EXPECT_EQ(readFile(base), "");
+    EXPECT_EQ(readFile(bystander), other);
+
+    log.lines.clear();
+    writeFile(base + "t", kVersion2 + record(1, 2, "kept"));
+    writeFile(base + "i", other);
+    ASSERT_TRUE(open());
+    EXPECT_EQ(log.lines.size(), 1u) << "an index of another version costs the index alone";
+    EXPECT_EQ(readFile(base + "t"), kVersion2 + record(1, 2, "kept"));
+    EXPECT_EQ(readFile(base + "i"), kVersion2);
+
+    std::filesystem::remove(base);
+    std::filesystem::create_directory(base);  // the raw file cannot be opened, and not be deleted
+    writeFile(base + "t", other);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(readFile(base + "t"), other) << "stops at the first deletion that fails";
+
+    EXPECT_FALSE(CIndexedWriteFile().Open(nullptr, false));
+    EXPECT_FALSE(CIndexedWriteFile().Open(std::string(259, 'n').c_str(), false)) << "name with suffix too long";
+}
+
+TEST(IndexedWriteFile, BlocksThatFindNoRoomAreMissingWhole) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    Blocks want;
+    {
+        CIndexedWriteFile set;
+        ASSERT_TRUE(set.Open(base.c_str(), true));
+        const FileSizeLimit full(20000);
+        for (char c = 'a'; c < 'k'; ++c) addBlock(set, std::string(3000, c));
+        EXPECT_EQ(std::filesystem::file_size(base), 18000u);
+        set.Close();
+    }
+    for (char c = 'a'; c < 'g'; ++c) want.push_back(std::string(3000, c));
+    EXPECT_EQ(replay(base + "t"), want);
+}
+
+namespace {
+
+/// Four records in two weeks, 15 bytes each, and an index of all of them.
+class SetOfTwoWeeks : public testing::Test {
+protected:
+    SetOfTwoWeeks() {
+        writeFile(name, kVersion2 + record(2000, 604000000, "first") + record(2000, 604600000, "secnd") +
+                            record(2001, 400000, "third") + record(2001, 604300000, "forth"));
+        writeFile(name + "i", kVersion2 + entry(2000, 604000000, 4) + entry(2000, 604600000, 19) +
+                                  entry(2001, 400000, 34) + entry(2001, 604300000, 49));
+    }
+    const TemporaryFolder folder;
+    const std::string name = folder.path("sett");
+};
+
+}  // namespace
+
+TEST_F(SetOfTwoWeeks, ReplayStartsWhereTheIndexAndTheScanLead) {
+    struct Row {
+        const char* what;
+        unsigned week, milliseconds;
+        std::size_t first;  // number of the first block
+    };
+    const Row rows[] = {
+        {"week 0 is the start, whatever the time", 0, 604500000, 0},
+        {"time of the first entry", 2000, 604000000, 0},
+        {"time of an entry", 2001, 400000, 2},
+        {"before the first entry's milliseconds: from the start", 2001, 399999, 2},
+        {"after every entry's milliseconds: from the start", 2000, 604600001, 2},
+        {"after every record", 2002, 0, 4},
+        {"before every record", 1, 0, 0},
+        {"week alone decides", 2001, 0, 2},
+        {"milliseconds alone are looked up: the entry before 604600000 of week 2000", 2001, 604300001, 4}};
+    const Blocks all = {"first", "secnd", "third", "forth"};
+    for (const Row& row : rows) {
+        const Blocks want(all.begin() + static_cast<std::ptrdiff_t>(row.first), all.end());
+        EXPECT_EQ(replay(name, row.week, row.milliseconds), want) << row.what;
+    }
+    writeFile(name + "i", kVersion2 + entry(2000, 604000000, 4) + entry(2001, 0, 34) + entry(2001, 604700000, 49));
+    EXPECT_THAT(replay(name, 2000, 604500000), ElementsAre("third", "forth"))
+        << "the entry before is of the next week: the second block is passed over";
+}
+
+TEST_F(SetOfTwoWeeks, HostileIndexesAreNotFollowed) {
+    const Blocks fromSecond = {"secnd", "third", "forth"};
+    for (const std::uint64_t position : {0ull, 3ull, 64ull, 65ull, 1ull << 40, 1ull << 63, ~0ull}) {
+        writeFile(name + "i", kVersion2 + entry(2000, 604600000, position));
+        EXPECT_EQ(replay(name, 2000, 604600000), fromSecond) << position;
+    }
+    const std::string whole = kVersion2 + entry(2000, 604600000, 19);
+    for (std::size_t length = 4; length <= whole.size(); ++length) {
+        writeFile(name + "i", whole.substr(0, length));
+        EXPECT_EQ(replay(name, 2000, 604600000), fromSecond) << length;
+    }
+    writeFile(name + "i", kVersion2 + entry(2000, 604600000, 63));
+    EXPECT_THAT(replay(name, 2000, 604600000), IsEmpty()) << "inside the file, but no record";
+
+    RecordedLog log;
+    struct Row {
+        std::string content, version;
+    };
+    const Row rows[] = {{"\2\0\0"s, "-1"}, {"\1\0\0\0"s, "1"}, {"\xff\xff\xff\xff", "4294967295"}};
+    for (const Row& row : rows) {
+        log.lines.clear();
+        writeFile(name + "i", row.content);
+        EXPECT_EQ(replay(name, 2000, 604600000), fromSecond);
+        EXPECT_THAT(log.lines, ElementsAre("3 CIndexedRead::GetIndexPos: CIndexedRead::GetIndexPos, wrong version -> "
+                                           "deleted file " +
+                                           name + "i, version " + row.version));
+        EXPECT_EQ(readFile(name + "i"), "(missing)");
+    }
+    writeFile(name + "i", "");
+    EXPECT_EQ(replay(name, 2000, 604600000), fromSecond);
+    EXPECT_EQ(readFile(name + "i"), "") << "an empty index is no index";
+}
+
+TEST_F(SetOfTwoWeeks, CancellingKeepsThePlace) {
+    Collector collector;
+    CIndexedReadFile reader(&collector);
+    collector.reader = &reader;
+    collector.cancelAfter = 2;
+    EXPECT_TRUE(reader.isEndOfFile()) << "nothing is open";
+    ASSERT_TRUE(reader.Open(name.c_str()));
+    EXPECT_TRUE(reader.Read(0, 0));
+    EXPECT_THAT(collector.blocks, ElementsAre("first", "secnd"));
+    EXPECT_EQ(collector.ends, 1);
+    EXPECT_FALSE(reader.isEndOfFile());
+    EXPECT_TRUE(reader.Read(0, 0));
+    EXPECT_THAT(collector.blocks, ElementsAre("first", "secnd", "secnd", "third", "forth"));
+    EXPECT_EQ(collector.ends, 2);
+    EXPECT_TRUE(reader.isEndOfFile());
+
+    CIndexedReadFile heir(reader);
+    std::uint32_t week = 0, milliseconds = 0;
+    EXPECT_TRUE(heir.getFirstBlockTime(week, milliseconds));
+    EXPECT_EQ(week, 2000u);
+    EXPECT_EQ(milliseconds, 604000000u);
+    EXPECT_FALSE(reader.getFirstBlockTime(week, milliseconds)) << "the file went with the copy";
+    EXPECT_FALSE(CIndexedReadFile().Read(0, 0)) << "nobody to notify";
+}
+
+TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
+    const std::string whole = readFile(name);
+    const Blocks all = {"first", "secnd", "third", "forth"};
+    for (std::size_t length = 4; length <= whole.size(); ++length) {
+        writeFile(name, whole.substr(0, length));
+        const std::size_t records = (length - 4) / 15;
+        EXPECT_EQ(replay(name), Blocks(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(records))) << length;
+
+        CFileReadBuffer file;
+        ASSERT_TRUE(file.Open(name.c_str()));
+        std::uint64_t position = 0, size = 1;
+        const unsigned char* data = nullptr;
+        std::size_t walked = 0;
+        for (bool more = CIndexedReadFile::getFirstBlock(file, position, data, size); more;
+             more = CIndexedReadFile::getNextBlock(file, position, data, size)) {
+            ++walked;
+        }
+        EXPECT_EQ(walked, records) << length;
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(size, 0u);
+    }
+    writeFile(name,
+              kVersion2 + record(2000, 0, "whole") + littleEndian(2000, 2) + "\1\0\0\0\xff\xff\xff\xff" + "short");
+    EXPECT_THAT(replay(name), ElementsAre("whole")) << "a size of 4 GiB";
+    EXPECT_THAT(replay(name, 3000, 0), IsEmpty());
+}
+
+TEST(IndexedReadFile, WrongVersionsAreDeleted) {
+    const TemporaryFolder folder;
+    const std::string name = folder.path("sett");
+    RecordedLog log;
+    CIndexedReadFile reader;
+    EXPECT_FALSE(reader.Open(name.c_str()));
+    writeFile(name, "");
+    EXPECT_FALSE(reader.Open(name.c_str()));
+    EXPECT_EQ(readFile(name), "") << "an empty file stays";
+    EXPECT_THAT(log.lines, IsEmpty());
+    for (const auto& [content, version] : {std::pair{"\2\0\0"s, "-1"s}, {"\1\0\0\0"s, "1"s}}) {
+        log.lines.clear();
+        writeFile(name, content);
+        writeFile(name + "i", kVersion2);
+        EXPECT_FALSE(reader.Open(name.c_str()));
+        EXPECT_THAT(log.lines,
+                    ElementsAre("3 CIndexedReadFile::Open: CIndexedReadFile::Open, wrong version -> deleted file " +
+                                name + ", version " + version));
+        EXPECT_EQ(readFile(name), "(missing)");
+        EXPECT_EQ(readFile(name + "i"), kVersion2) << "nothing else";
+    }
+    for (const char* suffix : {"", "t", "tt"}) writeFile(name + suffix, "x");
+    CIndexedReadFile::DeleteIndexedFile(name.c_str());
+    for (const char* suffix : {"", "t", "i"}) EXPECT_EQ(readFile(name + suffix), "(missing)") << suffix;
+    EXPECT_EQ(readFile(name + "tt"), "x");
+}
+
+TEST(IndexedReadFile, TransformsToTheBlocksAlone) {
+    const TemporaryFolder folder;
+    const std::string timeInfo = folder.path("sett"), raw = folder.path("raw");
+    const std::string two = kVersion2 + record(1, 1, "abc") + record(1, 2, "de"), empty = record(1, 3, "");
+    struct Row {
+        const char* what;
+        std::string content;
+        bool want;
+        std::string raw;
+    };
+    const Row rows[] = {{"whole", two, true, "abcde"},
+                        {"last block short", two.substr(0, two.size() - 1), false, "abc"},
+                        {"scraps of a header behind", two + "123456789", true, "abcde"},
+                        {"a header without its block behind", two + "1234567890", false, "abcde"},
+                        {"a record without bytes ends it", two + empty + record(1, 4, "f"), false, "abcde"},
+                        {"begins with one", kVersion2 + empty, false, ""},
+                        {"no record", kVersion2, false, ""},
+                        {"other version", "\1\0\0\0"s + two.substr(4), false, "before"},
+                        {"no version", "\2\0"s, false, "before"}};
+    for (const Row& row : rows) {
+        writeFile(timeInfo, row.content);
+        writeFile(raw, "before");
+        EXPECT_EQ(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), raw.c_str()), row.want) << row.what;
+        EXPECT_EQ(readFile(raw), row.raw) << row.what;
+        EXPECT_EQ(readFile(timeInfo), row.content) << row.what;
+    }
+    writeFile(timeInfo, two);
+    EXPECT_FALSE(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), timeInfo.c_str())) << "onto itself";
+    EXPECT_EQ(readFile(timeInfo), two);
+}

@@ -1,0 +1,180 @@
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+
+#include "tests/files/IndexedSet.h"
+
+using namespace halvex::test;
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Blocks = std::vector<std::string>;
+
+namespace {
+
+/// Every entry of the index leads to a record of its own time.
+void expectIndexFits(const std::string& base) {
+    const std::string index = readFile(base + "i"), timeInfo = readFile(base + "t");
+    ASSERT_EQ((index.size() - 4) % CIndexedFileIndex::kSavedSize, 0u);
+    for (std::size_t at = 4; at < index.size(); at += CIndexedFileIndex::kSavedSize) {
+        const auto found = CIndexedFileIndex::load(reinterpret_cast<const unsigned char*>(index.data()) + at);
+        ASSERT_LE(found.position + CIndexedFileRecordHeader::kSavedSize, timeInfo.size());
+        EXPECT_EQ(timeInfo.substr(found.position, 6), index.substr(at, 6));
+    }
+}
+
+/// Opens the set for appending with a new writer and adds one block in week 2100.
+void append(const std::string& base, std::string_view block) {
+    StandingClock clock(2100, 0);
+    const os::ScopedClock scope(clock);
+    CIndexedWriteFile set;
+    ASSERT_TRUE(set.Open(base.c_str(), false));
+    addBlock(set, block);
+}
+
+const std::string kTwoRecords = kVersion2 + record(2000, 1, "one") + record(2000, 2, "two");
+const std::string kThird = record(2000, 600001, "three");
+const std::string kIndex = kVersion2 + entry(2000, 1, 4) + entry(2000, 600001, 30);
+
+}  // namespace
+
+TEST(IndexedRepair, ATimeInfoFileCutAnywhereInItsLastRecordIsAppendedToCleanly) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    for (std::size_t left = 0; left <= kThird.size(); ++left) {
+        SCOPED_TRACE(left);
+        RecordedLog log;
+        writeFile(base + "t", kTwoRecords + kThird.substr(0, left));
+        writeFile(base + "i", kIndex);
+        append(base, "new");
+        const bool whole = left == kThird.size();
+        EXPECT_EQ(replay(base + "t"), whole ? Blocks({"one", "two", "three", "new"}) : Blocks({"one", "two", "new"}));
+        expectIndexFits(base);
+        Blocks lines;
+        if (!whole && left > 0) {
+            lines.push_back("2 CIndexedWriteFile::Open: incomplete last record cut off file " + base + "t, " +
+                            std::to_string(left) + " bytes");
+        }
+        if (!whole) {
+            lines.push_back("2 CIndexedWriteFile::Open: index entries without a record cut off file " + base +
+                            "i, 14 bytes");
+        }
+        EXPECT_EQ(log.lines, lines);
+    }
+}
+
+TEST(IndexedRepair, IndexesCutAnywhereOrNotThereAreAppendedToCleanly) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    const RecordedLog log;
+    for (std::size_t length = 0; length <= kIndex.size(); ++length) {
+        SCOPED_TRACE(length);
+        writeFile(base + "t", kTwoRecords + kThird + "torn");
+        writeFile(base + "i", kIndex.substr(0, length));
+        append(base, "new");
+        EXPECT_THAT(replay(base + "t"), ElementsAre("one", "two", "three", "new"));
+        expectIndexFits(base);
+    }
+    for (std::size_t length = 0; length < 14; ++length) {  // in the version word and in the first header
+        writeFile(base + "t", kTwoRecords.substr(0, length));
+        writeFile(base + "i", kIndex);
+        append(base, "new");
+        EXPECT_THAT(replay(base + "t"), ElementsAre("new")) << length;
+        expectIndexFits(base);
+    }
+}
+
+TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    std::string damaged = kTwoRecords;
+    damaged.replace(23, 4, "\xff\xff\xff\xff");  // the size of the second record
+    struct Row {
+        const char* what;
+        std::string index;
+        std::string want;
+    };
+    const Row rows[] = {
+        {"last entry", kIndex, damaged + kThird},
+        {"an earlier entry, the last ones lead nowhere", kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull),
+         damaged + kThird},
+        {"no entry that fits", kVersion2 + entry(2001, 1, 4) + entry(2000, 2, 30), damaged.substr(0, 17)},
+        {"other version", "\1\0\0\0", damaged.substr(0, 17)}};
+    for (const Row& row : rows) {
+        RecordedLog log;
+        writeFile(base + "t", damaged + kThird + "torn");
+        writeFile(base + "i", row.index);
+        append(base, "new");
+        EXPECT_EQ(readFile(base + "t"), row.want + record(2100, 0, "new")) << row.what;
+    }
+}
+
+TEST(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    RecordedLog log;
+    CIndexedWriteFile owner;
+    ASSERT_TRUE(owner.Open(base.c_str(), true));
+    writeFile(base + "t", kTwoRecords + "torn");
+    writeFile(base + "i", kIndex);
+    ASSERT_TRUE(CIndexedWriteFile().Open(base.c_str(), false));
+    EXPECT_EQ(readFile(base + "t"), kTwoRecords + "torn");
+    EXPECT_EQ(readFile(base + "i"), kIndex);
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+namespace {
+
+std::string numberedBlock(int number) {
+    return std::to_string(number) +
+           std::string(static_cast<std::size_t>(number * 797 % 9000), static_cast<char>('a' + number % 26));
+}
+
+/// Writes numbered blocks until it is killed; after each that is flushed, tells so with a byte.
+[[noreturn]] void writeUntilKilled(const std::string& base, int toParent) {
+    StandingClock clock(2000, 0);
+    const os::ScopedClock scope(clock);
+    CIndexedWriteFile set;
+    if (!set.Open(base.c_str(), false)) ::_exit(1);
+    for (int number = 0;; ++number) {
+        clock.set(2000, number * 200000.0);
+        addBlock(set, numberedBlock(number));
+        if (number % 3 != 0) continue;
+        set.Flush();
+        if (::write(toParent, "x", 1) != 1) ::_exit(1);
+    }
+}
+
+}  // namespace
+
+TEST(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
+    for (int flushes = 1; flushes <= 24; ++flushes) {
+        SCOPED_TRACE(flushes);
+        const TemporaryFolder folder;
+        const std::string base = folder.path("set");
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) writeUntilKilled(base, ends[1]);
+        ::close(ends[1]);
+        char byte = 0;
+        for (int i = 0; i < flushes; ++i) ASSERT_EQ(::read(ends[0], &byte, 1), 1);
+        ASSERT_EQ(::kill(child, SIGKILL), 0);  // wherever it is by now
+        ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+        ::close(ends[0]);
+
+        const RecordedLog log;
+        append(base, "new");
+        Blocks blocks = replay(base + "t");
+        ASSERT_FALSE(blocks.empty());
+        EXPECT_EQ(blocks.back(), "new");
+        blocks.pop_back();
+        EXPECT_GE(blocks.size(), static_cast<std::size_t>(3 * flushes - 2)) << "what was flushed is there";
+        for (std::size_t i = 0; i < blocks.size(); ++i) ASSERT_EQ(blocks[i], numberedBlock(static_cast<int>(i)));
+        expectIndexFits(base);
+    }
+}

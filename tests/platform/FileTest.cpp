@@ -1,0 +1,107 @@
+#include "halvex/platform/os/File.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/TemporaryFolder.h"
+
+using namespace halvex::test;
+using os::kShareNone, os::kShareReadWrite;
+
+namespace {
+
+std::span<const unsigned char> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
+}
+
+}  // namespace
+
+TEST(File, RefusesWhatIsNotARegularFileByACode) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    const std::string pipe = folder.path("pipe"), itself = folder.path(""), missing = folder.path("no/such/file");
+    struct Row {
+        const char* what;
+        const char* name;
+        std::errc want;
+    };
+    const Row rows[] = {{"null", nullptr, std::errc::invalid_argument},
+                        {"empty", "", std::errc::invalid_argument},
+                        {"folder", itself.c_str(), std::errc::is_a_directory},
+                        {"pipe nobody writes to", pipe.c_str(), std::errc::invalid_argument},
+                        {"device", "/dev/null", std::errc::invalid_argument},
+                        {"missing", missing.c_str(), std::errc::no_such_file_or_directory}};
+    for (const Row& row : rows) {
+        os::File file;
+        EXPECT_EQ(file.openForReading(row.name, kShareReadWrite), row.want) << row.what;
+        EXPECT_TRUE(file.openForWriting(row.name, kShareReadWrite)) << row.what;
+        EXPECT_FALSE(file.isOpen()) << row.what;
+    }
+    for (const std::uint32_t mode : {1u, 2u, 4u}) {
+        EXPECT_EQ(os::File().openForWriting(folder.path("file").c_str(), mode), std::errc::invalid_argument) << mode;
+    }
+    EXPECT_TRUE(os::deleteFile(itself.c_str()));
+    EXPECT_TRUE(os::deleteFile(""));
+}
+
+TEST(File, ShareModesHoldWithinTheProcessAndAcrossProcesses) {
+    const TemporaryFolder folder;
+    const std::string name = folder.path("file");
+    struct Row {
+        std::uint32_t first, second;
+        bool allowed;
+    };
+    const Row rows[] = {{kShareReadWrite, kShareReadWrite, true},
+                        {kShareNone, kShareReadWrite, false},
+                        {kShareReadWrite, kShareNone, false},
+                        {kShareNone, kShareNone, false}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.first << " then " << row.second);
+        const std::error_code want =
+            row.allowed ? std::error_code{} : make_error_code(std::errc::device_or_resource_busy);
+        os::File first;
+        ASSERT_FALSE(first.openForWriting(name.c_str(), row.first));
+        EXPECT_EQ(os::File().openForWriting(name.c_str(), row.second), want);
+        EXPECT_EQ(os::File().openForReading(name.c_str(), row.second), want);
+
+        const pid_t child = ::fork();
+        if (child == 0) ::_exit(os::File().openForWriting(name.c_str(), row.second) == want ? 0 : 1);
+        int status = -1;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+
+        ASSERT_FALSE(first.close());
+        EXPECT_FALSE(os::File().openForWriting(name.c_str(), row.second)) << "free again";
+    }
+}
+
+TEST(File, AppendsWholeOrNotAtAll) {
+    const TemporaryFolder folder;
+    const std::string name = folder.path("file");
+    os::File file;
+    ASSERT_FALSE(file.openForWriting(name.c_str(), kShareReadWrite));
+    ASSERT_FALSE(file.append(bytesOf("12345")));
+    {
+        const FileSizeLimit full(8);
+        EXPECT_EQ(file.append(bytesOf("abcdef")), std::errc::file_too_large);
+        EXPECT_EQ(readFile(name), "12345");
+        EXPECT_FALSE(file.append(bytesOf("abc")));
+    }
+    os::File other;
+    ASSERT_FALSE(other.openForWriting(name.c_str(), kShareReadWrite));
+    ASSERT_FALSE(other.append(bytesOf("+")));
+    ASSERT_FALSE(file.append(bytesOf("-")));
+    EXPECT_EQ(readFile(name), "12345abc+-");
+
+    unsigned char bytes[4];
+    std::size_t count = 0;
+    EXPECT_FALSE(file.readAt(8, bytes, count));
+    EXPECT_EQ(count, 2u);
+    EXPECT_TRUE(file.readAt(~std::uint64_t{0} - 2, bytes, count));
+    EXPECT_EQ(os::File().append(bytesOf("x")), std::errc::bad_file_descriptor);
+}
