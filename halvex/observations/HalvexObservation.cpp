@@ -31,26 +31,27 @@ std::int32_t truncated(double value) {
     return static_cast<std::int32_t>(std::clamp(value, kLow, kHigh));
 }
 
-/// Cursors for the field lists below. No checks: the length is known before a list is walked.
+/// The two directions of the field list below. No checks: the length is known before the list is walked. The position
+/// goes through by value, so that the compiler may keep it in a register whatever the bytes alias.
 struct Store {
-    unsigned char* at;
+    using Position = unsigned char*;
     template <class T>
-    void operator()(const T& value) {
+    static Position move(Position at, const T& value) {
         halvex::storeLittleEndian(at, value);
-        at += sizeof(T);
+        return at + sizeof(T);
     }
     template <class T>
-    void absent(const T&) {}
+    static void absent(const T&) {}
 };
 struct Fetch {
-    const unsigned char* at;
+    using Position = const unsigned char*;
     template <class T>
-    void operator()(T& value) {
+    static Position move(Position at, T& value) {
         value = halvex::loadLittleEndian<T>(at);
-        at += sizeof(T);
+        return at + sizeof(T);
     }
     template <class T>
-    void absent(T& value) {
+    static void absent(T& value) {
         value = T{};
     }
 };
@@ -288,72 +289,67 @@ auto CHalvexObservation::withSet(std::uint32_t flags, Use&& use) {
     }
 }
 
-std::size_t CHalvexObservation::headSize(std::uint8_t validity) {
-    return CPrnID::kSavedSize + 1 + ((validity & kIssueOfDataValid) != 0 ? 1U : 0U) +
-           ((validity & kElevationMaskValid) != 0 ? 8U : 0U) + ((validity & kAzimuthValid) != 0 ? 8U : 0U);
-}
-
-std::size_t CHalvexObservation::slotSize(std::uint32_t slotFlags) {
-    return withSet(slotFlags, [](auto flags) -> std::size_t {
-        const auto bit = [flags](std::uint32_t mask) -> std::size_t { return (flags & mask) != 0 ? 1 : 0; };
-        return 4 + 2 + 8 * (bit(kPhaseValid) + bit(kPseudorangeCValid) + bit(kPseudorangePValid)) +
-               4 * (bit(kDopplerValid) + bit(kCnoValid)) + 2 * (bit(kPhaseErrorValid) + bit(kPseudorangeErrorValid)) +
-               bit(kMultipathErrorValid) + bit(kCostaValid);
-    });
-}
-
-std::size_t CHalvexObservation::getSize() const {
-    std::size_t size = headSize(m_validity);
-    for (const Slot& slot : m_slots) size += slotSize(slot.flags);
-    return size;
-}
+std::size_t CHalvexObservation::getSize() const { return savedSize(); }
 
 std::size_t CHalvexObservation::savedSize(const unsigned char* from, std::size_t left) {
     if (left < kSmallestSize) return 0;
     std::size_t size = headSize(from[CPrnID::kSavedSize]);
     for (unsigned slot = 0; slot < kSlots; ++slot) {
         if (left < size + 4) return 0;
-        size += slotSize(halvex::loadLittleEndian<std::uint32_t>(from + size));
+        // A constant for the usual sets: the next slot is found without waiting for these flags to be looked up.
+        size += withSet(halvex::loadLittleEndian<std::uint32_t>(from + size), [](auto flags) { return slotSize(flags); });
     }
     return size <= left ? size : 0;
 }
 
-template <class Io, class Self>
-void CHalvexObservation::fields(Io& io, Self& self) {
-    const auto optional = [&io](bool present, auto& value) { present ? io(value) : io.absent(value); };
-    io(self.m_validity);
-    optional((self.m_validity & kIssueOfDataValid) != 0, self.m_issueOfData);
-    optional((self.m_validity & kElevationMaskValid) != 0, self.m_elevationMask);
-    optional((self.m_validity & kAzimuthValid) != 0, self.m_azimuth);
+template <class Direction, class Self>
+typename Direction::Position CHalvexObservation::fields(typename Direction::Position at, Self& self) {
+    const auto optional = [&at](bool present, auto& value) {
+        if (present) {
+            at = Direction::move(at, value);
+        } else {
+            Direction::absent(value);
+        }
+    };
+    at = Direction::move(at, self.m_validity);
+    const std::uint32_t validity = self.m_validity;
+    optional((validity & kIssueOfDataValid) != 0, self.m_issueOfData);
+    optional((validity & kElevationMaskValid) != 0, self.m_elevationMask);
+    optional((validity & kAzimuthValid) != 0, self.m_azimuth);
     for (auto& slot : self.m_slots) {
-        io(slot.flags);
-        withSet(slot.flags, [&](auto flags) {
-            optional((flags & kPhaseValid) != 0, slot.phase);
-            optional((flags & kPseudorangeCValid) != 0, slot.pseudorangeC);
-            optional((flags & kPseudorangePValid) != 0, slot.pseudorangeP);
-            optional((flags & kDopplerValid) != 0, slot.doppler);
-            optional((flags & kPhaseErrorValid) != 0, slot.phaseError);
-            optional((flags & kPseudorangeErrorValid) != 0, slot.pseudorangeError);
-            optional((flags & kMultipathErrorValid) != 0, slot.multipathError);
-            optional((flags & kCnoValid) != 0, slot.cno);
-            optional((flags & kCostaValid) != 0, slot.costa);
-            io(slot.contLockCount);
+        at = Direction::move(at, slot.flags);
+        at = withSet(slot.flags, [&slot, from = at](auto flags) {
+            auto to = from;
+            const auto value = [&to](bool present, auto& field) {
+                if (present) {
+                    to = Direction::move(to, field);
+                } else {
+                    Direction::absent(field);
+                }
+            };
+            value((flags & kPhaseValid) != 0, slot.phase);
+            value((flags & kPseudorangeCValid) != 0, slot.pseudorangeC);
+            value((flags & kPseudorangePValid) != 0, slot.pseudorangeP);
+            value((flags & kDopplerValid) != 0, slot.doppler);
+            value((flags & kPhaseErrorValid) != 0, slot.phaseError);
+            value((flags & kPseudorangeErrorValid) != 0, slot.pseudorangeError);
+            value((flags & kMultipathErrorValid) != 0, slot.multipathError);
+            value((flags & kCnoValid) != 0, slot.cno);
+            value((flags & kCostaValid) != 0, slot.costa);
+            return Direction::move(to, slot.contLockCount);
         });
     }
+    return at;
 }
 
 unsigned char* CHalvexObservation::write(unsigned char* to) const {
     m_prnId.writeTo(to);
-    Store store{to + CPrnID::kSavedSize};
-    fields(store, *this);
-    return store.at;
+    return fields<Store>(to + CPrnID::kSavedSize, *this);
 }
 
 const unsigned char* CHalvexObservation::read(const unsigned char* from) {
     m_prnId.readFrom(from);
-    Fetch fetch{from + CPrnID::kSavedSize};
-    fields(fetch, *this);
-    return fetch.at;
+    return fields<Fetch>(from + CPrnID::kSavedSize, *this);
 }
 
 bool CHalvexObservation::SaveData(unsigned char* buffer, std::size_t size, std::size_t& offset) const {

@@ -152,6 +152,8 @@ public:
     [[nodiscard]] std::size_t getSize() const;
     /// A record with nothing valid: no saved form is shorter.
     static constexpr std::size_t kSmallestSize = CPrnID::kSavedSize + 1 + kSlots * (4 + 2);
+    /// A record with everything valid: none is longer.
+    static constexpr std::size_t kLargestSize = kSmallestSize + 1 + 2 * 8 + kSlots * (3 * 8 + 2 * 4 + 2 * 2 + 2);
 
     /// Exact comparison of all fields, floating values included.
     friend HALVEX_EXPORT bool operator==(const CHalvexObservation& left, const CHalvexObservation& right);
@@ -212,14 +214,35 @@ private:
     template <class T>
     bool getValue(unsigned frequency, T Slot::*member, T& value, Flag valid) const;
 
+    /// Saved size of a slot by its flags, summed up once for every combination of the bits from kPhaseValid on.
+    static constexpr unsigned kSizesShift = 14;
+    static constexpr auto kSizes = [] {
+        std::array<std::uint8_t, 2048> sizes{};
+        for (std::uint32_t bits = 0; bits < sizes.size(); ++bits) {
+            const auto bit = [set = bits << kSizesShift](Flag flag) { return (set & flag) != 0 ? 1 : 0; };
+            sizes[bits] = static_cast<std::uint8_t>(
+                4 + 2 + 8 * (bit(kPhaseValid) + bit(kPseudorangeCValid) + bit(kPseudorangePValid)) +
+                4 * (bit(kDopplerValid) + bit(kCnoValid)) + 2 * (bit(kPhaseErrorValid) + bit(kPseudorangeErrorValid)) +
+                bit(kMultipathErrorValid) + bit(kCostaValid));
+        }
+        return sizes;
+    }();
+    static constexpr std::size_t slotSize(std::uint32_t flags) { return kSizes[(flags & kValues) >> kSizesShift]; }
+    static constexpr std::size_t headSize(std::uint8_t validity) {
+        return CPrnID::kSavedSize + 1 + ((validity & kIssueOfDataValid) != 0 ? 1U : 0U) +
+               ((validity & kElevationMaskValid) != 0 ? 8U : 0U) + ((validity & kAzimuthValid) != 0 ? 8U : 0U);
+    }
+    [[nodiscard]] std::size_t savedSize() const {
+        std::size_t size = headSize(m_validity);
+        for (const Slot& slot : m_slots) size += slotSize(slot.flags);
+        return size;
+    }
     template <class Use>
     static auto withSet(std::uint32_t flags, Use&& use);
-    static std::size_t slotSize(std::uint32_t flags);
-    static std::size_t headSize(std::uint8_t validity);
     /// Bytes of the saved form at `from`, 0 when `left` bytes do not hold a whole one.
     static std::size_t savedSize(const unsigned char* from, std::size_t left);
-    template <class Io, class Self>
-    static void fields(Io& io, Self& self);
+    template <class Direction, class Self>
+    static typename Direction::Position fields(typename Direction::Position at, Self& self);
     /// The two directions without a length check: the caller has made sure of getSize() or savedSize() bytes.
     unsigned char* write(unsigned char* to) const;
     const unsigned char* read(const unsigned char* from);

@@ -309,7 +309,7 @@ std::size_t CHalvexStationObservation::getSize() const {
     std::size_t size = 16 + 16;
     if (status(kSmoothingIntervalValid)) size += 2;
     if (status(kDopplerRateValid)) size += 2;
-    for (const CHalvexObservation& each : m_observations) size += each.getSize();
+    for (const CHalvexObservation& each : m_observations) size += each.savedSize();
     return size;
 }
 
@@ -330,19 +330,20 @@ bool CHalvexStationObservation::loadData(const unsigned char* buffer, std::size_
     headFields(reader, head);
     if (!reader.ok() || count > reader.left() / CHalvexObservation::kSmallestSize) return false;
 
-    // All lengths first: nothing of this object is touched before the whole buffer is known to be good.
-    const unsigned char* const first = reader.position();
-    for (std::uint32_t i = 0; i < count; ++i) {
-        const std::size_t taken = CHalvexObservation::savedSize(reader.position(), reader.left());
-        if (taken == 0 || reader.take(taken) == nullptr) return false;
+    // Into the spare list: nothing of this object is touched before the whole buffer is known to be good.
+    m_spare.resize(count);
+    const unsigned char* from = reader.position();
+    const unsigned char* const end = from + reader.left();
+    for (CHalvexObservation& each : m_spare) {
+        const auto left = static_cast<std::size_t>(end - from);
+        if (left < CHalvexObservation::kLargestSize && CHalvexObservation::savedSize(from, left) == 0) return false;
+        from = each.read(from);
     }
 
     head.m_filter = m_filter;
-    head.m_observations = std::move(m_observations);
+    head.m_observations = std::move(m_spare);
+    head.m_spare = std::move(m_observations);
     *this = std::move(head);
-    m_observations.resize(count);
-    const unsigned char* from = first;
-    for (CHalvexObservation& each : m_observations) from = each.read(from);
     return true;
 }
 

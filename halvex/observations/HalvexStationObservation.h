@@ -159,7 +159,8 @@ public:
     void UpdateLossOfLock(MDB::CLossOfLockDetector& detector) override;
     void StoreLossOfLock(MDB::CLossOfLockDetector& detector) const override;
 
-    /// Replaces everything but the filter: what the saved form lacks becomes 0. Uses the list's memory again.
+    /// Replaces everything but the filter: what the saved form lacks becomes 0. An object that is loaded
+    /// again and again keeps the memory of two lists and allocates no more.
     bool loadData(const unsigned char* buffer, std::size_t size) override;
     void saveData(unsigned char* buffer, std::size_t size) const override;
     /// Never undercounts: counts both clock offsets whether they are valid or not.
@@ -202,5 +203,6 @@ private:
     double m_clockOffsetCode = 0.0;
     double m_clockOffsetPhase = 0.0;
     std::vector<CHalvexObservation> m_observations;
+    std::vector<CHalvexObservation> m_spare;  // means nothing: the list before the last load, for its memory
     std::size_t m_cursor = 0;
 };
