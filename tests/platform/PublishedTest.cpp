@@ -9,7 +9,7 @@
 namespace {
 
 TEST(Published, NoReaderSeesPartsOfTwoPublications) {
-    constexpr std::int32_t kLast = 5000000;
+    constexpr std::int32_t kLast = 2000000;
     os::Published<8> published;
     std::thread writer([&] {
         for (std::int32_t i = 1; i <= kLast; ++i) published.publish({i, i, i, i, i, i, i, i});
