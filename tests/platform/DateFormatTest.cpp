@@ -47,15 +47,6 @@ TEST(DateFormat, ImpossibleFieldsAreHarmless) {
     }
 }
 
-TEST(DateFormat, RegionalFollowsTheEnvironmentAtEachCall) {
-    const SYSTEMTIME stamp = TestClock::stamp(2016, 12, 31, 23, 5, 9);
-    for (const char* locale : {"C", "xx_NONE.UTF-8"}) {
-        const ScopedVariable language("LC_ALL", locale);
-        EXPECT_EQ(os::formatRegionalDate(stamp), "12/31/16") << locale;
-        EXPECT_EQ(os::formatRegionalTime(stamp), "23:05:09") << locale;
-    }
-}
-
 TEST(VariantDate, KnownDays) {
     struct Row {
         const char* what;

@@ -84,23 +84,6 @@ TEST(Monitor, OpenMetricsText) {
               "# EOF\n");
 }
 
-TEST(Monitor, OverlappingRunsOfATimerAllCount) {
-    CMonitorTree tree;
-    const ScopedMonitorTree installed(tree);
-    CMonitorElementContainer container("Timed");
-    CMonitorTimer timer(container, "UpdateTimer");
-    {
-        CMonitorTimer::Run outer = timer.start();
-        const CMonitorTimer::Run inner = timer.start();
-        outer.stop();
-        outer.stop();
-        EXPECT_EQ(timer.runs(), 1U);
-    }
-    EXPECT_EQ(timer.runs(), 2U);
-    EXPECT_GE(timer.totalSeconds(), timer.lastSeconds());
-    EXPECT_EQ(tree.value("Timed", "UpdateTimer"), timer.lastSeconds());
-}
-
 TEST(Monitor, SnapshotsWhileOthersComeAndGo) {
     CMonitorTree tree;
     const ScopedMonitorTree installed(tree);

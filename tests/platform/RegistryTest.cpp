@@ -7,7 +7,6 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <map>
 #include <thread>
 
 #include "tests/support/CapturedLog.h"
@@ -142,27 +141,6 @@ TEST_F(Registry, WritersOfSeveralThreadsAndProcessesLoseNothing) {
     for (const char* who : {"child", "other", "main"}) {
         for (int i = 0; i < 20; ++i) EXPECT_EQ(REG::GetLong(kKey, who + std::to_string(i), -1), i) << who;
     }
-}
-
-TEST_F(Registry, AHostsOwnStore) {
-    struct Memory : REG::Store {
-        std::map<std::string, REG::Value, std::less<>> values;
-        std::optional<REG::Value> read(std::string_view, std::string_view name) override {
-            const auto found = values.find(name);
-            return found != values.end() ? std::optional(found->second) : std::nullopt;
-        }
-        bool write(std::string_view, std::string_view name, const REG::Value& value) override {
-            values[std::string(name)] = value;
-            return true;
-        }
-    } memory;
-    {
-        const REG::ScopedStore installed(memory);
-        EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 4));
-        EXPECT_EQ(REG::GetLong(kKey, "Mask", 0), 4);
-    }
-    EXPECT_EQ(REG::GetLong(kKey, "Mask", 0), 0);
-    EXPECT_FALSE(fs::exists(m_file));
 }
 
 }  // namespace
