@@ -56,6 +56,13 @@ struct Fetch {
     }
 };
 
+template <class Direction, class T>
+typename Direction::Position moveIf(bool present, typename Direction::Position at, T& value) {
+    if (present) return Direction::move(at, value);
+    Direction::absent(value);
+    return at;
+}
+
 }  // namespace
 
 void CHalvexObservation::Reset() {
@@ -275,6 +282,11 @@ void CHalvexObservation::AdjustForClockJumps(std::int32_t milliseconds) {
 // Most slots hold one of three sets of values. Walking a set that the compiler knows costs no test for each field, and
 // the position behind it does not wait for the flags to be read; `use` gets the set as a constant then.
 template <class Use>
+auto CHalvexObservation::withSet(std::uint8_t validity, Use&& use) {
+    constexpr unsigned kAll = kElevationMaskValid | kAzimuthValid | kIssueOfDataValid;
+    return (validity & kAll) == 0 ? use(std::integral_constant<unsigned, 0>()) : use(unsigned{validity});
+}
+template <class Use>
 auto CHalvexObservation::withSet(std::uint32_t flags, Use&& use) {
     constexpr std::uint32_t kCivil = kPhaseValid | kPseudorangeCValid | kDopplerValid | kCnoValid;
     switch (flags & kValues) {
@@ -304,29 +316,20 @@ std::size_t CHalvexObservation::savedSize(const unsigned char* from, std::size_t
 
 template <class Direction, class Self>
 typename Direction::Position CHalvexObservation::fields(typename Direction::Position at, Self& self) {
-    const auto optional = [&at](bool present, auto& value) {
-        if (present) {
-            at = Direction::move(at, value);
-        } else {
-            Direction::absent(value);
-        }
-    };
     at = Direction::move(at, self.m_validity);
-    const std::uint32_t validity = self.m_validity;
-    optional((validity & kIssueOfDataValid) != 0, self.m_issueOfData);
-    optional((validity & kElevationMaskValid) != 0, self.m_elevationMask);
-    optional((validity & kAzimuthValid) != 0, self.m_azimuth);
+    at = withSet(self.m_validity, [&self, from = at](auto validity) {
+        auto to = from;
+        const auto value = [&to](bool present, auto& field) { to = moveIf<Direction>(present, to, field); };
+        value((validity & kIssueOfDataValid) != 0, self.m_issueOfData);
+        value((validity & kElevationMaskValid) != 0, self.m_elevationMask);
+        value((validity & kAzimuthValid) != 0, self.m_azimuth);
+        return to;
+    });
     for (auto& slot : self.m_slots) {
         at = Direction::move(at, slot.flags);
         at = withSet(slot.flags, [&slot, from = at](auto flags) {
             auto to = from;
-            const auto value = [&to](bool present, auto& field) {
-                if (present) {
-                    to = Direction::move(to, field);
-                } else {
-                    Direction::absent(field);
-                }
-            };
+            const auto value = [&to](bool present, auto& field) { to = moveIf<Direction>(present, to, field); };
             value((flags & kPhaseValid) != 0, slot.phase);
             value((flags & kPseudorangeCValid) != 0, slot.pseudorangeC);
             value((flags & kPseudorangePValid) != 0, slot.pseudorangeP);

@@ -214,7 +214,8 @@ private:
     template <class T>
     bool getValue(unsigned frequency, T Slot::*member, T& value, Flag valid) const;
 
-    /// Saved size of a slot by its flags, summed up once for every combination of the bits from kPhaseValid on.
+    /// Saved sizes of a slot and of what stands before the slots, by their flags: summed up once for every
+    /// combination of bits, because every epoch is measured before it is written.
     static constexpr unsigned kSizesShift = 14;
     static constexpr auto kSizes = [] {
         std::array<std::uint8_t, 2048> sizes{};
@@ -228,15 +229,23 @@ private:
         return sizes;
     }();
     static constexpr std::size_t slotSize(std::uint32_t flags) { return kSizes[(flags & kValues) >> kSizesShift]; }
-    static constexpr std::size_t headSize(std::uint8_t validity) {
-        return CPrnID::kSavedSize + 1 + ((validity & kIssueOfDataValid) != 0 ? 1U : 0U) +
-               ((validity & kElevationMaskValid) != 0 ? 8U : 0U) + ((validity & kAzimuthValid) != 0 ? 8U : 0U);
-    }
+    static constexpr auto kHeadSizes = [] {
+        std::array<std::uint8_t, 8> sizes{};
+        for (std::uint32_t bits = 0; bits < sizes.size(); ++bits) {
+            const auto bit = [bits](Validity flag) { return (bits & flag) != 0 ? 1 : 0; };
+            sizes[bits] = static_cast<std::uint8_t>(CPrnID::kSavedSize + 1 + bit(kIssueOfDataValid) +
+                                                    8 * (bit(kElevationMaskValid) + bit(kAzimuthValid)));
+        }
+        return sizes;
+    }();
+    static constexpr std::size_t headSize(std::uint8_t validity) { return kHeadSizes[validity & (kHeadSizes.size() - 1)]; }
     [[nodiscard]] std::size_t savedSize() const {
         std::size_t size = headSize(m_validity);
         for (const Slot& slot : m_slots) size += slotSize(slot.flags);
         return size;
     }
+    template <class Use>
+    static auto withSet(std::uint8_t validity, Use&& use);
     template <class Use>
     static auto withSet(std::uint32_t flags, Use&& use);
     /// Bytes of the saved form at `from`, 0 when `left` bytes do not hold a whole one.
