@@ -29,7 +29,7 @@ public:
     [[nodiscard]] bool close();
 
     [[nodiscard]] const FormatError& error() const { return m_error; }
-    /// Values that no column or no 14 characters could take.
+    /// Values that no column or no 14 characters could take, or whose satellite has no name in a file.
     [[nodiscard]] std::uint64_t unwritten() const { return m_unwritten; }
 
 private:

@@ -9,6 +9,7 @@
 #include <set>
 
 #include "formats/rinex/ObservationReader.h"
+#include "formats/rinex/SatelliteName.h"
 #include "formats/rinex/TimeSystems.h"
 #include "tools/halvex/SetNames.h"
 #include "tools/halvex/StationSet.h"
@@ -143,7 +144,7 @@ private:
     [[nodiscard]] std::vector<std::string> satelliteNames(CALN::eCALSATSYSTEM system) const {
         std::vector<std::string> names;
         for (const auto& [satellite, count] : m_satellites) {
-            if (satellite.system == system) names.push_back(satelliteName(satellite));
+            if (satellite.system == system) names.push_back(rinex::satelliteName(satellite));
         }
         return names;
     }
@@ -268,7 +269,6 @@ void addInfoCommand(CLI::App& app) {
             }
         }
         if (options->json) std::cout << all.dump() << "\n";
-        std::cout.flush();
         if (!wrong.empty()) throw Failure(wrong);
     });
 }

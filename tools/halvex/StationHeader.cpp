@@ -12,6 +12,7 @@
 #include "formats/rinex/HeaderParser.h"
 #include "formats/rinex/ObservationHeaderWriter.h"
 #include "formats/rinex/ObservationWriter.h"
+#include "formats/rinex/SatelliteName.h"
 #include "tools/halvex/Tool.h"
 
 namespace halvex::tool {
@@ -51,9 +52,8 @@ bool parseChange(std::string_view line, CALN::SCalSatID& satellite, StationHeade
         !parse(parts[2], milliseconds)) {
         return false;
     }
-    const std::optional<CALN::SCalSatID> parsed = parseSatellite(parts[3]);
-    if (!parsed) return false;
-    satellite = *parsed;
+    constexpr std::size_t kNameLength = 3;
+    if (parts[3].size() != kNameLength || rinex::parseSatellite(parts[3], ' ', satellite)) return false;
     change.from = SMjdTime(week, milliseconds / 1000.0);
     for (std::size_t slot = 0; slot < kFrequencySlots; ++slot) {
         const std::string_view text = parts[kFirstSlot + slot];
@@ -147,7 +147,7 @@ void StationHeaderWriter::note(const SMjdTime& time, const CALN::SCalSatID& sate
     found->second = signals;
     const std::string line = fmt::format("@ {} {} {} {} {} {}\n", time.GetGpsWeek(),
                                          static_cast<std::uint32_t>(time.GetGpsWeekMilliseconds()),
-                                         satelliteName(satellite), slotText(signals[0]), slotText(signals[1]),
+                                         rinex::satelliteName(satellite), slotText(signals[0]), slotText(signals[1]),
                                          slotText(signals[2]));
     if (std::fwrite(line.data(), 1, line.size(), m_file.get()) != line.size()) fail(m_name, "cannot be written");
     m_pending = true;
