@@ -10,6 +10,7 @@
 
 #include "formats/rinex/ObservationHeaderWriter.h"
 #include "formats/rinex/SatelliteName.h"
+#include "formats/rinex/TimeSystems.h"
 
 namespace halvex::rinex {
 namespace {
@@ -120,9 +121,9 @@ bool ObservationWriter::failed(const char* what) {
 
 bool ObservationWriter::open(const std::string& name, const ObservationHeader& header) {
     m_name = name;
-    m_header = header;
+    m_error = {};
+    m_header = inGpsTime(header);
     m_header.version = 3.05;
-    m_header.timeSystem = TimeSystem::gps;
     m_text.clear();
     m_file.reset(name == "-" ? stdout : std::fopen(name.c_str(), "wbe"));
     if (m_file == nullptr) return failed("cannot be created");
@@ -140,7 +141,7 @@ bool ObservationWriter::flush(bool whole) {
 
 bool ObservationWriter::close() {
     if (m_file == nullptr) return true;
-    bool good = flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
+    bool good = m_error.message.empty() && flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
     std::FILE* file = m_file.release();
     if (file != stdout && std::fclose(file) != 0 && good) good = failed("cannot be closed");
     return good;
@@ -205,6 +206,15 @@ void ObservationWriter::writeSatellite(const CHalvexObservation& observation, co
     while (m_text.size() > start && m_text.back() == ' ') m_text.pop_back();
     m_text += '\n';
     m_unwritten += values - written;
+}
+
+ObservationHeader inGpsTime(ObservationHeader header) {
+    for (auto* time : {&header.firstObservation, &header.lastObservation}) {
+        if (*time) *time = toGpsTime(**time, header.timeSystem, header.leapSeconds);
+    }
+    if (header.leapSeconds && header.timeSystem == TimeSystem::beidou) *header.leapSeconds += kGpsMinusBeiDou;
+    header.timeSystem = TimeSystem::gps;
+    return header;
 }
 
 void addColumns(ObservationHeader& header, const CALN::SCalSatID& satellite, const SatelliteSignals& signals) {

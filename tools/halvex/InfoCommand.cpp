@@ -260,8 +260,13 @@ void addInfoCommand(CLI::App& app) {
             std::error_code ignored;
             const bool isSet = std::filesystem::exists(base + "t", ignored);
             summary.file = isSet ? base : file;
-            const std::string fault = isSet ? readSet(base, summary) : readRinex(file, summary);
-            if (wrong.empty()) wrong = fault;
+            try {
+                const std::string fault = isSet ? readSet(base, summary) : readRinex(file, summary);
+                if (wrong.empty()) wrong = fault;
+            } catch (const Failure& failure) {
+                if (wrong.empty()) wrong = failure.what();
+                continue;
+            }
             if (options->json) {
                 all.push_back(summary.json());
             } else {

@@ -174,7 +174,7 @@ private:
                 list.insert(list.end(), changes.begin(), changes.end());
             }
         }
-        rinex::ObservationHeader header = all.usedColumns();
+        rinex::ObservationHeader header = rinex::inGpsTime(all.usedColumns());
         header.firstObservation = first;
         header.lastObservation.reset();
         header.program = "halvex";

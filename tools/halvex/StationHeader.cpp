@@ -125,19 +125,26 @@ StationHeaderWriter::StationHeaderWriter(const std::string& base, const rinex::O
     : m_name(fileName(base)) {
     const StationHeader before = readStationHeader(base);
     for (const auto& [satellite, changes] : before.signals) m_last[satellite] = changes.back().signals;
+    std::error_code ignored;
+    if (!std::filesystem::exists(m_name, ignored)) begin(rinex::headerText(header));
     m_file.reset(std::fopen(m_name.c_str(), "abe"));
-    if (m_file == nullptr) fail(m_name, "cannot be written");
-    if (std::fseek(m_file.get(), 0, SEEK_END) != 0) fail(m_name, "cannot be written");
-    if (std::ftell(m_file.get()) == 0) {
-        const std::string text = rinex::headerText(header);
-        if (std::fwrite(text.data(), 1, text.size(), m_file.get()) != text.size()) fail(m_name, "cannot be written");
-        m_pending = true;
-    } else {
-        // Begins a new line in case that a killed writer left the last one unfinished.
-        if (std::fputc('\n', m_file.get()) == EOF) fail(m_name, "cannot be written");
-        m_pending = true;
-    }
+    // Begins a new line in case that a killed writer left the last one unfinished.
+    if (m_file == nullptr || std::fputc('\n', m_file.get()) == EOF) fail(m_name, "cannot be written");
+    m_pending = true;
     flush();
+}
+
+/// The header stands there whole or not at all: half of one would keep the set from being opened ever after.
+void StationHeaderWriter::begin(const std::string& text) {
+    const std::string unfinished = m_name + ".new";
+    m_file.reset(std::fopen(unfinished.c_str(), "wbe"));
+    if (m_file == nullptr || std::fwrite(text.data(), 1, text.size(), m_file.get()) != text.size() ||
+        std::fflush(m_file.get()) != 0 || std::rename(unfinished.c_str(), m_name.c_str()) != 0) {
+        const int error = errno;
+        std::remove(unfinished.c_str());
+        errno = error;
+        fail(m_name, "cannot be written");
+    }
 }
 
 void StationHeaderWriter::note(const SMjdTime& time, const CALN::SCalSatID& satellite,
