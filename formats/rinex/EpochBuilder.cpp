@@ -27,9 +27,8 @@ int columnOf(const std::vector<ObservationCode>& codes, const ObservationCode& c
 }  // namespace
 
 std::uint64_t LossCounts::total() const {
-    std::uint64_t sum =
-        roundedDoppler + roundedCno + roundedEpochs + lossOfLockBits + repeatedSatellites + cycleSlipEpochs +
-                        unstampedEpochs;
+    std::uint64_t sum = roundedDoppler + roundedCno + roundedEpochs + lossOfLockBits + repeatedSatellites +
+                        cycleSlipEpochs + unstampedEpochs;
     for (const auto& [code, count] : values) sum += count;
     return sum;
 }

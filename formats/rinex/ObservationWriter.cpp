@@ -141,7 +141,8 @@ bool ObservationWriter::flush(bool whole) {
 
 bool ObservationWriter::close() {
     if (m_file == nullptr) return true;
-    bool good = m_error.message.empty() && flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
+    bool good =
+        m_error.message.empty() && flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
     std::FILE* file = m_file.release();
     if (file != stdout && std::fclose(file) != 0 && good) good = failed("cannot be closed");
     return good;

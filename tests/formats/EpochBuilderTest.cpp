@@ -123,8 +123,7 @@ TEST(EpochBuilder, WhichCodeGoesToWhichSlot) {
 
 TEST(EpochBuilder, LossesNameTheCodeAndOutliveAChangeOfColumns) {
     const std::string text = header3("G    3 L1C L1W C5A") + epoch3(0.0, {"G05" + field(1) + field(2) + field(3)}) +
-                             "> 2021 01 01 00 00  0.0000000  4  1\n" +
-                             record("G    2 L1W L1C", "SYS / # / OBS TYPES") +
+                             "> 2021 01 01 00 00  0.0000000  4  1\n" + record("G    2 L1W L1C", "SYS / # / OBS TYPES") +
                              epoch3(1.0, {"G05" + field(2) + field(1)});
     const Built built(text);
     const auto losses = built.builder->losses().values;
@@ -166,9 +165,11 @@ TEST(EpochBuilder, LossOfLockAndLockCounts) {
     double second = 0.0;
     for (const Step& step : steps) {
         std::string epoch = epoch3(0.0, {"G05" + step.line}, step.flag);
-        epoch.replace(13, 16, (std::ostringstream() << "00 0" << static_cast<int>(second) / 60 << ' '
-                                                    << (static_cast<int>(second) % 60 < 10 ? " " : "")
-                                                    << static_cast<int>(second) % 60 << ".0000000").str());
+        epoch.replace(13, 16,
+                      (std::ostringstream() << "00 0" << static_cast<int>(second) / 60 << ' '
+                                            << (static_cast<int>(second) % 60 < 10 ? " " : "")
+                                            << static_cast<int>(second) % 60 << ".0000000")
+                          .str());
         text += epoch;
         second += 20.0;
     }
@@ -234,7 +235,8 @@ TEST(EpochBuilder, EpochsBecomeGpsTime) {
         {"the last week that a record holds", "GPS", "", "3236 01 06 00 00  0.0000000", 65535, 0, false},
     };
     for (const Row& row : rows) {
-        std::string header = record("  2021     1     1     0     0    0.0000000     " + row.first, "TIME OF FIRST OBS");
+        std::string header =
+            record("  2021     1     1     0     0    0.0000000     " + row.first, "TIME OF FIRST OBS");
         if (!row.leap.empty()) header += record(row.leap, "LEAP SECONDS");
         const Built built(header3("G    1 C1C", header) + "> " + row.time + "  0  1\nG05" + field(1) + "\n");
         ASSERT_EQ(built.stations.size(), 1U) << row.what;
@@ -250,9 +252,10 @@ TEST(EpochBuilder, EpochsBecomeGpsTime) {
 }
 
 TEST(EpochBuilder, WhatBelongsToTheEpoch) {
-    const Built built(header3("G    3 D1C S1C L2W") +
-                      epoch3(0.0, {"G05" + field(-1234567.891) + field(45.25) + field(1.0, " 7")}, '0', "      -0.000123456789") +
-                      epoch3(1.0, {}, '6') + epoch3(2.0, {}));
+    const Built built(
+        header3("G    3 D1C S1C L2W") +
+        epoch3(0.0, {"G05" + field(-1234567.891) + field(45.25) + field(1.0, " 7")}, '0', "      -0.000123456789") +
+        epoch3(1.0, {}, '6') + epoch3(2.0, {}));
     ASSERT_EQ(built.stations.size(), 2U) << "cycle slips are no epoch";
     double offset = 0.0;
     ASSERT_TRUE(built.stations[0].getClockOffsetCode(offset));
@@ -293,7 +296,8 @@ TEST(EpochBuilder, HighSatelliteNumbers) {
     for (const CHalvexObservation& observation : built.stations[1].observations()) {
         unsigned short lock = 0;
         observation.getContLockCount(0, lock);
-        found += satelliteName(CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID()) +
+        found += satelliteName(
+                     CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID()) +
                  ' ' + std::to_string(lock) + ' ';
     }
     EXPECT_EQ(found, "R26 2000 S44 2000 S58 0 ");

@@ -17,7 +17,9 @@ using test::TemporaryFolder;
 
 constexpr CALN::SCalSatID kG05{CALN::eCALSATSYSTEM_GPS, 5};
 
-SatelliteSignals preferred(const CALN::SCalSatID& satellite) { return preferredSignals(satellite.system); }
+SatelliteSignals preferred(const CALN::SCalSatID& satellite) {
+    return preferredSignals(satellite.system);
+}
 
 ObservationHeader header(std::initializer_list<CALN::SCalSatID> satellites) {
     ObservationHeader header;
@@ -87,11 +89,16 @@ TEST(ObservationWriter, ValuesAtTheLimitsOfTheColumns) {
         double value;
         const char* text;  // null: blank, and counted
     };
-    const Row rows[] = {{9999999999.999, "9999999999.999"},  {10000000000.0, nullptr},
-                        {-999999999.999, "-999999999.999"},  {-1000000000.0, nullptr},
-                        {-999999999.9999, nullptr},          {-0.5, "        -0.500"},
-                        {0.0004999, "         0.000"},       {1.0005001, "         1.001"},
-                        {kInfinity, nullptr},                {-kInfinity, nullptr},
+    const Row rows[] = {{9999999999.999, "9999999999.999"},
+                        {10000000000.0, nullptr},
+                        {-999999999.999, "-999999999.999"},
+                        {-1000000000.0, nullptr},
+                        {-999999999.9999, nullptr},
+                        {-0.5, "        -0.500"},
+                        {0.0004999, "         0.000"},
+                        {1.0005001, "         1.001"},
+                        {kInfinity, nullptr},
+                        {-kInfinity, nullptr},
                         {std::numeric_limits<double>::quiet_NaN(), nullptr}};
     for (const Row& row : rows) {
         CHalvexObservation gps(CPrnID(5, CPrnID::PRN_GPS));

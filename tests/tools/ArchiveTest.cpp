@@ -25,17 +25,20 @@ ToolRun archive(const TemporaryFolder& folder, const std::string& file, const st
     arguments.insert(arguments.end(), more.begin(), more.end());
     return runTool(arguments);
 }
-std::string literalSet(const TemporaryFolder& folder) { return folder.path("a/ABCD00XXX_R_20210010000_01D_30S_MO"); }
+std::string literalSet(const TemporaryFolder& folder) {
+    return folder.path("a/ABCD00XXX_R_20210010000_01D_30S_MO");
+}
 
 TEST(Archive, SpansNamesAndStamps) {
     struct Row {
         const char* span;
         std::vector<std::pair<const char*, std::size_t>> sets;
     };
-    const Row rows[] = {{"daily", {{"20203660000_01D", 6}, {"20210010000_01D", 6}}},
-                        {"hourly", {{"20203662300_01H", 6}, {"20210010000_01H", 6}}},
-                        {"subhourly",
-                         {{"20203662330_15M", 3}, {"20203662345_15M", 3}, {"20210010000_15M", 3}, {"20210010015_15M", 3}}}};
+    const Row rows[] = {
+        {"daily", {{"20203660000_01D", 6}, {"20210010000_01D", 6}}},
+        {"hourly", {{"20203662300_01H", 6}, {"20210010000_01H", 6}}},
+        {"subhourly",
+         {{"20203662330_15M", 3}, {"20203662345_15M", 3}, {"20210010000_15M", 3}, {"20210010015_15M", 3}}}};
     for (const Row& row : rows) {
         const TemporaryFolder folder;
         const std::string source = simulate(folder, "2020-12-31T23:30", "1", "300");
@@ -54,8 +57,9 @@ TEST(Archive, SpansNamesAndStamps) {
 TEST(Archive, NamesOfSeveralStations) {
     const TemporaryFolder folder;
     const auto file = [&](const char* name, const char* marker, const char* interval) {
-        writeFile(folder.path(name), version("3.05", "G") + record(marker, "MARKER NAME") + record(interval, "INTERVAL") +
-                                         record("G    1 C1C", "SYS / # / OBS TYPES") + endOfHeader() + epoch("00 00  0", ""));
+        writeFile(folder.path(name), version("3.05", "G") + record(marker, "MARKER NAME") +
+                                         record(interval, "INTERVAL") + record("G    1 C1C", "SYS / # / OBS TYPES") +
+                                         endOfHeader() + epoch("00 00  0", ""));
         return folder.path(name);
     };
     const ToolRun run = runTool({"archive", file("ESBC12DNK_R_20201770000_01D_30S_MO.rnx", "OTHER", "    30.000"),
@@ -106,7 +110,8 @@ TEST(Archive, BadInput) {
     std::string packed = gzip(good + epoch("00 01  0"));
     packed.resize(packed.size() - 10);
     const Row rows[] = {
-        {"last epoch cut off", good + epoch("00 01  0").substr(0, 36), ":10: the file ends inside an epoch: 0 of 1 satellites", 2, 2},
+        {"last epoch cut off", good + epoch("00 01  0").substr(0, 36),
+         ":10: the file ends inside an epoch: 0 of 1 satellites", 2, 2},
         {"unknown system", good + epoch("00 01  0").replace(36, 1, "X") + epoch("00 01 30"),
          ":11: satellite \"X05\" is of no known system", 2, 3},
         {"number that is none", good + epoch("00 01  0", "  20000000.x23") + epoch("00 01 30"),
@@ -131,7 +136,8 @@ TEST(Archive, BadInput) {
         EXPECT_EQ(recordsOf(literalSet(folder)).size(), row.epochs) << row.what;
 
         writeFile(folder.path("g"), header() + epoch("02 00  0"));
-        const ToolRun going = runTool({"archive", file, folder.path("g"), "--out", folder.path("b"), "--keep-going", "--json"});
+        const ToolRun going =
+            runTool({"archive", file, folder.path("g"), "--out", folder.path("b"), "--keep-going", "--json"});
         EXPECT_EQ(going.status, 0) << row.what;
         EXPECT_EQ(going.err, run.err) << row.what;
         EXPECT_EQ(json::parse(going.out)["bad"], 1) << row.what;
@@ -149,10 +155,12 @@ TEST(Archive, PlacesThatCannotBeReadOrWritten) {
         return run.err;
     };
     const std::string out = folder.path("a");
-    EXPECT_EQ(message(folder.path("none"), out), "halvex: " + folder.path("none") + ": cannot be opened: No such file or directory\n");
+    EXPECT_EQ(message(folder.path("none"), out),
+              "halvex: " + folder.path("none") + ": cannot be opened: No such file or directory\n");
     EXPECT_EQ(message(file + "/below", out), "halvex: " + file + "/below: cannot be opened: Not a directory\n");
     EXPECT_EQ(message(folder.path(""), out), "halvex: " + folder.path("") + ": is a folder\n");
-    EXPECT_EQ(message(file, file + "/below"), "halvex: " + file + "/below: the folder cannot be made: Not a directory\n");
+    EXPECT_EQ(message(file, file + "/below"),
+              "halvex: " + file + "/below: the folder cannot be made: Not a directory\n");
     EXPECT_EQ(message(file, file), "halvex: " + file + ": the folder cannot be made: Not a directory\n");
     fs::create_directory(literalSet(folder) + "t");
     EXPECT_EQ(message(file, out), "halvex: " + literalSet(folder) + "t: the set cannot be opened: Is a directory\n");
@@ -180,7 +188,8 @@ TEST(Archive, SetThatAnotherOneWritesIsRefused) {
     ASSERT_TRUE(other.Open(literalSet(folder).c_str(), false));
     const ToolRun run = archive(folder, folder.path("f"));
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "halvex: " + literalSet(folder) + ": another program writes this set; archive again when it is done\n");
+    EXPECT_EQ(run.err,
+              "halvex: " + literalSet(folder) + ": another program writes this set; archive again when it is done\n");
     EXPECT_TRUE(recordsOf(literalSet(folder)).empty());
     other.Close();
     EXPECT_EQ(archive(folder, folder.path("f")).status, 0);

@@ -10,7 +10,8 @@ using nlohmann::json;
 /// Epochs every 30 s with holes of 90 s and 10 min, and one that goes back.
 std::string gaps() {
     std::string text = header();
-    for (const char* time : {"00 00  0", "00 00 30", "00 02  0", "00 02 30", "00 12 30", "00 13  0"}) text += epoch(time);
+    for (const char* time : {"00 00  0", "00 00 30", "00 02  0", "00 02 30", "00 12 30", "00 13  0"})
+        text += epoch(time);
     text += "> 2021 01 01 00 13  0.0000000  5  0\n";
     text += "> 2021 01 01 00 13 10.0000000  0  2\nG05  20000000.123\nG07                    1.0001\n";
     return text + epoch("00 13  0");

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/CapturedLog.h"
 #include "tests/support/Environment.h"
 #include "tests/tools/Station.h"
 
@@ -32,12 +33,14 @@ TEST_F(Replay, FromAndTo) {
     };
     const Row rows[] = {
         {"everything", "", "", "2021-01-02T23:30:00", "2021-01-03T00:29:00", 60},
-        {"before the first, after the last", "2021-01-01", "2021-02-01", "2021-01-02T23:30:00", "2021-01-03T00:29:00", 60},
+        {"before the first, after the last", "2021-01-01", "2021-02-01", "2021-01-02T23:30:00", "2021-01-03T00:29:00",
+         60},
         {"at epochs", "2021-01-02T23:35", "2021-01-02T23:37:00", "2021-01-02T23:35:00", "2021-01-02T23:37:00", 3},
         {"between epochs", "2021-01-02T23:35:00.001", "2021-01-02T23:36:59.999", "2021-01-02T23:36:00",
          "2021-01-02T23:36:00", 1},
         {"at an index entry", "2021-01-02T23:40", "2021-01-02T23:40", "2021-01-02T23:40:00", "2021-01-02T23:40:00", 1},
-        {"across an index entry", "2021-01-02 23:39", "2021-01-02 23:51", "2021-01-02T23:39:00", "2021-01-02T23:51:00", 13},
+        {"across an index entry", "2021-01-02 23:39", "2021-01-02 23:51", "2021-01-02T23:39:00", "2021-01-02T23:51:00",
+         13},
         {"across the week's end", "2138:604740", "2139:60", "2021-01-02T23:59:00", "2021-01-03T00:01:00", 3},
         {"the second set only", "2139:0", "", "2021-01-03T00:00:00", "2021-01-03T00:29:00", 30},
         {"a week before: its time of week is in the index", "2020-12-26T23:55", "", "2021-01-02T23:30:00",
@@ -97,20 +100,23 @@ TEST_F(Replay, TornLastRecordIsToldAndTheRestIsGiven) {
         const ToolRun run = runTool({"replay", saturday});
         EXPECT_EQ(run.status, 1);
         EXPECT_EQ(lines(run.out), 29U);
-        EXPECT_EQ(run.err, "halvex: " + saturday + "t: byte " + std::to_string(last) + ": the last record is cut off after " +
-                               std::to_string(left) +
+        EXPECT_EQ(run.err, "halvex: " + saturday + "t: byte " + std::to_string(last) +
+                               ": the last record is cut off after " + std::to_string(left) +
                                " bytes; everything before it was replayed; the next append cuts it off\n");
         const ToolRun info = runTool({"info", saturday, "--json"});
         EXPECT_EQ(info.status, 1);
         EXPECT_EQ(json::parse(info.out)[0]["epochs"], 29);
         EXPECT_EQ(runTool({"raw", saturday, folder.path("raw")}).status, 1);
     }
+    CapturedLog log;
     ASSERT_EQ(runTool({"archive", source, "--out", folder.path("a")}).status, 0);
     EXPECT_TRUE(readFile(saturday + "t") == whole) << "archiving again mends it";
 }
 
 TEST_F(Replay, DamagedIndexCostsNothingButTime) {
-    for (const std::string& index : {std::string(), std::string("\7\0\0\0", 4), std::string("\2\0\0\0garbage garbage garb", 25)}) {
+    CapturedLog log;
+    for (const std::string& index :
+         {std::string(), std::string("\7\0\0\0", 4), std::string("\2\0\0\0garbage garbage garb", 25)}) {
         writeFile(saturday + "i", index);
         EXPECT_EQ(lines(runTool({"replay", saturday, "--from", "2021-01-02T23:50"}).out), 10U);
         EXPECT_EQ(readFile(saturday + "i"), index) << "looking at a set changes nothing";
@@ -125,7 +131,8 @@ TEST_F(Replay, WhatIsNoSetIsToldInOneLine) {
         std::string message;
     };
     const Row rows[] = {
-        {"wrong version", std::string("\3\0\0\0x", 5), "t: byte 0: version 3, this tool reads 2; the file is left as it is"},
+        {"wrong version", std::string("\3\0\0\0x", 5),
+         "t: byte 0: version 3, this tool reads 2; the file is left as it is"},
         {"empty", "", "t: byte 0: ends inside the version word"},
         {"three bytes", std::string("\2\0\0", 3), "t: byte 0: ends inside the version word"},
         {"block that is no epoch", std::string("\2\0\0\0\1\0\0\0\0\0\2\0\0\0xy", 16),
@@ -174,12 +181,15 @@ TEST_F(Replay, ReaderThatGoesAwayIsWorthOneLine) {
 
 TEST(ReplayJson, AnEpochALine) {
     const TemporaryFolder folder;
-    writeFile(folder.path("f"), version("3.05") + record("G    6 C1C C1W L1C D1C S1C L5X", "SYS / # / OBS TYPES") +
-                                    record("S    1 C1C", "SYS / # / OBS TYPES") + endOfHeader() +
-                                    "> 2021 01 01 00 00  0.5000000  0  2      -0.000123456789\n"
-                                    "G05  20000000.123    20000001.456   105000000.4561      -1234.567          45.250           5.5002\n"
-                                    "S44  38000000.001\n");
-    ASSERT_EQ(runTool({"archive", folder.path("f"), "--out", folder.path("a"), "--site", "ABCD", "--site-number", "42"}).status, 0);
+    writeFile(folder.path("f"),
+              version("3.05") + record("G    6 C1C C1W L1C D1C S1C L5X", "SYS / # / OBS TYPES") +
+                  record("S    1 C1C", "SYS / # / OBS TYPES") + endOfHeader() +
+                  "> 2021 01 01 00 00  0.5000000  0  2      -0.000123456789\n"
+                  "G05  20000000.123    20000001.456   105000000.4561      -1234.567          45.250           5.5002\n"
+                  "S44  38000000.001\n");
+    ASSERT_EQ(runTool({"archive", folder.path("f"), "--out", folder.path("a"), "--site", "ABCD", "--site-number", "42"})
+                  .status,
+              0);
     const ToolRun run = runTool({"replay", folder.path("a/ABCD00XXX_R_20210010000_01D_00U_MO"), "--json"});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(json::parse(run.out), json::parse(R"({

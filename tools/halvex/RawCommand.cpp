@@ -30,6 +30,8 @@ void addRawCommand(CLI::App& app) {
             throw Failure(base + "t: not all of it went into " + options->out +
                           ": the last record is cut off or empty, or the file takes no more");
         }
+        if (check.cutOff() != 0)
+            throw Failure(base + "t: the last record is cut off; everything before it was written");
     });
 }
 

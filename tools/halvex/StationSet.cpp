@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/platform/kernix/FileReadBuffer.h"
 #include "tools/halvex/Tool.h"
 
@@ -17,7 +18,9 @@ namespace {
 constexpr std::uint32_t kShared = 3;
 constexpr std::uint32_t kVersion = 2;
 
-std::string timeInfoName(const std::string& base) { return base + "t"; }
+std::string timeInfoName(const std::string& base) {
+    return base + "t";
+}
 
 bool exists(const std::string& name) {
     std::error_code ignored;
@@ -27,14 +30,14 @@ bool exists(const std::string& name) {
 /// Failure unless the time-info file is one that this version reads: opening it blindly would delete it.
 void checkVersion(const std::string& name) {
     CFileReadBuffer file;
-    std::uint32_t version = 0;
-    if (!file.Open(name.c_str(), kShared, &version)) {
+    if (!file.Open(name.c_str(), kShared)) {
         throw Failure(fmt::format("{}: cannot be read: {}", name, file.GetLastError().message()));
     }
-    if (file.GetFileSizeEx() < sizeof version) throw Failure(name + ": byte 0: ends inside the version word");
-    if (version != kVersion) {
-        throw Failure(fmt::format("{}: byte 0: version {}, this tool reads {}; the file is left as it is", name, version,
-                                  kVersion));
+    const unsigned char* word = file.GetData(0, sizeof kVersion);
+    if (word == nullptr) throw Failure(name + ": byte 0: ends inside the version word");
+    if (const auto version = loadLittleEndian<std::uint32_t>(word); version != kVersion) {
+        throw Failure(fmt::format("{}: byte 0: version {}, this tool reads {}; the file is left as it is", name,
+                                  version, kVersion));
     }
 }
 
@@ -77,7 +80,13 @@ void EpochClock::set(const SMjdTime& time) {
     time.GetAsDate(year, month, day, hour, minute, second);
     const auto milliseconds = static_cast<int>(std::lround(second * 1000.0));
     const auto word = [](int value) { return static_cast<std::uint16_t>(value); };
-    m_now = {word(year), word(month),  0, word(day), word(hour), word(minute), word(milliseconds / 1000),
+    m_now = {word(year),
+             word(month),
+             0,
+             word(day),
+             word(hour),
+             word(minute),
+             word(milliseconds / 1000),
              word(milliseconds % 1000)};
 }
 
@@ -91,7 +100,8 @@ SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, E
     const bool continued = std::filesystem::file_size(timeInfoName(m_base), absent) >= sizeof kVersion && !absent;
     if (continued) checkVersion(timeInfoName(m_base));
     if (!m_file.Open(m_base.c_str(), false)) {
-        throw Failure(fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), m_file.GetLastError().message()));
+        throw Failure(
+            fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), m_file.GetLastError().message()));
     }
     check();
     m_header.emplace(m_base, header);
@@ -109,7 +119,8 @@ void SetWriter::check() const {
         if (error == std::errc::device_or_resource_busy) {
             throw Failure(m_base + ": another program writes this set; archive again when it is done");
         }
-        throw Failure(fmt::format("{}: cannot be written: {}; what stands before it is whole", m_base, error.message()));
+        throw Failure(
+            fmt::format("{}: cannot be written: {}; what stands before it is whole", m_base, error.message()));
     }
 }
 
@@ -121,7 +132,8 @@ bool SetWriter::add(const CHalvexStationObservation& station, const rinex::Epoch
         m_header->note(time, satellite, builder.signals(satellite));
     }
     m_header->flush();
-    m_block.resize(station.getSize());
+    // Zeros, so that the same epoch is the same block: an epoch without clock offsets does not fill its size.
+    m_block.assign(station.getSize(), 0);
     station.saveData(m_block.data(), m_block.size());
     m_clock.set(time);
     m_file.AddBlock(m_block.data(), static_cast<std::uint32_t>(m_block.size()));
@@ -151,7 +163,8 @@ SetReader::SetReader(const std::string& base) : m_base(base) {
     m_notify = std::move(notify);
 
     // The reader looks for its index at the name it opened followed by "i", which is not where a set has it. A folder
-    // with two links gives both files the names that belong together; without one, reading merely starts from the front.
+    // with two links gives both files the names that belong together; without one, reading merely starts from the
+    // front.
     std::string view = (std::filesystem::temp_directory_path(ignored) / "halvex-XXXXXX").string();
     if (mkdtemp(view.data()) != nullptr) {
         m_view = view;
@@ -183,7 +196,10 @@ std::uint64_t SetReader::read(const SMjdTime& from, const OnBlock& onBlock) {
     }
     m_file->Read(week, milliseconds);
     notify.onBlock = nullptr;
-    if (notify.stopped || m_file->isEndOfFile()) return 0;
+    return notify.stopped || m_file->isEndOfFile() ? 0 : cutOff();
+}
+
+std::uint64_t SetReader::cutOff() const {
     const std::uint64_t end = wholeEnd(timeInfoName(m_base));
     return m_size > end ? m_size - end : 0;
 }

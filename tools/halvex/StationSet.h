@@ -17,7 +17,8 @@
 
 namespace halvex::tool {
 
-/// A clock that stands at an epoch, so that what is archived is stamped with its own time (GPS time in the place of UTC).
+/// A clock that stands at an epoch, so that what is archived is stamped with its own time (GPS time in the place of
+/// UTC).
 class EpochClock final : public os::Clock {
 public:
     void set(const SMjdTime& time);
@@ -71,9 +72,11 @@ public:
     SetReader(const SetReader&) = delete;
     SetReader& operator=(const SetReader&) = delete;
 
-    /// All blocks from the record that is stamped `from` or later on (unset: from the first). Returns the bytes that
-    /// stand behind the last whole record: 0 for a set that ends as it should.
+    /// All blocks from the record that is stamped `from` or later on (unset: from the first). Returns cutOff(), or 0
+    /// when stopped.
     std::uint64_t read(const SMjdTime& from, const OnBlock& onBlock);
+    /// Bytes behind the last whole record: 0 for a set that ends as it should.
+    [[nodiscard]] std::uint64_t cutOff() const;
     [[nodiscard]] std::optional<SMjdTime> firstTime();
     [[nodiscard]] std::uint64_t size() const { return m_size; }
 
