@@ -6,8 +6,7 @@ seconds=${1:-10}
 [ $# -eq 0 ] || shift
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
-for target in build/fuzz/fuzz/fuzz_*; do
-    [ -x "$target" ] && [ ! -d "$target" ] || continue
+for target in build/fuzz/fuzz/*_fuzz; do
     name=$(basename "$target")
     [ $# -eq 0 ] || [[ " $* " == *" $name "* ]] || continue
     corpus=build/fuzz/corpus/$name

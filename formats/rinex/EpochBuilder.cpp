@@ -130,7 +130,6 @@ bool EpochBuilder::build(const ObservationEpoch& epoch, std::int32_t siteId, CHa
         }
         for (std::size_t i = 0; i < values.size() && i < columns.lost.size(); ++i) {
             if (values[i].present && m_used[i] == 0) ++columns.lost[i];
-            if (values[i].signalStrength != 0) ++m_losses.signalStrengthDigits;
         }
         station.AddObservation(observation, false);
     }
@@ -161,16 +160,9 @@ void EpochBuilder::fillSlot(const SlotColumns& columns, unsigned slot, std::span
     pseudorange(columns.precise, signals.pseudorangeP,
                 [&](double metres) { observation.setPseudorangeP(slot, metres); });
 
-    // The signal of the phase: the one of last time, else the first that is there.
-    const PhaseColumns* chosen = nullptr;
-    for (const PhaseColumns& candidate : columns.phase) {
-        if (at(candidate.phase) == nullptr) continue;
-        if (chosen == nullptr) chosen = &candidate;
-        if (candidate.attribute == signals.phase) {
-            chosen = &candidate;
-            break;
-        }
-    }
+    const auto found = std::find_if(columns.phase.begin(), columns.phase.end(),
+                                    [&](const PhaseColumns& signal) { return at(signal.phase) != nullptr; });
+    const PhaseColumns* chosen = found != columns.phase.end() ? &*found : nullptr;
     bool lockLost = false;
     if (chosen != nullptr) {
         const ObservedValue& phase = *at(chosen->phase);
@@ -206,6 +198,9 @@ void EpochBuilder::fillSlot(const SlotColumns& columns, unsigned slot, std::span
               [&](float hertz) { observation.setDoppler(slot, hertz); });
     companion(&PhaseColumns::cno, signals.cno, m_losses.roundedCno,
               [&](float decibelHertz) { observation.setCNO(slot, decibelHertz); });
+    if (chosen != nullptr && at(chosen->phase)->signalStrength != 0 && !observation.IsCNOValid(slot)) {
+        ++m_losses.signalStrengthDigits;
+    }
 }
 
 void EpochBuilder::takeLossOfLock(const ObservedValue& phase, const CALN::SCalSatID& id, unsigned slot,

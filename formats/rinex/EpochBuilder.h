@@ -20,7 +20,7 @@ struct LossCounts {
     std::uint64_t roundedDoppler = 0;        ///< Doppler values whose last printed digit a float does not hold
     std::uint64_t roundedCno = 0;            ///< the same for C/N0
     std::uint64_t roundedEpochs = 0;         ///< epochs off the millisecond, rounded to it
-    std::uint64_t signalStrengthDigits = 0;  ///< strength digits beside a value: a record holds C/N0 alone
+    std::uint64_t signalStrengthDigits = 0;  ///< strength digits of phases without a C/N0, which a record holds alone
     std::uint64_t lossOfLockBits = 0;        ///< indicator bits that no flag of a record stands for
     std::uint64_t repeatedSatellites = 0;    ///< a satellite's second line in an epoch
     std::uint64_t cycleSlipEpochs = 0;       ///< epochs with flag 6

@@ -64,11 +64,18 @@ std::optional<std::string> parseEpochLine(std::string_view line, Family family, 
     if (family == Family::rinex2 ? columnAt(line, 0) != ' ' : columnAt(line, 0) != '>') {
         return family == Family::rinex2 ? "an epoch line begins with a blank" : "an epoch line begins with \">\"";
     }
+    // The time first: fields that stand elsewhere would pass for a bad flag.
+    const bool hasTime = !isBlank(columns(line, 1, 25 + shift));
+    if (hasTime) {
+        if (auto fault = parseTime(line, family, epoch.time)) return fault;
+    }
     const char flag = columnAt(line, 28 + shift);
     if (flag < '0' || flag > '6' || !isBlank(columns(line, 26 + shift, 2))) {
         return std::string("the epoch flag is '") + flag + "', not 0 to 6";
     }
     epoch.flag = static_cast<EpochFlag>(flag - '0');
+
+    if (!hasTime && !epoch.isEvent()) return "the epoch has no time";
 
     int count = 0;
     const Field counted = parseInteger(columns(line, 29 + shift, 3), count);
@@ -76,10 +83,6 @@ std::optional<std::string> parseEpochLine(std::string_view line, Family family, 
         return "the count \"" + std::string(columns(line, 29 + shift, 3)) + "\" behind the epoch flag is none";
     }
     epoch.count = static_cast<unsigned>(count);
-
-    if (!epoch.isEvent() || !isBlank(columns(line, 1, 25 + shift))) {
-        if (auto fault = parseTime(line, family, epoch.time)) return fault;
-    }
 
     const std::string_view clock = family == Family::rinex2 ? columns(line, 68, 12) : columns(line, 41, 15);
     double offset = 0.0;

@@ -269,23 +269,28 @@ HeaderParser::Fault HeaderParser::takeTime(std::string_view line, std::optional<
     std::array<int, 5> fields{};  // year, month, day, hour, minute
     double second = 0.0;
     time.reset();
-    if (isBlank(columns(line, 0, 43))) return std::nullopt;
+    if (isBlank(line)) return std::nullopt;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (auto fault = readNumber(line, 6 * i, 6, fields[i])) return fault;
     }
-    if (auto fault = readNumber(line, 30, 13, second)) return fault;
+    // Second and time system are taken as words: many files have them a column off.
+    constexpr std::size_t kSecondColumn = 30;
+    const std::string_view words = withoutBlanks(columns(line, kSecondColumn));
+    const std::string_view secondText = words.substr(0, words.find(' '));
+    const std::string system(withoutBlanks(words.substr(secondText.size())));
+    if (parseDecimal(secondText, second) == Field::bad) return '"' + std::string(secondText) + "\" is no second";
     time = checkedTime(fields[0], fields[1], fields[2], fields[3], fields[4], second);
-    if (!time || fields[0] < 1980 || fields[0] > 9999) return "\"" + textAt(line, 0, 43) + "\" is no time";
+    if (!time || fields[0] < 1980 || fields[0] > 9999) {
+        return '"' + std::string(withoutTrailingBlanks(line)) + "\" is no time";
+    }
+    if (system.empty()) return std::nullopt;
+    const auto known = timeSystemOf(system);
+    if (!known) return "time system \"" + system + "\" is not known";
+    m_header.timeSystem = *known;
     return std::nullopt;
 }
 
 HeaderParser::Fault HeaderParser::takeFirstTime(std::string_view line) {
-    const std::string system = textAt(line, 48, 3);
-    if (!system.empty()) {
-        const auto known = timeSystemOf(system);
-        if (!known) return "time system \"" + system + "\" is not known";
-        m_header.timeSystem = *known;
-    }
     return takeTime(line, m_header.firstObservation);
 }
 

@@ -128,7 +128,8 @@ void writeStation(const ObservationHeader& header, HeaderText& text) {
 
 void writeTypes(const ObservationHeader& header, HeaderText& text) {
     for (const SatelliteSystem& system : kSatelliteSystems) {
-        const std::vector<ObservationCode>& codes = header.codes[system.code];
+        std::vector<ObservationCode> codes = header.codes[system.code];
+        std::erase_if(codes, [](const ObservationCode& code) { return code.attribute == ' '; });  // RINEX 2 types
         if (codes.empty()) continue;
         text.list(system.letter + std::string("  ") + integer(static_cast<long long>(codes.size()), 3), codeList(codes),
                   13, "SYS / # / OBS TYPES");

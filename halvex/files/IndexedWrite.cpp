@@ -98,6 +98,13 @@ void CIndexedWriteFile::AddBlock(const unsigned char* data, std::uint32_t size) 
     }
 }
 
+std::error_code CIndexedWriteFile::GetLastError() const {
+    for (const std::error_code error : {m_timeInfo.GetLastError(), m_raw.GetLastError(), m_index.GetLastError()}) {
+        if (error) return error;
+    }
+    return {};
+}
+
 bool CIndexedWriteFile::GetLastWriteTime(std::uint32_t& week, std::uint32_t& milliseconds) const {
     week = m_lastWriteWeek;
     milliseconds = m_lastWriteMilliseconds;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <system_error>
 
 #include "halvex/platform/Export.h"
 #include "halvex/platform/kernix/FileWriteBuffer.h"
@@ -17,6 +18,8 @@ public:
     /// is due ten minutes of week later; that time stays in the week it was counted in, is not reset by Open(), and a
     /// record of a later week is always past it.
     void SetIndexPos(std::uint16_t week, std::uint32_t milliseconds, CFileWriteBuffer& timeInfoFile);
+
+    [[nodiscard]] std::error_code GetLastError() const { return m_file.GetLastError(); }
 
 private:
     GPSTimeCompare m_nextIndexTime;
@@ -59,6 +62,9 @@ public:
     /// Appends a block, stamped with the GPS week and milliseconds of week of the clock's UTC (no leap seconds are
     /// added). Null with a size above 0 is ignored.
     void AddBlock(const unsigned char* data, std::uint32_t size);
+    /// The first thing that went wrong since Open(), of the time-info file, the raw file or the index; none when all is
+    /// well. AddBlock() does not tell: who must know asks here.
+    [[nodiscard]] std::error_code GetLastError() const;
     /// Time stamp of the last block added to this object; false before the first.
     bool GetLastWriteTime(std::uint32_t& week, std::uint32_t& milliseconds) const;
 

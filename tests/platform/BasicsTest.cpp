@@ -11,44 +11,36 @@
 #include "halvex/platform/os/CString.h"
 #include "halvex/platform/os/Clock.h"
 #include "tests/support/Bytes.h"
+#include "tests/support/CapturedLog.h"
 
 namespace {
 
-class Lines final : public ILogging::Sink {
-public:
-    void write(std::string_view source, int level, std::string_view message) override {
-        lines.push_back(std::string(source) + "|" + std::to_string(level) + "|" + std::string(message));
-    }
-    std::vector<std::string> lines;
-};
+using halvex::test::CapturedLog;
+using Lines = std::vector<halvex::test::CapturedLog::Line>;
 
 TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
-    Lines sink;
-    {
-        const ScopedLogSink scope(sink);
-        ILogging& log = ILogging::getInstance();
-        log.Log("A::b", 3, "buffer too small '{0}','{1}'", std::size_t{7}, 8);
-        log.Log("A::b", 2, "file {}, version {}", std::string("x{}y"), -1);
-        log.Log("A::b", 1, "{} of {} at {:.1f}", "text", 2U, 0.25);
-        log.Log("A::b", 1, "braces without arguments {}");
-        log.Log("A::b", 1, "too few {} {} {", 1);
-    }
-    const std::vector<std::string> expected = {"A::b|3|buffer too small '7','8'", "A::b|2|file x{}y, version -1",
-                                               "A::b|1|text of 2 at 0.2", "A::b|1|braces without arguments {}",
-                                               "A::b|1|too few {} {} {"};
-    EXPECT_EQ(sink.lines, expected);
-    EXPECT_NE(ILogging::setSink(nullptr), &sink);
+    halvex::test::CapturedLog captured;
+    ILogging& log = ILogging::getInstance();
+    log.Log("A::b", 3, "buffer too small '{0}','{1}'", std::size_t{7}, 8);
+    log.Log("A::b", 2, "file {}, version {}", std::string("x{}y"), -1);
+    log.Log("A::b", 1, "{} of {} at {:.1f}", "text", 2U, 0.25);
+    log.Log("A::b", 1, "braces without arguments {}");
+    log.Log("A::b", 1, "too few {} {} {", 1);
+    EXPECT_EQ(captured.take(), (Lines{{"A::b", 3, "buffer too small '7','8'"},
+                                      {"A::b", 2, "file x{}y, version -1"},
+                                      {"A::b", 1, "text of 2 at 0.2"},
+                                      {"A::b", 1, "braces without arguments {}"},
+                                      {"A::b", 1, "too few {} {} {"}}));
 }
 
 TEST(Trace, OnlySwitchedOnCategoriesAreWritten) {
-    Lines sink;
-    const ScopedLogSink scope(sink);
+    halvex::test::CapturedLog captured;
     CTraceUtil::Trace(512, "off");
     const std::uint32_t before = CTraceUtil::SetEnabled(512);
     CTraceUtil::Trace(512, "on");
     CTraceUtil::Trace(256, "other");
     CTraceUtil::SetEnabled(before);
-    EXPECT_EQ(sink.lines, std::vector<std::string>{"Trace|1|[512] on"});
+    EXPECT_EQ(captured.take(), (Lines{{"Trace", 1, "[512] on"}}));
 }
 
 TEST(Clock, SystemClockIsPlausibleAndReplaceable) {

@@ -125,7 +125,7 @@ private:
 
     void noteBad(const std::string& text) {
         ++m_bad;
-        fmt::print(stderr, "halvex: {}\n", text);
+        std::cerr << "halvex: " << text << std::endl;
     }
 
     void report() const {
@@ -137,10 +137,10 @@ private:
         for (const auto& [base, set] : m_sets) {
             sets.add({base, std::to_string(set.epochs), std::to_string(set.bytes)});
         }
-        std::cout << sets.text();
+        if (!sets.empty()) std::cout << sets.text();
         for (const InputReport& input : m_inputs) reportInput(input);
-        if (m_notLater != 0) fmt::print("{} epochs were not later than the last one of their set: left out\n", m_notLater);
-        if (m_bad != 0) fmt::print("{} bad epochs or files passed over\n", m_bad);
+        if (m_notLater != 0) std::cout << m_notLater << " epochs were not later than the last one of their set: left out\n";
+        if (m_bad != 0) std::cout << m_bad << " bad epochs or files passed over\n";
         std::cout.flush();
     }
 
@@ -149,7 +149,7 @@ private:
         return {{"Doppler values rounded to a float", losses.roundedDoppler},
                 {"C/N0 values rounded to a float", losses.roundedCno},
                 {"epochs rounded to the millisecond", losses.roundedEpochs},
-                {"signal strength digits", losses.signalStrengthDigits},
+                {"signal strength digits of phases without C/N0", losses.signalStrengthDigits},
                 {"loss-of-lock bits without a flag", losses.lossOfLockBits},
                 {"satellites twice in an epoch", losses.repeatedSatellites},
                 {"cycle-slip epochs", losses.cycleSlipEpochs},

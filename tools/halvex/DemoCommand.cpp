@@ -6,7 +6,7 @@
 
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/ObservationReader.h"
-#include "tools/halvex/Simulation.h"
+#include "tools/halvex/Program.h"
 #include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
 
@@ -39,12 +39,7 @@ void run(const std::vector<std::string>& arguments) {
     std::string line = "$ halvex";
     for (const std::string& argument : arguments) line += " " + argument;
     std::cout << line << std::endl;
-    CLI::App app;
-    addArchiveCommand(app);
-    addReplayCommand(app);
-    addInfoCommand(app);
-    addSimulateCommand(app);
-    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    if (runProgram(arguments) != 0) throw Failure("the demo ends here");
     std::cout << std::endl;
 }
 

@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-
+#include <iostream>
 #include <memory>
 
 #include "formats/rinex/ObservationWriter.h"
@@ -8,7 +7,9 @@
 
 namespace halvex::tool {
 
-void simulateToFile(const Simulation::Settings& settings, const std::string& name, bool quiet) {
+namespace {
+
+void simulateToFile(const Simulation::Settings& settings, const std::string& name) {
     Simulation simulation(settings);
     rinex::ObservationWriter writer;
     if (!writer.open(name, simulation.header())) throw Failure(writer.error());
@@ -20,8 +21,10 @@ void simulateToFile(const Simulation::Settings& settings, const std::string& nam
         progress.update(epoch, simulation.epochs());
     }
     if (!writer.close()) throw Failure(writer.error());
-    if (!quiet) fmt::print(stderr, "{} epochs, {} cycle slips\n", simulation.epochs(), simulation.slips());
+    std::cerr << simulation.epochs() << " epochs, " << simulation.slips() << " cycle slips" << std::endl;
 }
+
+}  // namespace
 
 void addSimulateCommand(CLI::App& app) {
     struct Options {
@@ -43,7 +46,7 @@ void addSimulateCommand(CLI::App& app) {
     command->callback([options] {
         options->settings.start = parseTime(options->start);
         options->settings.duration = options->hours * 3600.0;
-        simulateToFile(options->settings, options->out, false);
+        simulateToFile(options->settings, options->out);
     });
 }
 

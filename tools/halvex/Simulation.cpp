@@ -54,7 +54,7 @@ Simulation::Simulation(const Settings& settings)
             satellite.id = {constellation.system, static_cast<unsigned char>(i + 1)};
             satellite.radius = constellation.radius;
             satellite.inclination = constellation.inclination * std::numbers::pi / 180.0;
-            satellite.node = 2.0 * std::numbers::pi * plane / constellation.planes + constellation.system;
+            satellite.node = 2.0 * std::numbers::pi * plane / constellation.planes + 0.3 * static_cast<int>(constellation.system);
             satellite.anomaly = 2.0 * std::numbers::pi * (place + 0.37 * plane) / constellation.perPlane;
             satellite.channel = i % 14 - 7;
             for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
@@ -131,7 +131,7 @@ bool Simulation::next(CHalvexStationObservation& station) {
 void Simulation::fill(Satellite& satellite, double seconds, CHalvexStationObservation& station) {
     const Sight now = sight(satellite, seconds);
     if (now.elevation < kMask) return;
-    const double rangeRate = (sight(satellite, seconds + 0.5).range - sight(satellite, seconds - 0.5).range) / 1.0;
+    const double rangeRate = (sight(satellite, seconds + 0.5).range - sight(satellite, seconds - 0.5).range) ;
     CHalvexObservation observation(
         CPrnID(satellite.id.number, static_cast<CPrnID::PrnType>(systemOfCode(satellite.id.system)->typeBit())));
     for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {

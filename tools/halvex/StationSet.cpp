@@ -173,8 +173,7 @@ std::uint64_t SetReader::read(const SMjdTime& from, const OnBlock& onBlock) {
     std::uint32_t milliseconds = 0;
     if (from.IsSet() && from.GetGpsWeek() > 0) {
         week = static_cast<std::uint32_t>(from.GetGpsWeek());
-        // A record's stamp is cut down to whole milliseconds from a product of doubles: it may be one short.
-        milliseconds = static_cast<std::uint32_t>(std::max(0.0, std::floor(from.GetGpsWeekMilliseconds()) - 1.0));
+        milliseconds = static_cast<std::uint32_t>(from.GetGpsWeekMilliseconds());
     }
     m_file->Read(week, milliseconds);
     notify.onBlock = nullptr;

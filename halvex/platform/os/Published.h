@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace os {
 
@@ -27,20 +28,21 @@ public:
         m_current.store(next, std::memory_order_release);
     }
 
-    [[nodiscard]] Values read() const {
-        Values values;
+    [[nodiscard]] Values read() const { return read(std::make_index_sequence<Count>()); }
+
+private:
+    template <std::size_t... Index>
+    Values read(std::index_sequence<Index...>) const {
         std::uint32_t current = m_current.load(std::memory_order_acquire);
         for (;;) {
-            for (std::size_t i = 0; i < Count; ++i) {
-                values[i] = m_copies[current & 1][i].load(std::memory_order_acquire);
-            }
+            const auto& copy = m_copies[current & 1];
+            const Values values{copy[Index].load(std::memory_order_acquire)...};
             const std::uint32_t after = m_current.load(std::memory_order_acquire);
             if (after == current) return values;
             current = after;
         }
     }
 
-private:
     std::atomic<std::uint32_t> m_current{0};
     std::array<std::array<std::atomic<std::int32_t>, Count>, 2> m_copies{};
 };

@@ -1,0 +1,137 @@
+#include "formats/io/LineReader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tests/formats/Gzip.h"
+
+namespace halvex {
+namespace {
+
+struct Lines {
+    std::vector<std::string> lines;
+    std::string error;
+};
+
+Lines linesOf(LineReader& reader) {
+    Lines result;
+    while (const auto line = reader.next()) result.lines.emplace_back(*line);
+    if (reader.error()) result.error = reader.error()->text();
+    return result;
+}
+
+Lines linesOf(const std::string& bytes) {
+    LineReader reader;
+    reader.openBytes("f", bytes);
+    return linesOf(reader);
+}
+
+/// Lines of every length up to a few hundred, more than two blocks of them.
+std::string manyLines() {
+    std::string text;
+    for (int i = 0; text.size() < 400000; ++i)
+        text += std::string(static_cast<std::size_t>(i % 301), 'x') + std::to_string(i) + '\n';
+    return text;
+}
+
+TEST(LineReader, EndsOfLines) {
+    using Want = std::vector<std::string>;
+    EXPECT_EQ(linesOf("").lines, Want());
+    EXPECT_EQ(linesOf("a").lines, Want({"a"}));
+    EXPECT_EQ(linesOf("a\n").lines, Want({"a"}));
+    EXPECT_EQ(linesOf("a\r\n\r\nb\r").lines, Want({"a", "", "b"}));
+    EXPECT_EQ(linesOf("\n\nc").lines, Want({"", "", "c"}));
+    EXPECT_EQ(linesOf("\x1f").lines, Want({"\x1f"}));
+}
+
+TEST(LineReader, LinesCrossBlocksPlainAndCompressed) {
+    const std::string text = manyLines();
+    const std::size_t half = text.size() / 2;
+    for (const std::string& bytes :
+         {text, test::gzip(text), test::gzip(text.substr(0, half)) + test::gzip(text.substr(half))}) {
+        const Lines result = linesOf(bytes);
+        std::string joined;
+        for (const std::string& line : result.lines) joined += line + '\n';
+        EXPECT_EQ(joined, text);
+        EXPECT_EQ(result.error, "");
+    }
+}
+
+TEST(LineReader, WhatIsNoTextIsRefusedWithItsLine) {
+    const std::string longest(LineReader::kLongestLine, 'x');
+    EXPECT_EQ(linesOf(longest + '\n').lines.size(), 1U);
+    EXPECT_EQ(linesOf(longest).lines.size(), 1U);
+    EXPECT_EQ(linesOf("a\n" + longest + "x\nb\n").error, "f:2: a line of more than 65536 bytes; this is no text file");
+    EXPECT_EQ(linesOf("a\n" + longest + longest + longest).error,
+              "f:2: a line of more than 65536 bytes; this is no text file");
+    const Lines nul = linesOf(std::string("a\nb\0c\nd\n", 8));
+    EXPECT_EQ(nul.lines, std::vector<std::string>({"a"}));
+    EXPECT_EQ(nul.error, "f:2: a NUL byte; this is no text file");
+    EXPECT_EQ(linesOf("\x1f\x9d...").error, "f:1: is packed by compress (.Z); unpack it first");
+}
+
+TEST(LineReader, DamagedCompressionGivesItsGoodLinesThenTheFault) {
+    std::string text;
+    for (int i = 0; i < 3000; ++i) text += "line " + std::to_string(i * 7919) + '\n';
+    const std::string packed = test::gzip(text);
+    const std::vector<std::string> all = linesOf(text).lines;
+
+    for (std::size_t length = 2; length < packed.size();
+         length += length < 40 || length + 40 > packed.size() ? 1 : 211) {
+        const Lines cut = linesOf(packed.substr(0, length));
+        EXPECT_EQ(cut.error, "f:" + std::to_string(cut.lines.size() + 1) + ": the compressed file is cut off")
+            << length;
+        ASSERT_LE(cut.lines.size(), all.size());
+        EXPECT_TRUE(std::equal(cut.lines.begin(), cut.lines.end(), all.begin())) << length;
+    }
+    for (std::size_t at = 2; at < packed.size(); at += 97) {
+        if (at < 10) continue;  // time stamp and system in the member's head are free
+        std::string damaged = packed;
+        damaged[at] = static_cast<char>(damaged[at] ^ 0x55);
+        EXPECT_NE(linesOf(damaged).error, "") << at;
+    }
+    EXPECT_NE(linesOf(packed + "garbage").error.find("the compressed file is damaged"), std::string::npos);
+    EXPECT_EQ(linesOf(packed + "garbage").lines, all);
+}
+
+TEST(LineReader, PutBackGivesTheLineAgainUnderItsNumber) {
+    LineReader reader;
+    reader.openBytes("f", "a\nb\n");
+    reader.putBack();
+    EXPECT_EQ(reader.next(), "a");
+    reader.putBack();
+    reader.putBack();
+    EXPECT_EQ(reader.lineNumber(), 0U);
+    EXPECT_EQ(reader.next(), "a");
+    EXPECT_EQ(reader.lineNumber(), 1U);
+    EXPECT_EQ(reader.next(), "b");
+    EXPECT_EQ(reader.next(), std::nullopt);
+    EXPECT_EQ(reader.lineNumber(), 2U);
+}
+
+TEST(LineReader, FilesAndFolders) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "halvex-test-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    const std::filesystem::path folder = pattern;
+    std::ofstream(folder / "f") << manyLines();
+    LineReader reader;
+    EXPECT_FALSE(reader.open(folder));
+    EXPECT_EQ(reader.error()->text(), folder.string() + ": is a folder");
+    EXPECT_EQ(reader.next(), std::nullopt);
+    EXPECT_FALSE(reader.open(folder / "none"));
+    EXPECT_NE(reader.error()->message.find("cannot be opened"), std::string::npos);
+    EXPECT_EQ(reader.next(), std::nullopt);
+    ASSERT_TRUE(reader.open(folder / "f"));
+    EXPECT_EQ(linesOf(reader).lines, linesOf(manyLines()).lines);
+    EXPECT_EQ(reader.bytesRead(), manyLines().size());
+    EXPECT_EQ(reader.fileSize(), manyLines().size());
+    std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace halvex

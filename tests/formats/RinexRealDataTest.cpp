@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "formats/rinex/ObservationReader.h"
+#include "tests/formats/IndependentRinex.h"
+
+namespace halvex::rinex {
+namespace {
+
+namespace fs = std::filesystem;
+using Result = ObservationReader::Result;
+
+class RinexRealData : public testing::Test {
+protected:
+    void SetUp() override {
+        const char* const data = std::getenv("HALVEX_DATA");
+        if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to read";
+        m_data = data;
+    }
+    fs::path m_data;
+};
+
+struct Totals {
+    std::size_t epochs = 0;
+    std::size_t satellites = 0;
+    std::size_t values = 0;
+    std::size_t locksLost = 0;
+    double sum = 0.0;  // in the file's order, so that both come to the very same
+    friend bool operator==(const Totals&, const Totals&) = default;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Totals& totals) {
+    return stream << totals.epochs << " epochs, " << totals.satellites << " satellites, " << totals.values
+                  << " values, " << totals.locksLost << " losses of lock, sum " << totals.sum;
+}
+
+/// Order within a satellite differs between the two readers; whole millimetres add up alike in any order.
+void addValue(double value, int lossOfLock, Totals& totals) {
+    ++totals.values;
+    if (lossOfLock != 0) ++totals.locksLost;
+    totals.sum += static_cast<double>(static_cast<long long>(value * 8.0) % 1000003);
+}
+
+Totals ofReader(const fs::path& file, std::vector<std::string>& errors, std::size_t& events) {
+    Totals totals;
+    ObservationReader reader;
+    ObservationEpoch epoch;
+    events = 0;
+    if (!reader.open(file)) {
+        errors.push_back(std::to_string(reader.error().line) + ": " + reader.error().message);
+        return totals;
+    }
+    for (auto result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
+        if (result == Result::error)
+            errors.push_back(std::to_string(reader.error().line) + ": " + reader.error().message);
+        if (result == Result::event) ++events;
+        if (result != Result::epoch) continue;
+        ++totals.epochs;
+        totals.satellites += epoch.satellites.size();
+        for (const ObservedValue& value : epoch.values) {
+            if (value.present) addValue(value.value, value.lossOfLock, totals);
+        }
+    }
+    return totals;
+}
+
+bool ofIndependentReader(const fs::path& file, Totals& totals) {
+    return test::readIndependently(file, [&totals](const test::PrintedEpoch& epoch) {
+        ++totals.epochs;
+        totals.satellites += epoch.satellites.size();
+        for (const auto& [satellite, values] : epoch.satellites) {
+            for (const auto& [code, printed] : values) {
+                const double value = std::strtod(printed.text.c_str(), nullptr);
+                if (value != 0.0) addValue(value, printed.lossOfLock == ' ' ? 0 : printed.lossOfLock - '0', totals);
+            }
+        }
+    });
+}
+
+TEST_F(RinexRealData, EveryObservationFileIsReadAsASecondReaderReadsIt) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(m_data / "obs")) {
+        const std::string name = entry.path().filename();
+        const bool observations = name.find("O.") != std::string::npos || name.ends_with("o");
+        if (entry.is_regular_file() && observations) files.push_back(entry.path());
+    }
+    for (const char* odd : {"mixed211.05o", "IGEO_2025290_excerpt_event4.rnx",
+                            "test_input_rinex2_obs_IncompleteHeader.06o", "sptu0150.16o", "osn31700.16o",
+                            "AJAC3550.21O", "FAA100PYF_R_20161700100_15M_01S_MO", "blank.10o", "blank3.10o"}) {
+        files.push_back(m_data / "odd" / odd);
+    }
+    ASSERT_GT(files.size(), 15U);
+    for (const fs::path& file : files) {
+        SCOPED_TRACE(file);
+
+        std::vector<std::string> errors;
+        std::size_t events = 0;
+        Totals want;
+        ASSERT_TRUE(ofIndependentReader(file, want));
+        const Totals got = ofReader(file, errors, events);
+        EXPECT_EQ(got, want);
+        EXPECT_EQ(errors, std::vector<std::string>());
+    }
+}
+
+TEST_F(RinexRealData, OddFilesGiveTheirFault) {
+    struct Row {
+        const char* file;
+        std::size_t epochs;  ///< that are good all the same
+        std::vector<std::string> errors;
+    };
+    const Row rows[] = {
+        // An event that counts one header record and has three, and a comment behind the last epoch.
+        {"test_input_rinex2_obs_RinexContData.06o",
+         7,
+         {"166: an epoch line begins with a blank", "187: an epoch line begins with a blank"}},
+        {"test_input_rinex2_obs_BadEpochFlag.06o", 5, {"41: the epoch flag is '9', not 0 to 6"}},
+        {"test_input_rinex2_obs_BadEpochLine.06o", 5, {"41: an epoch line begins with a blank"}},
+        {"test_input_rinex2_obs_BadLineSize.06o", 5, {"56: G25: column 80: signal strength \"z\" is not 0 to 9"}},
+        {"test_input_rinex2_obs_InvalidTimeFormat.06o",
+         5,
+         {"41: the fields of the epoch's time are not where they belong"}},
+        {"test_input_rinex3_obs_BadEpochFlag.15o", 36, {"31: the epoch flag is '9', not 0 to 6"}},
+        {"test_input_rinex3_obs_BadLineSize.15o", 36, {"35: G05: column 115: signal strength \"z\" is not 0 to 9"}},
+        {"test_input_rinex3_obs_InvalidTimeFormat.15o",
+         32,
+         {"31: the fields of the epoch's time are not where they belong"}},
+        {"badtime.10o", 0, {"3: TIME OF FIRST OBS: time system \".0000000     GPS\" is not known"}},
+        {"wrong_obs2_count.10o", 0, {"2: # / TYPES OF OBSERV: more types than announced"}},
+    };
+    for (const Row& row : rows) {
+        std::vector<std::string> errors;
+        std::size_t events = 0;
+        const Totals totals = ofReader(m_data / "odd" / row.file, errors, events);
+        EXPECT_EQ(totals.epochs, row.epochs) << row.file;
+        EXPECT_EQ(errors, row.errors) << row.file;
+    }
+}
+
+TEST_F(RinexRealData, EventsAreObeyed) {
+    std::vector<std::string> errors;
+    std::size_t events = 0;
+    EXPECT_EQ(ofReader(m_data / "odd/mixed211.05o", errors, events).epochs, 7U);
+    EXPECT_EQ(events, 8U);
+    EXPECT_EQ(ofReader(m_data / "odd/IGEO_2025290_excerpt_event4.rnx", errors, events).epochs, 2U);
+    EXPECT_EQ(events, 1U);
+    EXPECT_TRUE(errors.empty());
+}
+
+}  // namespace
+}  // namespace halvex::rinex

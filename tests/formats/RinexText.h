@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "formats/rinex/ObservationReader.h"
+
+namespace halvex::test {
+
+/// A header record: content filled to 60 columns, then its label.
+inline std::string record(std::string content, std::string_view label) {
+    content.resize(60, ' ');
+    return content.append(label) + '\n';
+}
+
+inline std::string version(const std::string& number, const std::string& system = "M") {
+    return record("     " + number + "           OBSERVATION DATA    " + system, "RINEX VERSION / TYPE");
+}
+
+inline std::string endOfHeader() {
+    return record("", "END OF HEADER");
+}
+
+/// A reader of the text; the file's name in error messages is "f".
+inline rinex::ObservationReader readerOf(const std::string& text) {
+    LineReader lines;
+    lines.openBytes("f", text);
+    rinex::ObservationReader reader;
+    static_cast<void>(reader.open(std::move(lines)));
+    return reader;
+}
+
+}  // namespace halvex::test

@@ -1,0 +1,168 @@
+#include "halvex/platform/kernix/Registry.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <thread>
+
+#include "tests/support/CapturedLog.h"
+#include "tests/support/Environment.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+using namespace halvex::test;
+
+namespace fs = std::filesystem;
+
+constexpr const char* kKey = "SOFTWARE\\Tavro Ostwerk\\GPS Halvex";
+
+class Registry : public testing::Test {
+protected:
+    static std::string contents(const fs::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    void damage(const std::string& text) const { std::ofstream(m_file, std::ios::binary) << text; }
+
+    TemporaryFolder m_folder;
+    fs::path m_file = m_folder.path("new/registry.info");
+    ScopedVariable m_place{"HALVEX_REGISTRY", m_file.c_str()};
+    CapturedLog m_log;
+};
+
+TEST_F(Registry, MissingValuesAreTheirDefaults) {
+    EXPECT_EQ(REG::GetLong(kKey, "DisabledSatSystems", 5), 5);
+    EXPECT_FALSE(fs::exists(m_file)) << "reading creates nothing";
+    EXPECT_EQ(REG::GetLong(kKey, "DisabledSatSystems", 5, true), 5);
+    EXPECT_EQ(REG::GetLong(kKey, "DisabledSatSystems", 6, true), 5) << "written with its default";
+    EXPECT_TRUE(m_log.take().empty());
+}
+
+TEST_F(Registry, ValuesAndNamesComeBackWhateverTheyContain) {
+    const CommaLocale comma;
+    const std::string texts[] = {"",
+                                 " ",
+                                 "#include \"/etc/passwd\"",
+                                 "a.b|c",
+                                 "\"; } {",
+                                 "line\nline\r\t",
+                                 "back\\",
+                                 std::string("n\0l", 3),
+                                 "\xc3\xa4 \xff",
+                                 "42"};
+    const std::size_t count = std::size(texts);
+    for (std::size_t i = 0; i < count; ++i) ASSERT_TRUE(REG::WriteString(texts[i], texts[count - 1 - i], texts[i]));
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(REG::GetString(texts[i], texts[count - 1 - i], "?"), texts[i]);
+    for (const std::int32_t value :
+         {0, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
+        ASSERT_TRUE(REG::WriteLong(kKey, "Number", value));
+        EXPECT_EQ(REG::GetLong(kKey, "Number", 7), value);
+    }
+    EXPECT_EQ(REG::GetString(kKey, "Number", "other type"), "other type");
+    EXPECT_TRUE(REG::WriteString(kKey, "Number", "text"));
+    EXPECT_EQ(REG::GetLong(kKey, "Number", 7), 7);
+}
+
+TEST_F(Registry, FileAsItStands) {
+    ASSERT_TRUE(REG::WriteLong(kKey, "DisabledSatSystems", 3));
+    EXPECT_EQ(contents(m_file),
+              "key \"SOFTWARE\\\\Tavro Ostwerk\\\\GPS Halvex\"\n{\n    value DisabledSatSystems\n    {\n"
+              "        long 3\n    }\n}\n");
+    EXPECT_FALSE(fs::exists(m_file.string() + ".new"));
+}
+
+TEST_F(Registry, ADamagedFileGivesDefaultsAndStays) {
+    ASSERT_TRUE(REG::WriteLong(kKey, "Mask", 3));
+    const std::string damages[] = {"key {", "}", "key \"", "#include \"registry.info\"\n", "  #include \"x\"\n"};
+    for (const std::string& text : damages) {
+        damage(text);
+        m_log.take();
+        EXPECT_EQ(REG::GetLong(kKey, "Mask", 9, true), 9) << text;
+        EXPECT_FALSE(REG::WriteLong(kKey, "Mask", 4)) << text;
+        EXPECT_EQ(contents(m_file), text);
+        const auto lines = m_log.take();
+        ASSERT_EQ(lines.size(), 1U) << text;
+        EXPECT_EQ(lines[0].level, ILogging::kError);
+        fs::remove(m_file);
+        EXPECT_EQ(REG::GetLong(kKey, "Mask", 8), 8) << "readable again: the next damage is logged anew";
+    }
+    damage("key \"" + std::string("SOFTWARE\\\\Tavro Ostwerk\\\\GPS Halvex") + "\" { value Mask { long 12x } }");
+    EXPECT_EQ(REG::GetLong(kKey, "Mask", 9), 9);
+}
+
+TEST_F(Registry, APlaceThatCannotBeUsed) {
+    const fs::path folder = m_folder.path("folder");
+    fs::create_directories(folder);
+    const struct {
+        const char* what;
+        std::string place;
+    } rows[] = {{"a folder", folder.string()}, {"below a file", "/dev/null/registry.info"}};
+    for (const auto& row : rows) {
+        const ScopedVariable place("HALVEX_REGISTRY", row.place.c_str());
+        EXPECT_EQ(REG::GetLong(kKey, "Mask", 9), 9) << row.what;
+        EXPECT_FALSE(REG::WriteLong(kKey, "Mask", 4)) << row.what;
+    }
+}
+
+TEST_F(Registry, TheUsersConfigurationFolder) {
+    const ScopedVariable noFile("HALVEX_REGISTRY", nullptr);
+    const ScopedVariable home("HOME", m_folder.path("").c_str());
+    {
+        const ScopedVariable relative("XDG_CONFIG_HOME", "relative");
+        EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 1));
+        EXPECT_TRUE(fs::exists(m_folder.path(".config/halvex/registry.info")));
+    }
+    const ScopedVariable config("XDG_CONFIG_HOME", m_folder.path("xdg").c_str());
+    EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 2));
+    EXPECT_TRUE(fs::exists(m_folder.path("xdg/halvex/registry.info")));
+}
+
+TEST_F(Registry, WritersOfSeveralThreadsAndProcessesLoseNothing) {
+    const auto write = [](const std::string& who) {
+        for (int i = 0; i < 20; ++i) {
+            if (!REG::WriteLong(kKey, who + std::to_string(i), i)) return false;
+        }
+        return true;
+    };
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) ::_exit(write("child") ? 0 : 1);
+    std::thread other([&] { EXPECT_TRUE(write("other")); });
+    EXPECT_TRUE(write("main"));
+    other.join();
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    for (const char* who : {"child", "other", "main"}) {
+        for (int i = 0; i < 20; ++i) EXPECT_EQ(REG::GetLong(kKey, who + std::to_string(i), -1), i) << who;
+    }
+}
+
+TEST_F(Registry, AHostsOwnStore) {
+    struct Memory : REG::Store {
+        std::map<std::string, REG::Value, std::less<>> values;
+        std::optional<REG::Value> read(std::string_view, std::string_view name) override {
+            const auto found = values.find(name);
+            return found != values.end() ? std::optional(found->second) : std::nullopt;
+        }
+        bool write(std::string_view, std::string_view name, const REG::Value& value) override {
+            values[std::string(name)] = value;
+            return true;
+        }
+    } memory;
+    {
+        const REG::ScopedStore installed(memory);
+        EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 4));
+        EXPECT_EQ(REG::GetLong(kKey, "Mask", 0), 4);
+    }
+    EXPECT_EQ(REG::GetLong(kKey, "Mask", 0), 0);
+    EXPECT_FALSE(fs::exists(m_file));
+}
+
+}  // namespace
