@@ -21,20 +21,21 @@ constexpr std::size_t kSatelliteColumn2 = 32;
 constexpr std::size_t kSatelliteWidth = 3;
 constexpr std::uint64_t kLongestHeader = 20000;  // lines; a file that goes on like this is none
 
+/// A digit up to `highest`, or a blank, which is 0. Without branches: which of the two comes is hard to guess.
 bool readIndicator(char c, char highest, std::uint8_t& value) {
-    if (c == ' ') return true;
-    value = static_cast<std::uint8_t>(c - '0');
-    return c >= '0' && c <= highest;
+    const bool blank = c == ' ';
+    value = static_cast<std::uint8_t>(blank ? 0 : c - '0');
+    return blank || static_cast<unsigned char>(c - '0') <= static_cast<unsigned char>(highest - '0');
 }
 
-bool readField(const char* text, double scale, ObservedValue& observed) {
+[[gnu::always_inline]] inline bool readField(const char* text, double scale, ObservedValue& observed) {
     if (areBlank16(text)) return true;
     double value = 0.0;
     if (parseF14d3(text, value) == Field::bad) return false;
     observed.value = scale == 1.0 ? value : value / scale;
     observed.present = value != 0.0;
-    return readIndicator(text[kValueWidth], '7', observed.lossOfLock) &&
-           readIndicator(text[kValueWidth + 1], '9', observed.signalStrength);
+    const bool lockGood = readIndicator(text[kValueWidth], '7', observed.lossOfLock);
+    return readIndicator(text[kValueWidth + 1], '9', observed.signalStrength) && lockGood;
 }
 
 /// Reads as many fields as there are values. True when all are good and nothing but blanks follows; else `bad` is the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "halvex/platform/kernix/ByteCodec.h"
 
@@ -30,7 +31,7 @@ std::int32_t truncated(double value) {
     return static_cast<std::int32_t>(std::clamp(value, kLow, kHigh));
 }
 
-/// Cursors for the field list below: no checks, the length is known before it is walked.
+/// Cursors for the field lists below. No checks: the length is known before a list is walked.
 struct Store {
     unsigned char* at;
     template <class T>
@@ -38,6 +39,8 @@ struct Store {
         halvex::storeLittleEndian(at, value);
         at += sizeof(T);
     }
+    template <class T>
+    void absent(const T&) {}
 };
 struct Fetch {
     const unsigned char* at;
@@ -45,6 +48,10 @@ struct Fetch {
     void operator()(T& value) {
         value = halvex::loadLittleEndian<T>(at);
         at += sizeof(T);
+    }
+    template <class T>
+    void absent(T& value) {
+        value = T{};
     }
 };
 
@@ -264,17 +271,35 @@ void CHalvexObservation::AdjustForClockJumps(std::int32_t milliseconds) {
     adjust(m_slots[1], kFrequencyL2);
 }
 
+// Most slots hold one of three sets of values. Walking a set that the compiler knows costs no test for each field, and
+// the position behind it does not wait for the flags to be read; `use` gets the set as a constant then.
+template <class Use>
+auto CHalvexObservation::withSet(std::uint32_t flags, Use&& use) {
+    constexpr std::uint32_t kCivil = kPhaseValid | kPseudorangeCValid | kDopplerValid | kCnoValid;
+    switch (flags & kValues) {
+        case 0:
+            return use(std::integral_constant<std::uint32_t, 0>());
+        case kCivil:
+            return use(std::integral_constant<std::uint32_t, kCivil>());
+        case kCivil | kPseudorangePValid:
+            return use(std::integral_constant<std::uint32_t, kCivil | kPseudorangePValid>());
+        default:
+            return use(flags);
+    }
+}
+
 std::size_t CHalvexObservation::headSize(std::uint8_t validity) {
     return CPrnID::kSavedSize + 1 + ((validity & kIssueOfDataValid) != 0 ? 1U : 0U) +
            ((validity & kElevationMaskValid) != 0 ? 8U : 0U) + ((validity & kAzimuthValid) != 0 ? 8U : 0U);
 }
 
-std::size_t CHalvexObservation::slotSize(std::uint32_t flags) {
-    // Sums of single bits instead of branches: sizes are asked for three times a satellite on every save and load.
-    const auto bit = [flags](std::uint32_t mask) { return static_cast<std::uint32_t>((flags & mask) != 0); };
-    return 4 + 2 + 8 * (bit(kPhaseValid) + bit(kPseudorangeCValid) + bit(kPseudorangePValid)) +
-           4 * (bit(kDopplerValid) + bit(kCnoValid)) + 2 * (bit(kPhaseErrorValid) + bit(kPseudorangeErrorValid)) +
-           bit(kMultipathErrorValid) + bit(kCostaValid);
+std::size_t CHalvexObservation::slotSize(std::uint32_t slotFlags) {
+    return withSet(slotFlags, [](auto flags) -> std::size_t {
+        const auto bit = [flags](std::uint32_t mask) -> std::size_t { return (flags & mask) != 0 ? 1 : 0; };
+        return 4 + 2 + 8 * (bit(kPhaseValid) + bit(kPseudorangeCValid) + bit(kPseudorangePValid)) +
+               4 * (bit(kDopplerValid) + bit(kCnoValid)) + 2 * (bit(kPhaseErrorValid) + bit(kPseudorangeErrorValid)) +
+               bit(kMultipathErrorValid) + bit(kCostaValid);
+    });
 }
 
 std::size_t CHalvexObservation::getSize() const {
@@ -295,36 +320,37 @@ std::size_t CHalvexObservation::savedSize(const unsigned char* from, std::size_t
 
 template <class Io, class Self>
 void CHalvexObservation::fields(Io& io, Self& self) {
+    const auto optional = [&io](bool present, auto& value) { present ? io(value) : io.absent(value); };
     io(self.m_validity);
-    if ((self.m_validity & kIssueOfDataValid) != 0) io(self.m_issueOfData);
-    if ((self.m_validity & kElevationMaskValid) != 0) io(self.m_elevationMask);
-    if ((self.m_validity & kAzimuthValid) != 0) io(self.m_azimuth);
+    optional((self.m_validity & kIssueOfDataValid) != 0, self.m_issueOfData);
+    optional((self.m_validity & kElevationMaskValid) != 0, self.m_elevationMask);
+    optional((self.m_validity & kAzimuthValid) != 0, self.m_azimuth);
     for (auto& slot : self.m_slots) {
         io(slot.flags);
-        const std::uint32_t flags = slot.flags;
-        if ((flags & kPhaseValid) != 0) io(slot.phase);
-        if ((flags & kPseudorangeCValid) != 0) io(slot.pseudorangeC);
-        if ((flags & kPseudorangePValid) != 0) io(slot.pseudorangeP);
-        if ((flags & kDopplerValid) != 0) io(slot.doppler);
-        if ((flags & kPhaseErrorValid) != 0) io(slot.phaseError);
-        if ((flags & kPseudorangeErrorValid) != 0) io(slot.pseudorangeError);
-        if ((flags & kMultipathErrorValid) != 0) io(slot.multipathError);
-        if ((flags & kCnoValid) != 0) io(slot.cno);
-        if ((flags & kCostaValid) != 0) io(slot.costa);
-        io(slot.contLockCount);
+        withSet(slot.flags, [&](auto flags) {
+            optional((flags & kPhaseValid) != 0, slot.phase);
+            optional((flags & kPseudorangeCValid) != 0, slot.pseudorangeC);
+            optional((flags & kPseudorangePValid) != 0, slot.pseudorangeP);
+            optional((flags & kDopplerValid) != 0, slot.doppler);
+            optional((flags & kPhaseErrorValid) != 0, slot.phaseError);
+            optional((flags & kPseudorangeErrorValid) != 0, slot.pseudorangeError);
+            optional((flags & kMultipathErrorValid) != 0, slot.multipathError);
+            optional((flags & kCnoValid) != 0, slot.cno);
+            optional((flags & kCostaValid) != 0, slot.costa);
+            io(slot.contLockCount);
+        });
     }
 }
 
 unsigned char* CHalvexObservation::write(unsigned char* to) const {
-    m_prnId.saveData(to, CPrnID::kSavedSize);
+    m_prnId.writeTo(to);
     Store store{to + CPrnID::kSavedSize};
     fields(store, *this);
     return store.at;
 }
 
 const unsigned char* CHalvexObservation::read(const unsigned char* from) {
-    *this = CHalvexObservation();
-    m_prnId.loadData(from, CPrnID::kSavedSize);
+    m_prnId.readFrom(from);
     Fetch fetch{from + CPrnID::kSavedSize};
     fields(fetch, *this);
     return fetch.at;

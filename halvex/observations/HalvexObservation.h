@@ -182,6 +182,10 @@ private:
         kCostaValid = 0x800000,
         kPseudorangePValid = 0x1000000,
     };
+    /// The flags that decide what is persisted.
+    static constexpr std::uint32_t kValues = kPhaseValid | kPseudorangeCValid | kPseudorangePValid | kDopplerValid |
+                                             kPhaseErrorValid | kPseudorangeErrorValid | kMultipathErrorValid |
+                                             kCnoValid | kCostaValid;
     struct Slot {
         double phase = 0.0;         // cycles
         double pseudorangeC = 0.0;  // metres
@@ -208,6 +212,8 @@ private:
     template <class T>
     bool getValue(unsigned frequency, T Slot::*member, T& value, Flag valid) const;
 
+    template <class Use>
+    static auto withSet(std::uint32_t flags, Use&& use);
     static std::size_t slotSize(std::uint32_t flags);
     static std::size_t headSize(std::uint8_t validity);
     /// Bytes of the saved form at `from`, 0 when `left` bytes do not hold a whole one.

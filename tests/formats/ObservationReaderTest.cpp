@@ -1,6 +1,7 @@
 #include "formats/rinex/ObservationReader.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <sstream>
@@ -228,6 +229,32 @@ TEST(ObservationReader, FilesThatEndEarly) {
     EXPECT_TRUE(told.ends_with("the compressed file is cut off\n")) << told.substr(told.size() - 200);
     EXPECT_EQ(std::count(told.begin(), told.end(), '!'), 1);
     EXPECT_EQ(readerOf(packed.substr(0, 20)).error().message, "the compressed file is cut off");
+}
+
+/// 64 MB of epochs in 64 members of a compressed file: peak memory stays where the first epochs have brought it.
+TEST(ObservationReader, MemoryDoesNotGrowWithTheFile) {
+    std::string epochs;
+    while (epochs.size() < (1U << 20U)) epochs += std::string(kEpoch3) + "G05  23629347.915 8\nS20  23629347.915\n";
+    const std::string member = test::gzip(epochs);
+    std::string file = test::gzip(header3());
+    for (int i = 0; i < 64; ++i) file += member;
+    auto reader = readerOf(file);
+    ObservationEpoch epoch;
+    ASSERT_EQ(reader.next(epoch), Result::epoch);
+    const auto peak = [] {
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss;  // [KiB]
+    };
+    const auto before = peak();
+    const ObservedValue* const values = epoch.values.data();
+    std::size_t count = 1;
+    for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch), ++count) {
+        ASSERT_EQ(result, Result::epoch) << reader.error().text();
+    }
+    EXPECT_GT(count, 500000U);
+    EXPECT_EQ(epoch.values.data(), values);
+    EXPECT_LT(peak() - before, 4096);
 }
 
 /// Cut or damaged anywhere, a file gives epochs and errors, and comes to an end.

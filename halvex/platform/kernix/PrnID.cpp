@@ -2,8 +2,6 @@
 
 #include <bit>
 
-#include "halvex/platform/kernix/ByteCodec.h"
-
 bool CPrnID::IsSystem(PrnType type) {
     return std::has_single_bit(static_cast<unsigned>(type)) && type <= PRN_NAVIC;
 }
@@ -21,20 +19,11 @@ bool CPrnID::setPrnType(PrnType type) {
 }
 
 bool CPrnID::loadData(const unsigned char* buffer, std::size_t size) {
-    halvex::ByteReader reader(buffer, size);
-    std::uint8_t number = 0;
-    std::uint8_t type = 0;
-    reader(number);
-    reader(type);
-    if (!reader.ok()) return false;
-    m_number = number;
-    m_type = static_cast<PrnType>(type);
+    if (buffer == nullptr || size < kSavedSize) return false;
+    readFrom(buffer);
     return true;
 }
 
 void CPrnID::saveData(unsigned char* buffer, std::size_t size) const {
-    if (buffer == nullptr || size < getSize()) return;
-    halvex::ByteWriter writer(buffer, size);
-    writer(m_number);
-    writer(static_cast<std::uint8_t>(m_type));
+    if (buffer != nullptr && size >= kSavedSize) writeTo(buffer);
 }

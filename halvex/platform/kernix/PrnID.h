@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "halvex/platform/Export.h"
+#include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/platform/kernix/PersistData.h"
 
 /// Satellite identifier of the network's records: number within its system and the system as one bit,
@@ -49,6 +50,15 @@ public:
     void saveData(unsigned char* buffer, std::size_t size) const override;
     [[nodiscard]] std::size_t getSize() const override { return kSavedSize; }
     static constexpr std::size_t kSavedSize = 2;
+    /// The two directions for records that have made sure of kSavedSize bytes themselves.
+    void writeTo(unsigned char* to) const {
+        halvex::storeLittleEndian(to, m_number);
+        halvex::storeLittleEndian(to + 1, static_cast<std::uint8_t>(m_type));
+    }
+    void readFrom(const unsigned char* from) {
+        m_number = halvex::loadLittleEndian<std::uint8_t>(from);
+        m_type = static_cast<PrnType>(halvex::loadLittleEndian<std::uint8_t>(from + 1));
+    }
 
     friend bool operator==(const CPrnID& left, const CPrnID& right) {
         return left.m_number == right.m_number && left.m_type == right.m_type;
