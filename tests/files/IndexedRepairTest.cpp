@@ -101,7 +101,7 @@ TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
         {"last entry", kIndex, damaged + kThird},
         {"an earlier entry, the last ones lead nowhere", kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull),
          damaged + kThird},
-        {"no entry that fits", kVersion2 + entry(2001, 1, 4) + entry(2000, 2, 30), damaged.substr(0, 17)},
+        {"no entry that fits", kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
         {"other version", "\1\0\0\0", damaged.substr(0, 17)}};
     for (const Row& row : rows) {
         CapturedLog log;
