@@ -238,7 +238,9 @@ private:
         }
         return sizes;
     }();
-    static constexpr std::size_t headSize(std::uint8_t validity) { return kHeadSizes[validity & (kHeadSizes.size() - 1)]; }
+    static constexpr std::size_t headSize(std::uint8_t validity) {
+        return kHeadSizes[validity & (kHeadSizes.size() - 1)];
+    }
     [[nodiscard]] std::size_t savedSize() const {
         std::size_t size = headSize(m_validity);
         for (const Slot& slot : m_slots) size += slotSize(slot.flags);

@@ -25,7 +25,9 @@ std::vector<double> timeOf(const PrintedEpoch& epoch) {
 }
 
 /// "-.353" and "-0.353" are the same digits.
-long long thousandths(const std::string& text) { return std::llround(std::strtod(text.c_str(), nullptr) * 1000.0); }
+long long thousandths(const std::string& text) {
+    return std::llround(std::strtod(text.c_str(), nullptr) * 1000.0);
+}
 
 /// The name under which a source has what a replayed file calls `code`.
 std::string sourceType(const std::map<std::string, PrintedValue>& source, const std::string& code, char system) {
@@ -61,7 +63,8 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
     ASSERT_EQ(replayed.status, 0) << replayed.err;
 
     std::vector<PrintedEpoch> again;
-    ASSERT_TRUE(readIndependently(folder.path("again.rnx"), [&](const PrintedEpoch& epoch) { again.push_back(epoch); }));
+    ASSERT_TRUE(
+        readIndependently(folder.path("again.rnx"), [&](const PrintedEpoch& epoch) { again.push_back(epoch); }));
     Counts counts;
     std::size_t replayedValues = 0;
     std::size_t roundedDoppler = 0;
@@ -102,23 +105,21 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
               << replayedValues << " values alike, " << lost << " have no place in the record\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, ArchiveRealData,
-                         testing::Values("obs/3034265G.21O.gz", "obs/SEPT265G.21O.gz",
-                                         "obs/ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz",
-                                         "obs/TLSE00FRA_R_20220010000_01H_30S_MO.rnx.gz",
-                                         "obs/TLSE00FRA_R_20241900000_15M_01S_MO.rnx.gz",
-                                         "obs/TLSG00FRA_R_20241900000_15M_01S_MO.rnx.gz",
-                                         "obs/network_2021001/delf0010.21o", "obs/network_2021001/zegv0010.21o",
-                                         "obs/network_2021001/wsra0010.21o", "obs/network_2021001/eijs0010.21o",
-                                         "obs/rinex2_2005092/07590920.05o", "obs/rinex2_2005092/30400920.05o",
-                                         "odd/AJAC3550.21O", "odd/FAA100PYF_R_20161700100_15M_01S_MO",
-                                         "odd/IGEO_2025290_excerpt_event4.rnx", "odd/mixed211.05o", "odd/osn31700.16o",
-                                         "odd/sptu0150.16o", "odd/test_input_rinex2_obs_IncompleteHeader.06o"),
-                         [](const auto& instance) {
-                             std::string name = fs::path(instance.param).filename().string();
-                             for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Files, ArchiveRealData,
+    testing::Values("obs/3034265G.21O.gz", "obs/SEPT265G.21O.gz", "obs/ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz",
+                    "obs/TLSE00FRA_R_20220010000_01H_30S_MO.rnx.gz", "obs/TLSE00FRA_R_20241900000_15M_01S_MO.rnx.gz",
+                    "obs/TLSG00FRA_R_20241900000_15M_01S_MO.rnx.gz", "obs/network_2021001/delf0010.21o",
+                    "obs/network_2021001/zegv0010.21o", "obs/network_2021001/wsra0010.21o",
+                    "obs/network_2021001/eijs0010.21o", "obs/rinex2_2005092/07590920.05o",
+                    "obs/rinex2_2005092/30400920.05o", "odd/AJAC3550.21O", "odd/FAA100PYF_R_20161700100_15M_01S_MO",
+                    "odd/IGEO_2025290_excerpt_event4.rnx", "odd/mixed211.05o", "odd/osn31700.16o", "odd/sptu0150.16o",
+                    "odd/test_input_rinex2_obs_IncompleteHeader.06o"),
+    [](const auto& instance) {
+        std::string name = fs::path(instance.param).filename().string();
+        for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
+        return name;
+    });
 
 }  // namespace
 }  // namespace halvex::test

@@ -139,7 +139,8 @@ private:
         }
         if (!sets.empty()) std::cout << sets.text();
         for (const InputReport& input : m_inputs) reportInput(input);
-        if (m_notLater != 0) std::cout << m_notLater << " epochs were not later than the last one of their set: left out\n";
+        if (m_notLater != 0)
+            std::cout << m_notLater << " epochs were not later than the last one of their set: left out\n";
         if (m_bad != 0) std::cout << m_bad << " bad epochs or files passed over\n";
         std::cout.flush();
     }
@@ -204,16 +205,18 @@ private:
 
 void addArchiveCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "archive", "archive RINEX observation files as indexed sets, one for each span",
-                                   "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
-    command->add_option("OBS", options->inputs, "RINEX observation files, plain or gzip, - for standard input")->required();
+    CLI::App* command =
+        addCommand(app, "archive", "archive RINEX observation files as indexed sets, one for each span",
+                   "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
+    command->add_option("OBS", options->inputs, "RINEX observation files, plain or gzip, - for standard input")
+        ->required();
     command->add_option("--out", options->out, "folder of the sets, made when missing")->required();
     command->add_option("--site", options->site, "site code, 4 characters or 9 as ESBC00DNK [from the file]");
     command->add_option("--site-number", options->siteNumber, "site number kept in every record")
         ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
     command->add_option("--span", options->span, "what one set holds; subhourly is 15 min")
-        ->transform(CLI::CheckedTransformer(
-            std::map<std::string, Span>{{"hourly", Span::hourly}, {"daily", Span::daily}, {"subhourly", Span::subhourly}}))
+        ->transform(CLI::CheckedTransformer(std::map<std::string, Span>{
+            {"hourly", Span::hourly}, {"daily", Span::daily}, {"subhourly", Span::subhourly}}))
         ->default_str("daily")
         ->option_text("daily|hourly|subhourly [daily]");
     command->add_flag("--keep-going", options->keepGoing, "pass over bad epochs and files, and say how many");

@@ -48,7 +48,8 @@ std::uint64_t compareValues(const std::string& left, const std::string& right) {
     rinex::ObservationReader readers[2];
     if (!readers[0].open(left)) throw Failure(readers[0].error());
     if (!readers[1].open(right)) throw Failure(readers[1].error());
-    rinex::EpochBuilder builders[2] = {rinex::EpochBuilder(readers[0].header()), rinex::EpochBuilder(readers[1].header())};
+    rinex::EpochBuilder builders[2] = {rinex::EpochBuilder(readers[0].header()),
+                                       rinex::EpochBuilder(readers[1].header())};
     CHalvexStationObservation stations[2];
     std::uint64_t values = 0;
     for (;;) {
@@ -87,8 +88,8 @@ void demo() {
 }  // namespace
 
 void addDemoCommand(CLI::App& app) {
-    CLI::App* command =
-        addCommand(app, "demo", "the main job in a temporary folder: simulate, archive, look, replay, compare", "halvex demo");
+    CLI::App* command = addCommand(
+        app, "demo", "the main job in a temporary folder: simulate, archive, look, replay, compare", "halvex demo");
     command->callback([] { demo(); });
 }
 

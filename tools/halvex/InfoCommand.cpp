@@ -40,7 +40,8 @@ public:
     void addEvent() { ++m_events; }
 
     [[nodiscard]] Json json() const {
-        Json json = {{"file", file}, {"kind", kind}, {"station", station}, {"receiver", receiver}, {"antenna", antenna}};
+        Json json = {
+            {"file", file}, {"kind", kind}, {"station", station}, {"receiver", receiver}, {"antenna", antenna}};
         json["epochs"] = m_epochs;
         json["events"] = m_events;
         if (m_last) {
@@ -70,15 +71,16 @@ public:
         std::string text = fmt::format("{}\n  {}, station {}\n", file, kind, station.empty() ? "unknown" : station);
         if (!receiver.empty()) text += fmt::format("  receiver {}, antenna {}\n", receiver, antenna);
         if (!m_last) return text + "  no epoch\n";
-        text += fmt::format("  {} to {} GPS time, {} epochs at {} s", formatTime(*m_first), formatTime(*m_last), m_epochs,
-                            interval());
+        text += fmt::format("  {} to {} GPS time, {} epochs at {} s", formatTime(*m_first), formatTime(*m_last),
+                            m_epochs, interval());
         if (m_events != 0) text += fmt::format(", {} events", m_events);
         text += "\n";
         const std::vector<Gap> list = gaps();
         if (list.empty()) text += "  no gaps\n";
         for (const Gap& gap : list) text += fmt::format("  gap of {} s after {}\n", gap.seconds, formatTime(gap.after));
         if (gapCount() > list.size()) text += fmt::format("  {} gaps in all\n", gapCount());
-        if (backwardSteps() != 0) text += fmt::format("  {} epochs are not later than the one before\n", backwardSteps());
+        if (backwardSteps() != 0)
+            text += fmt::format("  {} epochs are not later than the one before\n", backwardSteps());
         Table table({"system", "satellites", "signal", "observations"}, "<><>");
         for (const SatelliteSystem& system : kSatelliteSystems) {
             const std::vector<std::string> names = satelliteNames(system.code);
@@ -191,7 +193,8 @@ std::string readRinex(const std::string& name, Summary& summary) {
             summary.addSatellite(satellite.id);
             const auto values = epoch.valuesOf(satellite);
             for (std::size_t i = 0; i < values.size(); ++i) {
-                if (values[i].present) summary.addValue(satellite.id.system, header.codes[satellite.id.system][i].text());
+                if (values[i].present)
+                    summary.addValue(satellite.id.system, header.codes[satellite.id.system][i].text());
             }
         }
     }
@@ -228,13 +231,15 @@ std::string readSet(const std::string& base, Summary& summary) {
         const SMjdTime time = epochTime(station);
         summary.addEpoch(time);
         for (const CHalvexObservation& observation : station.observations()) {
-            const auto id = CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID();
+            const auto id =
+                CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID();
             summary.addSatellite(id);
             addSlots(summary, observation, id, header.signalsAt(id, time));
         }
         return true;
     });
-    if (torn != 0) return fmt::format("{}t: byte {}: the last record is cut off after {} bytes", base, reader.size() - torn, torn);
+    if (torn != 0)
+        return fmt::format("{}t: byte {}: the last record is cut off after {} bytes", base, reader.size() - torn, torn);
     return other != 0 ? fmt::format("{}t: {} blocks are no station epochs", base, other) : "";
 }
 
@@ -246,9 +251,11 @@ void addInfoCommand(CLI::App& app) {
         bool json = false;
     };
     auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "info", "what is in indexed sets and RINEX observation files",
-                                   "halvex info archive/ESBC00DNK_R_20201770000_01D_30S_MO ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz");
-    command->add_option("FILE", options->files, "indexed sets (base name, or any file of the set), RINEX files")->required();
+    CLI::App* command =
+        addCommand(app, "info", "what is in indexed sets and RINEX observation files",
+                   "halvex info archive/ESBC00DNK_R_20201770000_01D_30S_MO ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz");
+    command->add_option("FILE", options->files, "indexed sets (base name, or any file of the set), RINEX files")
+        ->required();
     command->add_flag("--json", options->json, "as JSON, an object for each file in an array");
     command->callback([options] {
         Json all = Json::array();

@@ -79,7 +79,8 @@ public:
         char* end = nullptr;
         m_speed = std::strtod(speed.c_str(), &end);
         if (*end != '\0' || !(m_speed > 0.0)) {
-            throw Failure("'" + speed + "' is no speed: write a number above 0 (1 is real time) or max", Failure::kWrongUsage);
+            throw Failure("'" + speed + "' is no speed: write a number above 0 (1 is real time) or max",
+                          Failure::kWrongUsage);
         }
     }
     void wait(const SMjdTime& time) {
@@ -89,7 +90,8 @@ public:
             m_start = std::chrono::steady_clock::now();
         }
         const std::chrono::duration<double> sinceFirst(time.GetDifferenceInSeconds(*m_first) / m_speed);
-        std::this_thread::sleep_until(m_start + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst));
+        std::this_thread::sleep_until(m_start +
+                                      std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceFirst));
     }
 
 private:
@@ -122,15 +124,18 @@ public:
                 return deliver(base, m_stations[i], block);
             });
             if (cut != 0 && torn.empty()) {
-                torn = fmt::format("{}t: byte {}: the last record is cut off after {} bytes; everything before it was "
-                                   "replayed; the next append cuts it off", base, reader.size() - cut, cut);
+                torn = fmt::format(
+                    "{}t: byte {}: the last record is cut off after {} bytes; everything before it was "
+                    "replayed; the next append cuts it off",
+                    base, reader.size() - cut, cut);
             }
         }
         if (m_writer && !m_writer->close()) throw Failure(m_writer->error());
         std::cout.flush();
         if (!std::cout) throw Failure("standard output: cannot be written");
         if (!torn.empty()) throw Failure(torn);
-        if (m_epochs == 0 && !m_options.rinex.empty()) throw Failure("no epoch in that span: " + m_options.rinex + " is not made");
+        if (m_epochs == 0 && !m_options.rinex.empty())
+            throw Failure("no epoch in that span: " + m_options.rinex + " is not made");
     }
 
 private:
@@ -192,9 +197,11 @@ private:
 
 void addReplayCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "replay", "give archived epochs back, from any time on",
-                                   "halvex replay archive/ESBC00DNK_R_20201770000_01D_30S_MO --from 2020-06-25T12:00 --json");
-    command->add_option("SET", options->sets, "indexed sets (base name, or any file of the set), one after another")->required();
+    CLI::App* command =
+        addCommand(app, "replay", "give archived epochs back, from any time on",
+                   "halvex replay archive/ESBC00DNK_R_20201770000_01D_30S_MO --from 2020-06-25T12:00 --json");
+    command->add_option("SET", options->sets, "indexed sets (base name, or any file of the set), one after another")
+        ->required();
     command->add_option("--from", options->from, "first epoch [the first there is]");
     command->add_option("--to", options->to, "last epoch [the last there is]");
     command->add_option("--speed", options->speed, "1 is real time, 10 ten times as fast, max")->capture_default_str();

@@ -12,9 +12,15 @@
 namespace halvex::tool {
 namespace {
 
-bool isAlphanumeric(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isLetter(char c) { return isAlphanumeric(c) && !isDigit(c); }
+bool isAlphanumeric(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0;
+}
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isLetter(char c) {
+    return isAlphanumeric(c) && !isDigit(c);
+}
 
 std::string upper(std::string text) {
     for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -36,8 +42,8 @@ StationName fromLongSite(std::string_view text) {
 std::string siteOfFileName(const std::string& fileName) {
     const std::string name = std::filesystem::path(fileName).filename().string();
     if (name.size() > 10 && name[9] == '_' && isLongSite(std::string_view(name).substr(0, 9))) return name.substr(0, 9);
-    const bool isShort = name.size() >= 12 && name[8] == '.' && isDigit(name[4]) && isDigit(name[5]) && isDigit(name[6]) &&
-                         isDigit(name[9]) && isDigit(name[10]) && isLetter(name[11]) &&
+    const bool isShort = name.size() >= 12 && name[8] == '.' && isDigit(name[4]) && isDigit(name[5]) &&
+                         isDigit(name[6]) && isDigit(name[9]) && isDigit(name[10]) && isLetter(name[11]) &&
                          std::all_of(name.begin(), name.begin() + 4, isAlphanumeric);
     return isShort ? name.substr(0, 4) : "";
 }
@@ -54,7 +60,9 @@ std::string sampling(double interval) {
 }  // namespace
 
 SMjdTime spanStart(const SMjdTime& time, Span span) {
-    const double length = span == Span::daily ? SMjdTime::kMillisecondsPerDay : span == Span::hourly ? 3600000.0 : 900000.0;
+    const double length = span == Span::daily    ? SMjdTime::kMillisecondsPerDay
+                          : span == Span::hourly ? 3600000.0
+                                                 : 900000.0;
     return SMjdTime::FromDayAndMilliseconds(time.GetMjdDay(),
                                             std::floor(time.GetMjdFractMilliseconds() / length) * length);
 }
@@ -70,12 +78,13 @@ StationName stationName(const std::string& given, const std::string& fileName, c
     return {upper(fromMarker)};
 }
 
-std::string setName(const StationName& station, const SMjdTime& start, Span span, const rinex::ObservationHeader& header) {
+std::string setName(const StationName& station, const SMjdTime& start, Span span,
+                    const rinex::ObservationHeader& header) {
     const char* period = span == Span::daily ? "01D" : span == Span::hourly ? "01H" : "15M";
     RnxLongFileNameParam parameters(station.country, station.monument, station.receiver, period, 'R');
     std::string name;
-    CProductsFileName::CreateRinexLongFileName(station.site.c_str(), parameters, start.GetGpsWeek(), start.GetGpsSeconds(),
-                                               name);
+    CProductsFileName::CreateRinexLongFileName(station.site.c_str(), parameters, start.GetGpsWeek(),
+                                               start.GetGpsSeconds(), name);
     return fmt::format("{}_{}_{}O", name, sampling(header.interval), header.fileSystem);
 }
 

@@ -34,15 +34,18 @@ void addSimulateCommand(CLI::App& app) {
         double hours = 1.0;
     };
     auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "simulate", "make a station's RINEX observation file, the same on every machine",
-                                   "halvex simulate --out SIMU.rnx --start 2021-01-01 --hours 24 --interval 30");
+    CLI::App* command =
+        addCommand(app, "simulate", "make a station's RINEX observation file, the same on every machine",
+                   "halvex simulate --out SIMU.rnx --start 2021-01-01 --hours 24 --interval 30");
     command->add_option("--out", options->out, "file to write, - for standard output")->required();
     command->add_option("--start", options->start, "first epoch")->capture_default_str();
     command->add_option("--hours", options->hours, "length")->check(CLI::Range(0.0, 8784.0))->capture_default_str();
     command->add_option("--interval", options->settings.interval, "seconds between epochs")
-        ->check(CLI::Range(0.001, 86400.0))->capture_default_str();
+        ->check(CLI::Range(0.001, 86400.0))
+        ->capture_default_str();
     command->add_option("--site", options->settings.site, "marker name")->capture_default_str();
-    command->add_option("--seed", options->settings.seed, "noise, ambiguities and slips follow from it")->capture_default_str();
+    command->add_option("--seed", options->settings.seed, "noise, ambiguities and slips follow from it")
+        ->capture_default_str();
     command->callback([options] {
         options->settings.start = parseTime(options->start);
         options->settings.duration = options->hours * 3600.0;

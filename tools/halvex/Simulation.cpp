@@ -9,9 +9,9 @@
 namespace halvex::tool {
 namespace {
 
-constexpr double kMu = 3.986005e14;                // [m^3/s^2], IS-GPS-200, table 20-IV
+constexpr double kMu = 3.986005e14;                 // [m^3/s^2], IS-GPS-200, table 20-IV
 constexpr double kEarthRotation = 7.2921151467e-5;  // [rad/s], the same
-constexpr double kSpeedOfLight = 299792458.0;      // [m/s]
+constexpr double kSpeedOfLight = 299792458.0;       // [m/s]
 constexpr double kMask = 10.0 * std::numbers::pi / 180.0;
 constexpr double kSlipsPerSignal = 1.0 / 2000.0;  // per epoch
 
@@ -37,7 +37,9 @@ std::uint64_t mixed(std::uint64_t x) {
     return x ^ (x >> 31);
 }
 
-double toMillis(double value) { return std::nearbyint(value * 1000.0) / 1000.0; }
+double toMillis(double value) {
+    return std::nearbyint(value * 1000.0) / 1000.0;
+}
 
 }  // namespace
 
@@ -45,8 +47,8 @@ Simulation::Simulation(const Settings& settings)
     : m_settings(settings),
       m_epochs(static_cast<std::uint64_t>(std::floor(settings.duration / settings.interval + 1e-9))) {
     for (const Constellation& constellation : kConstellations) {
-        const int count = std::min<int>(constellation.planes * constellation.perPlane,
-                                        systemOfCode(constellation.system)->maxNumber);
+        const int count =
+            std::min<int>(constellation.planes * constellation.perPlane, systemOfCode(constellation.system)->maxNumber);
         for (int i = 0; i < count; ++i) {
             const int plane = i % constellation.planes;
             const int place = i / constellation.planes;
@@ -54,7 +56,8 @@ Simulation::Simulation(const Settings& settings)
             satellite.id = {constellation.system, static_cast<unsigned char>(i + 1)};
             satellite.radius = constellation.radius;
             satellite.inclination = constellation.inclination * std::numbers::pi / 180.0;
-            satellite.node = 2.0 * std::numbers::pi * plane / constellation.planes + 0.3 * static_cast<int>(constellation.system);
+            satellite.node =
+                2.0 * std::numbers::pi * plane / constellation.planes + 0.3 * static_cast<int>(constellation.system);
             satellite.anomaly = 2.0 * std::numbers::pi * (place + 0.37 * plane) / constellation.perPlane;
             satellite.channel = i % 14 - 7;
             for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
@@ -108,7 +111,8 @@ rinex::ObservationHeader Simulation::header() const {
     header.signalStrengthUnit = "DBHZ";
     for (const Satellite& satellite : m_satellites) {
         rinex::addColumns(header, satellite.id, rinex::preferredSignals(satellite.id.system));
-        if (satellite.id.system == CALN::eCALSATSYSTEM_GLONASS) header.glonassChannels[satellite.id] = satellite.channel;
+        if (satellite.id.system == CALN::eCALSATSYSTEM_GLONASS)
+            header.glonassChannels[satellite.id] = satellite.channel;
     }
     return header;
 }
@@ -131,7 +135,7 @@ bool Simulation::next(CHalvexStationObservation& station) {
 void Simulation::fill(Satellite& satellite, double seconds, CHalvexStationObservation& station) {
     const Sight now = sight(satellite, seconds);
     if (now.elevation < kMask) return;
-    const double rangeRate = (sight(satellite, seconds + 0.5).range - sight(satellite, seconds - 0.5).range) ;
+    const double rangeRate = (sight(satellite, seconds + 0.5).range - sight(satellite, seconds - 0.5).range);
     CHalvexObservation observation(
         CPrnID(satellite.id.number, static_cast<CPrnID::PrnType>(systemOfCode(satellite.id.system)->typeBit())));
     for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
@@ -147,7 +151,8 @@ void Simulation::fill(Satellite& satellite, double seconds, CHalvexStationObserv
         const auto spread = [&](unsigned kind, double size) { return size * (noise(satellite.id, slot, kind) - 0.5); };
         observation.setPseudorangeC(slot, toMillis(now.range + spread(3, 0.6)));
         if (!order.precise.empty()) observation.setPseudorangeP(slot, toMillis(now.range + spread(4, 0.3)));
-        observation.setPhase(slot, toMillis(now.range / wavelength + satellite.ambiguity[slot] + spread(5, 0.02)), true);
+        observation.setPhase(slot, toMillis(now.range / wavelength + satellite.ambiguity[slot] + spread(5, 0.02)),
+                             true);
         observation.setDoppler(slot, static_cast<float>(toMillis(-rangeRate / wavelength + spread(6, 0.1))));
         observation.setCNO(slot, static_cast<float>(toMillis(32.0 + 20.0 * std::sin(now.elevation) + spread(7, 1.0))));
         observation.setLossOfLock(slot, slip);

@@ -16,9 +16,9 @@ namespace halvex::tool {
 class Simulation {
 public:
     struct Settings {
-        SMjdTime start = SMjdTime(2021, 1, 1, 0, 0, 0.0);          ///< first epoch, GPS time
-        double interval = 30.0;                                    ///< [s]
-        double duration = 3600.0;                                  ///< [s]
+        SMjdTime start = SMjdTime(2021, 1, 1, 0, 0, 0.0);                ///< first epoch, GPS time
+        double interval = 30.0;                                          ///< [s]
+        double duration = 3600.0;                                        ///< [s]
         std::array<double, 3> position{3582105.0, 532590.0, 5232755.0};  ///< Earth-fixed [m]
         std::string site = "SIMU00XXX";
         std::uint64_t seed = 1;
@@ -35,11 +35,11 @@ public:
 private:
     struct Satellite {
         CALN::SCalSatID id;
-        double radius = 0.0;       // of the orbit [m]
-        double inclination = 0.0;  // [rad]
-        double node = 0.0;         // right ascension at the start [rad]
-        double anomaly = 0.0;      // argument of latitude at the start [rad]
-        int channel = 0;           // GLONASS
+        double radius = 0.0;                              // of the orbit [m]
+        double inclination = 0.0;                         // [rad]
+        double node = 0.0;                                // right ascension at the start [rad]
+        double anomaly = 0.0;                             // argument of latitude at the start [rad]
+        int channel = 0;                                  // GLONASS
         std::array<double, kFrequencySlots> ambiguity{};  // [cycle]
     };
     struct Sight {

@@ -17,7 +17,9 @@
 namespace halvex::tool {
 namespace {
 
-std::string fileName(const std::string& base) { return base + "h"; }
+std::string fileName(const std::string& base) {
+    return base + "h";
+}
 
 std::string slotText(const rinex::SlotSignals& slot) {
     std::string text = {slot.pseudorangeC, slot.pseudorangeP, slot.phase, slot.doppler, slot.cno};
@@ -145,10 +147,9 @@ void StationHeaderWriter::note(const SMjdTime& time, const CALN::SCalSatID& sate
     const auto [found, isNew] = m_last.try_emplace(satellite, signals);
     if (!isNew && found->second == signals) return;
     found->second = signals;
-    const std::string line = fmt::format("@ {} {} {} {} {} {}\n", time.GetGpsWeek(),
-                                         static_cast<std::uint32_t>(time.GetGpsWeekMilliseconds()),
-                                         satelliteName(satellite), slotText(signals[0]), slotText(signals[1]),
-                                         slotText(signals[2]));
+    const std::string line = fmt::format(
+        "@ {} {} {} {} {} {}\n", time.GetGpsWeek(), static_cast<std::uint32_t>(time.GetGpsWeekMilliseconds()),
+        satelliteName(satellite), slotText(signals[0]), slotText(signals[1]), slotText(signals[2]));
     if (std::fwrite(line.data(), 1, line.size(), m_file.get()) != line.size()) fail(m_name, "cannot be written");
     m_pending = true;
 }

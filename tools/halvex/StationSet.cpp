@@ -17,7 +17,9 @@ namespace {
 constexpr std::uint32_t kShared = 3;
 constexpr std::uint32_t kVersion = 2;
 
-std::string timeInfoName(const std::string& base) { return base + "t"; }
+std::string timeInfoName(const std::string& base) {
+    return base + "t";
+}
 
 bool exists(const std::string& name) {
     std::error_code ignored;
@@ -33,8 +35,8 @@ void checkVersion(const std::string& name) {
     }
     if (file.GetFileSizeEx() < sizeof version) throw Failure(name + ": byte 0: ends inside the version word");
     if (version != kVersion) {
-        throw Failure(fmt::format("{}: byte 0: version {}, this tool reads {}; the file is left as it is", name, version,
-                                  kVersion));
+        throw Failure(fmt::format("{}: byte 0: version {}, this tool reads {}; the file is left as it is", name,
+                                  version, kVersion));
     }
 }
 
@@ -77,7 +79,13 @@ void EpochClock::set(const SMjdTime& time) {
     time.GetAsDate(year, month, day, hour, minute, second);
     const auto milliseconds = static_cast<int>(std::lround(second * 1000.0));
     const auto word = [](int value) { return static_cast<std::uint16_t>(value); };
-    m_now = {word(year), word(month),  0, word(day), word(hour), word(minute), word(milliseconds / 1000),
+    m_now = {word(year),
+             word(month),
+             0,
+             word(day),
+             word(hour),
+             word(minute),
+             word(milliseconds / 1000),
              word(milliseconds % 1000)};
 }
 
@@ -87,11 +95,13 @@ SMjdTime epochTime(const CHalvexStationObservation& station) {
 
 SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, EpochClock& clock)
     : m_base(std::move(base)), m_clock(clock) {
-    const bool continued = exists(timeInfoName(m_base)) && std::filesystem::file_size(timeInfoName(m_base)) > sizeof kVersion;
+    const bool continued =
+        exists(timeInfoName(m_base)) && std::filesystem::file_size(timeInfoName(m_base)) > sizeof kVersion;
     if (continued) checkVersion(timeInfoName(m_base));
     m_header.emplace(m_base, header);
     if (!m_file.Open(m_base.c_str(), false)) {
-        throw Failure(fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), m_file.GetLastError().message()));
+        throw Failure(
+            fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), m_file.GetLastError().message()));
     }
     check();
     if (!continued) return;
@@ -105,7 +115,8 @@ SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, E
 
 void SetWriter::check() const {
     if (const std::error_code error = m_file.GetLastError()) {
-        throw Failure(fmt::format("{}: cannot be written: {}; what stands before it is whole", m_base, error.message()));
+        throw Failure(
+            fmt::format("{}: cannot be written: {}; what stands before it is whole", m_base, error.message()));
     }
 }
 
@@ -147,7 +158,8 @@ SetReader::SetReader(const std::string& base) : m_base(base) {
     m_notify = std::move(notify);
 
     // The reader looks for its index at the name it opened followed by "i", which is not where a set has it. A folder
-    // with two links gives both files the names that belong together; without one, reading merely starts from the front.
+    // with two links gives both files the names that belong together; without one, reading merely starts from the
+    // front.
     std::string view = (std::filesystem::temp_directory_path(ignored) / "halvex-XXXXXX").string();
     if (mkdtemp(view.data()) != nullptr) {
         m_view = view;

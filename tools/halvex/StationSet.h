@@ -17,7 +17,8 @@
 
 namespace halvex::tool {
 
-/// A clock that stands at an epoch, so that what is archived is stamped with its own time (GPS time in the place of UTC).
+/// A clock that stands at an epoch, so that what is archived is stamped with its own time (GPS time in the place of
+/// UTC).
 class EpochClock final : public os::Clock {
 public:
     void set(const SMjdTime& time);

@@ -48,7 +48,8 @@ SMjdTime parseTime(const std::string& text) {
     double seconds = 0.0;
     if (skip(rest, ":")) {
         constexpr double kWeek = 604800.0;
-        if (!take(rest, seconds) || !rest.empty() || first < 0 || first > 9999 || !(seconds >= 0.0 && seconds < kWeek)) {
+        if (!take(rest, seconds) || !rest.empty() || first < 0 || first > 9999 ||
+            !(seconds >= 0.0 && seconds < kWeek)) {
             throw failure;
         }
         return {first, seconds};
@@ -111,7 +112,8 @@ std::string Table::text(std::string_view indent) const {
     return text;
 }
 
-Progress::Progress(std::string what) : m_what(std::move(what)), m_terminal(isatty(STDERR_FILENO) != 0), m_start(milliseconds()) {}
+Progress::Progress(std::string what)
+    : m_what(std::move(what)), m_terminal(isatty(STDERR_FILENO) != 0), m_start(milliseconds()) {}
 
 Progress::~Progress() {
     if (m_shown) fmt::print(stderr, "\r\033[K");

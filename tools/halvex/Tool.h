@@ -17,8 +17,8 @@ namespace halvex::tool {
 
 using Json = nlohmann::ordered_json;
 
-/// What ends a subcommand early: bad input or a machine that refuses (exit status 1) or wrong usage (2). The text is one
-/// line: file, line or byte offset, what is wrong, what to do.
+/// What ends a subcommand early: bad input or a machine that refuses (exit status 1) or wrong usage (2). The text is
+/// one line: file, line or byte offset, what is wrong, what to do.
 class Failure : public std::runtime_error {
 public:
     static constexpr int kBadInput = 1;
@@ -56,7 +56,8 @@ void addDemoCommand(CLI::App& app);
 /// Rows of text in columns as wide as they need to be; numbers (the columns marked '>') to the right.
 class Table {
 public:
-    Table(std::vector<std::string> head, std::string alignment) : m_rows{std::move(head)}, m_alignment(std::move(alignment)) {}
+    Table(std::vector<std::string> head, std::string alignment)
+        : m_rows{std::move(head)}, m_alignment(std::move(alignment)) {}
     void add(std::vector<std::string> row) { m_rows.push_back(std::move(row)); }
     [[nodiscard]] bool empty() const { return m_rows.size() < 2; }
     [[nodiscard]] std::string text(std::string_view indent = "") const;
