@@ -192,7 +192,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 3) return 0;
     const bool versions = (data[0] & 1) != 0;  // the version words are put in front
     const std::string_view rest(reinterpret_cast<const char*>(data) + 3, size - 3);
-    const std::size_t length = std::min<std::size_t>(rest.size(), data[1] | data[2] << 8);
+    const std::size_t length = std::min<std::size_t>(rest.size(), data[1] + 256U * data[2]);
     const std::string_view version(versions ? "\2\0\0\0" : "", versions ? 4 : 0);
     const std::string timeInfo = std::string(version).append(rest.substr(0, length));
     const std::string index = std::string(version).append(rest.substr(length));

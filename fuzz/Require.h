@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <source_location>
 #include <string_view>
 
 #include "halvex/platform/kernix/Logging.h"
@@ -10,9 +9,9 @@
 namespace halvex::fuzz {
 
 /// What holds whatever the bytes are; otherwise the input is kept as a crash.
-inline void require(bool holds, std::source_location where = std::source_location::current()) {
+inline void require(bool holds, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
     if (holds) return;
-    std::fprintf(stderr, "%s:%u: does not hold\n", where.file_name(), static_cast<unsigned>(where.line()));
+    std::fprintf(stderr, "%s:%d: does not hold\n", file, line);
     std::abort();
 }
 
