@@ -13,10 +13,14 @@ for target in build/fuzz/fuzz/*_fuzz; do
     [ $# -eq 0 ] || [[ " $* " == *" $name "* ]] || continue
     corpus=build/fuzz/corpus/$name
     mkdir -p "$corpus"
-    options=(-max_total_time="$seconds" -timeout=10 -max_len=65536 -verbosity=0 -use_value_profile=1)
+    options=(-max_total_time="$seconds" -timeout=10 -max_len=65536 -use_value_profile=1 -print_final_stats=1)
     # No input justifies more than a few of its own sizes.
     options+=(-rss_limit_mb=2048 -malloc_limit_mb=16)
     [ ! -f "fuzz/$name.dict" ] || options+=(-dict="fuzz/$name.dict")
-    echo "$name for $seconds s"
-    "$target" "${options[@]}" -artifact_prefix="build/fuzz/$name-" "$corpus" "fuzz/seeds/$name"
+    log=build/fuzz/$name.log
+    if ! "$target" "${options[@]}" -artifact_prefix="build/fuzz/$name-" "$corpus" "fuzz/seeds/$name" >"$log" 2>&1; then
+        tail -n 60 "$log" >&2
+        exit 1
+    fi
+    echo "$name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$log") runs in $seconds s"
 done
