@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "formats/rinex/TimeSystems.h"
 
@@ -27,7 +28,8 @@ int columnOf(const std::vector<ObservationCode>& codes, const ObservationCode& c
 
 std::uint64_t LossCounts::total() const {
     std::uint64_t sum =
-        roundedDoppler + roundedCno + roundedEpochs + lossOfLockBits + repeatedSatellites + cycleSlipEpochs;
+        roundedDoppler + roundedCno + roundedEpochs + lossOfLockBits + repeatedSatellites + cycleSlipEpochs +
+                        unstampedEpochs;
     for (const auto& [code, count] : values) sum += count;
     return sum;
 }
@@ -91,12 +93,16 @@ bool EpochBuilder::build(const ObservationEpoch& epoch, std::int32_t siteId, CHa
     if (epoch.flag == EpochFlag::cycleSlips) ++m_losses.cycleSlipEpochs;
     if (epoch.flag != EpochFlag::ok && epoch.flag != EpochFlag::powerFailure) return false;
 
-    m_powerFailure = epoch.flag == EpochFlag::powerFailure;
-    m_losses.powerFailures += m_powerFailure ? 1U : 0U;
-    ++m_epochs;
     const SMjdTime exact = toGpsTime(epoch.time, m_timeSystem, m_leapSeconds);
     m_time = exact;
     m_time.RoundTo(1.0, SMjdTime::kUnitMillisecond);
+    if (m_time.GetGpsWeek() < 0 || m_time.GetGpsWeek() > std::numeric_limits<std::uint16_t>::max()) {
+        ++m_losses.unstampedEpochs;
+        return false;
+    }
+    m_powerFailure = epoch.flag == EpochFlag::powerFailure;
+    m_losses.powerFailures += m_powerFailure ? 1U : 0U;
+    ++m_epochs;
     m_losses.roundedEpochs += m_time != exact ? 1U : 0U;
 
     station.Clear();
@@ -160,8 +166,14 @@ void EpochBuilder::fillSlot(const SlotColumns& columns, unsigned slot, std::span
     pseudorange(columns.precise, signals.pseudorangeP,
                 [&](double metres) { observation.setPseudorangeP(slot, metres); });
 
-    const auto found = std::find_if(columns.phase.begin(), columns.phase.end(),
-                                    [&](const PhaseColumns& signal) { return at(signal.phase) != nullptr; });
+    const bool wasThere = signals.phase != 0 && state.phaseEpoch[slot] + 1 == m_epochs;
+    const auto find = [&](char attribute) {  // 0: any
+        return std::find_if(columns.phase.begin(), columns.phase.end(), [&](const PhaseColumns& signal) {
+            return (attribute == 0 || signal.attribute == attribute) && at(signal.phase) != nullptr;
+        });
+    };
+    auto found = wasThere ? find(signals.phase) : columns.phase.end();
+    if (found == columns.phase.end()) found = find(0);
     const PhaseColumns* chosen = found != columns.phase.end() ? &*found : nullptr;
     bool lockLost = false;
     if (chosen != nullptr) {

@@ -24,6 +24,7 @@ struct LossCounts {
     std::uint64_t lossOfLockBits = 0;        ///< indicator bits that no flag of a record stands for
     std::uint64_t repeatedSatellites = 0;    ///< a satellite's second line in an epoch
     std::uint64_t cycleSlipEpochs = 0;       ///< epochs with flag 6
+    std::uint64_t unstampedEpochs = 0;       ///< epochs outside GPS weeks 0 to 65535: left out
     std::uint64_t powerFailures = 0;         ///< epochs with flag 1: kept as loss of lock of every phase
 
     [[nodiscard]] std::uint64_t total() const;
@@ -31,7 +32,7 @@ struct LossCounts {
 
 /// Turns epochs of a RINEX file into station epochs: values to slots (SignalSlots.h), loss of lock from the indicator,
 /// lock counts, GPS time. Holds the state of a station from epoch to epoch: which signal a slot's phase comes from,
-/// which stays as long as it is there (a change is a loss of lock), and since when it is tracked. A phase that misses
+/// which stays as long as no epoch misses it (a change is a loss of lock), and since when it is tracked. A phase that misses
 /// an epoch counts its lock anew. One thread at a time.
 class EpochBuilder {
 public:
@@ -40,7 +41,7 @@ public:
     void setHeader(const ObservationHeader& header);
 
     /// Fills `station` (its filter stays) from an epoch with flag 0 or 1. False, with `station` as it was, for any
-    /// other; cycle-slip epochs are counted.
+    /// other and for a time that a record cannot hold; both are counted.
     bool build(const ObservationEpoch& epoch, std::int32_t siteId, CHalvexStationObservation& station);
 
     /// Where the values of a satellite have come from so far.

@@ -9,6 +9,8 @@
 #include <iterator>
 
 #include "formats/rinex/ObservationHeaderWriter.h"
+#include "formats/rinex/SatelliteName.h"
+#include "formats/rinex/TimeSystems.h"
 
 namespace halvex::rinex {
 namespace {
@@ -67,6 +69,21 @@ SlotFields slotFields(const CHalvexObservation& observation, unsigned slot, cons
     return fields;
 }
 
+std::uint64_t countValid(const SlotFields& fields) {
+    return static_cast<std::uint64_t>(
+        std::count_if(fields.begin(), fields.end(), [](const Field& field) { return field.valid; }));
+}
+
+CALN::SCalSatID satelliteOf(const CHalvexObservation& observation) {
+    return CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID();
+}
+
+/// Whether a file has a name for the satellite: a record takes any system and number.
+bool hasName(const CALN::SCalSatID& id) {
+    const SatelliteSystem* system = systemOfCode(id.system);
+    return system != nullptr && id.number >= 1 && id.number <= lastSatelliteInFiles(*system);
+}
+
 const Field* fieldOf(const SlotFields& fields, const ObservationCode& code) {
     const auto found = std::find_if(fields.begin(), fields.end(), [&](const Field& field) {
         return field.valid && field.type == code.type && field.attribute == code.attribute;
@@ -104,9 +121,9 @@ bool ObservationWriter::failed(const char* what) {
 
 bool ObservationWriter::open(const std::string& name, const ObservationHeader& header) {
     m_name = name;
-    m_header = header;
+    m_error = {};
+    m_header = inGpsTime(header);
     m_header.version = 3.05;
-    m_header.timeSystem = TimeSystem::gps;
     m_text.clear();
     m_file.reset(name == "-" ? stdout : std::fopen(name.c_str(), "wbe"));
     if (m_file == nullptr) return failed("cannot be created");
@@ -124,7 +141,7 @@ bool ObservationWriter::flush(bool whole) {
 
 bool ObservationWriter::close() {
     if (m_file == nullptr) return true;
-    bool good = flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
+    bool good = m_error.message.empty() && flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
     std::FILE* file = m_file.release();
     if (file != stdout && std::fclose(file) != 0 && good) good = failed("cannot be closed");
     return good;
@@ -138,7 +155,8 @@ bool ObservationWriter::write(const CHalvexStationObservation& station, const Si
     const auto milliseconds = static_cast<int>(std::llround(second * 1000.0));
     auto out = std::back_inserter(m_text);
     fmt::format_to(out, "> {:04} {:02} {:02} {:02} {:02} {:2}.{:03}0000  0{:3}", year, month, day, hour, minute,
-                   milliseconds / 1000, milliseconds % 1000, station.observations().size());
+                   milliseconds / 1000, milliseconds % 1000,
+                   std::ranges::count_if(station.observations(), hasName, satelliteOf));
     double offset = 0.0;
     if (station.getClockOffsetCode(offset)) {
         if (std::fabs(offset) < 10.0) {
@@ -152,22 +170,26 @@ bool ObservationWriter::write(const CHalvexStationObservation& station, const Si
     }
     m_text += '\n';
     for (const CHalvexObservation& observation : station.observations()) {
-        const CALN::SCalSatID id =
-            CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID()).getCalSatID();
-        writeSatellite(observation, id, signals(id));
+        const CALN::SCalSatID id = satelliteOf(observation);
+        if (hasName(id)) {
+            writeSatellite(observation, id, signals(id));
+        } else {
+            for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
+                m_unwritten += countValid(slotFields(observation, slot, {}));
+            }
+        }
     }
     return flush(false);
 }
 
 void ObservationWriter::writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id,
                                        const SatelliteSignals& signals) {
-    const SatelliteSystem* system = systemOfCode(id.system);
-    fmt::format_to(std::back_inserter(m_text), "{}{:02}", system != nullptr ? system->letter : ' ', id.number);
+    m_text += satelliteName(id);
     std::array<SlotFields, kFrequencySlots> slots;
     std::uint64_t values = 0;
     for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
         slots[slot] = slotFields(observation, slot, signals[slot]);
-        for (const Field& field : slots[slot]) values += field.valid ? 1U : 0U;
+        values += countValid(slots[slot]);
     }
     std::uint64_t written = 0;
     const std::size_t start = m_text.size();
@@ -184,6 +206,15 @@ void ObservationWriter::writeSatellite(const CHalvexObservation& observation, co
     while (m_text.size() > start && m_text.back() == ' ') m_text.pop_back();
     m_text += '\n';
     m_unwritten += values - written;
+}
+
+ObservationHeader inGpsTime(ObservationHeader header) {
+    for (auto* time : {&header.firstObservation, &header.lastObservation}) {
+        if (*time) *time = toGpsTime(**time, header.timeSystem, header.leapSeconds);
+    }
+    if (header.leapSeconds && header.timeSystem == TimeSystem::beidou) *header.leapSeconds += kGpsMinusBeiDou;
+    header.timeSystem = TimeSystem::gps;
+    return header;
 }
 
 void addColumns(ObservationHeader& header, const CALN::SCalSatID& satellite, const SatelliteSignals& signals) {

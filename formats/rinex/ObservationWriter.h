@@ -25,11 +25,11 @@ public:
     [[nodiscard]] bool open(const std::string& name, const ObservationHeader& header);
     /// Writes one epoch. False with error() when the file takes no more.
     [[nodiscard]] bool write(const CHalvexStationObservation& station, const Signals& signals);
-    /// Writes what is buffered and closes. False with error() when that fails.
+    /// Writes what is buffered and closes. False with error() when that fails or a write has failed before.
     [[nodiscard]] bool close();
 
     [[nodiscard]] const FormatError& error() const { return m_error; }
-    /// Values that no column or no 14 characters could take.
+    /// Values that no column or no 14 characters could take, or whose satellite has no name in a file.
     [[nodiscard]] std::uint64_t unwritten() const { return m_unwritten; }
 
 private:
@@ -50,6 +50,9 @@ private:
     FormatError m_error;
     std::uint64_t m_unwritten = 0;
 };
+
+/// The header with its times and leap seconds brought to GPS time.
+[[nodiscard]] ObservationHeader inGpsTime(ObservationHeader header);
 
 /// The columns that the signals of all `satellites` need, by system, C L D S of a signal side by side.
 void addColumns(ObservationHeader& header, const CALN::SCalSatID& satellite, const SatelliteSignals& signals);

@@ -15,7 +15,6 @@ int gpsMinusUtc(const SMjdTime& utc) {
 }
 
 SMjdTime toGpsTime(const SMjdTime& epoch, TimeSystem system, const std::optional<int>& leapSeconds) {
-    constexpr double kGpsMinusBeiDou = 14.0;  // [s], BDS-SIS-ICD-2.1, 3.3
     SMjdTime gps = epoch;
     if (system == TimeSystem::beidou) gps.AddSeconds(kGpsMinusBeiDou);
     if (system == TimeSystem::glonass) gps.AddSeconds(leapSeconds.value_or(gpsMinusUtc(epoch)));

@@ -35,17 +35,24 @@ public:
         if (error) throw Failure(m_options.out + ": the folder cannot be made: " + error.message());
         const os::ScopedClock scope(m_clock);
         for (const std::string& input : m_options.inputs) {
+            std::optional<Failure> failure;
             try {
                 archive(input);
-            } catch (const Failure& failure) {
-                closeSet();  // what has been read so far stays
-                if (!m_options.keepGoing) {
-                    report();
-                    throw;
-                }
-                noteBad(failure.what());
+            } catch (const Failure& thrown) {
+                failure = thrown;
             }
-            closeSet();
+            try {
+                closeSet();  // what has been read so far stays
+            } catch (const Failure&) {
+                report();
+                throw;
+            }
+            if (!failure) continue;
+            if (!m_options.keepGoing) {
+                report();
+                throw *failure;
+            }
+            noteBad(failure->what());
         }
         report();
     }
@@ -117,10 +124,10 @@ private:
     void closeSet() {
         if (!m_writer) return;
         const std::unique_ptr<SetWriter> writer = std::move(m_writer);
+        writer->close();
         SetReport& set = m_sets[writer->base()];
         set.epochs += writer->epochs();
         set.bytes += writer->bytes();
-        writer->close();
     }
 
     void noteBad(const std::string& text) {
@@ -154,6 +161,7 @@ private:
                 {"loss-of-lock bits without a flag", losses.lossOfLockBits},
                 {"satellites twice in an epoch", losses.repeatedSatellites},
                 {"cycle-slip epochs", losses.cycleSlipEpochs},
+                {"epochs outside the weeks of GPS time", losses.unstampedEpochs},
                 {"power failures, kept as loss of lock", losses.powerFailures},
                 {"events", input.events}};
     }

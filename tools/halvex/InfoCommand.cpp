@@ -9,6 +9,7 @@
 #include <set>
 
 #include "formats/rinex/ObservationReader.h"
+#include "formats/rinex/SatelliteName.h"
 #include "formats/rinex/TimeSystems.h"
 #include "tools/halvex/SetNames.h"
 #include "tools/halvex/StationSet.h"
@@ -145,7 +146,7 @@ private:
     [[nodiscard]] std::vector<std::string> satelliteNames(CALN::eCALSATSYSTEM system) const {
         std::vector<std::string> names;
         for (const auto& [satellite, count] : m_satellites) {
-            if (satellite.system == system) names.push_back(satelliteName(satellite));
+            if (satellite.system == system) names.push_back(rinex::satelliteName(satellite));
         }
         return names;
     }
@@ -266,8 +267,13 @@ void addInfoCommand(CLI::App& app) {
             std::error_code ignored;
             const bool isSet = std::filesystem::exists(base + "t", ignored);
             summary.file = isSet ? base : file;
-            const std::string fault = isSet ? readSet(base, summary) : readRinex(file, summary);
-            if (wrong.empty()) wrong = fault;
+            try {
+                const std::string fault = isSet ? readSet(base, summary) : readRinex(file, summary);
+                if (wrong.empty()) wrong = fault;
+            } catch (const Failure& failure) {
+                if (wrong.empty()) wrong = failure.what();
+                continue;
+            }
             if (options->json) {
                 all.push_back(summary.json());
             } else {
@@ -275,7 +281,6 @@ void addInfoCommand(CLI::App& app) {
             }
         }
         if (options->json) std::cout << all.dump() << "\n";
-        std::cout.flush();
         if (!wrong.empty()) throw Failure(wrong);
     });
 }

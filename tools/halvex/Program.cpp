@@ -26,6 +26,7 @@ int runProgram(const std::vector<std::string>& arguments) {
         } catch (const CLI::ParseError& error) {
             return app.exit(error, std::cout, std::cerr) == 0 ? 0 : Failure::kWrongUsage;
         }
+        if (!std::cout.flush()) throw Failure("standard output: cannot be written");
         return 0;
     } catch (const Failure& failure) {
         std::cout.flush();

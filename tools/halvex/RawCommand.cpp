@@ -21,8 +21,10 @@ void addRawCommand(CLI::App& app) {
         const std::string base = setBase(options->set);
         const SetReader check(base);  // tells a wrong version or a missing file in words
         std::error_code ignored;
-        if (std::filesystem::equivalent(options->out, base + "t", ignored)) {
-            throw Failure(options->out + ": is the set itself", Failure::kWrongUsage);
+        for (const char* file : {"t", "i", "h"}) {
+            if (std::filesystem::equivalent(options->out, base + file, ignored)) {
+                throw Failure(options->out + ": is the set itself", Failure::kWrongUsage);
+            }
         }
         if (!CIndexedReadFile::TransformTimeInfoFileToRaw((base + "t").c_str(), options->out.c_str())) {
             throw Failure(base + "t: not all of it went into " + options->out +

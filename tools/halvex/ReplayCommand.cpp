@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "formats/rinex/ObservationWriter.h"
+#include "formats/rinex/SatelliteName.h"
 #include "tools/halvex/SetNames.h"
 #include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
@@ -56,7 +57,7 @@ Json epochJson(const CHalvexStationObservation& station) {
         Json slots = Json::array();
         for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) slots.push_back(slotJson(observation, slot));
         const MDB::CPrnIdZ9 id = CHalvexStationObservation::getNewPrnTypeFromDeprecated(observation.getPrnID());
-        satellites[satelliteName(id.getCalSatID())] = std::move(slots);
+        satellites[rinex::satelliteName(id.getCalSatID())] = std::move(slots);
     }
     json["satellites"] = std::move(satellites);
     return json;
@@ -131,8 +132,10 @@ public:
             }
         }
         if (m_writer && !m_writer->close()) throw Failure(m_writer->error());
-        std::cout.flush();
-        if (!std::cout) throw Failure("standard output: cannot be written");
+        if (m_writer && m_writer->unwritten() != 0) {
+            std::cerr << "halvex: " << m_writer->unwritten() << " values have no place in " << m_options.rinex
+                      << std::endl;
+        }
         if (!torn.empty()) throw Failure(torn);
         if (m_epochs == 0 && !m_options.rinex.empty())
             throw Failure("no epoch in that span: " + m_options.rinex + " is not made");
@@ -177,7 +180,7 @@ private:
                 list.insert(list.end(), changes.begin(), changes.end());
             }
         }
-        rinex::ObservationHeader header = all.usedColumns();
+        rinex::ObservationHeader header = rinex::inGpsTime(all.usedColumns());
         header.firstObservation = first;
         header.lastObservation.reset();
         header.program = "halvex";

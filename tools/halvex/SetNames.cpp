@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "halvex/files/ProductsFileName.h"
+#include "tools/halvex/Tool.h"
 
 namespace halvex::tool {
 namespace {
@@ -68,7 +69,15 @@ SMjdTime spanStart(const SMjdTime& time, Span span) {
 }
 
 StationName stationName(const std::string& given, const std::string& fileName, const std::string& marker) {
-    if (!given.empty()) return isLongSite(given) ? fromLongSite(upper(given)) : StationName{upper(given)};
+    if (isLongSite(given)) return fromLongSite(upper(given));
+    if (!given.empty()) {
+        constexpr std::size_t kLongest = 4;
+        if (given.size() > kLongest || !std::all_of(given.begin(), given.end(), isAlphanumeric)) {
+            throw Failure("'" + given + "' is no site code: write up to 4 letters and digits, or 9 as ESBC00DNK",
+                          Failure::kWrongUsage);
+        }
+        return {upper(given)};
+    }
     const std::string fromFile = siteOfFileName(fileName);
     if (isLongSite(fromFile)) return fromLongSite(upper(fromFile));
     std::string fromMarker;

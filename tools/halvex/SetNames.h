@@ -22,7 +22,8 @@ struct StationName {
     std::string country = "XXX";
 };
 
-/// From what the user said, else the name of the file where that is a RINEX name, else the marker's name, else "UNKN".
+/// From what the user said, else the name of the file where that is a RINEX name, else the marker's name; without any
+/// the site is empty, which a name has as "UNKN". Failure (2) when what the user said is no site code.
 [[nodiscard]] StationName stationName(const std::string& given, const std::string& fileName, const std::string& marker);
 
 /// Base name of a set, a long RINEX name without format: "ESBC00DNK_R_20201770000_01D_30S_MO".

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <iostream>
 #include <memory>
 
@@ -47,6 +48,10 @@ void addSimulateCommand(CLI::App& app) {
     command->add_option("--seed", options->settings.seed, "noise, ambiguities and slips follow from it")
         ->capture_default_str();
     command->callback([options] {
+        if (std::isnan(options->hours) || std::isnan(options->settings.interval)) {
+            throw Failure("--hours and --interval are numbers",
+                          Failure::kWrongUsage);  // a range check lets others pass
+        }
         options->settings.start = parseTime(options->start);
         options->settings.duration = options->hours * 3600.0;
         simulateToFile(options->settings, options->out);

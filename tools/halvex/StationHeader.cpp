@@ -12,6 +12,7 @@
 #include "formats/rinex/HeaderParser.h"
 #include "formats/rinex/ObservationHeaderWriter.h"
 #include "formats/rinex/ObservationWriter.h"
+#include "formats/rinex/SatelliteName.h"
 #include "tools/halvex/Tool.h"
 
 namespace halvex::tool {
@@ -53,9 +54,8 @@ bool parseChange(std::string_view line, CALN::SCalSatID& satellite, StationHeade
         !parse(parts[2], milliseconds)) {
         return false;
     }
-    const std::optional<CALN::SCalSatID> parsed = parseSatellite(parts[3]);
-    if (!parsed) return false;
-    satellite = *parsed;
+    constexpr std::size_t kNameLength = 3;
+    if (parts[3].size() != kNameLength || rinex::parseSatellite(parts[3], ' ', satellite)) return false;
     change.from = SMjdTime(week, milliseconds / 1000.0);
     for (std::size_t slot = 0; slot < kFrequencySlots; ++slot) {
         const std::string_view text = parts[kFirstSlot + slot];
@@ -127,19 +127,26 @@ StationHeaderWriter::StationHeaderWriter(const std::string& base, const rinex::O
     : m_name(fileName(base)) {
     const StationHeader before = readStationHeader(base);
     for (const auto& [satellite, changes] : before.signals) m_last[satellite] = changes.back().signals;
+    std::error_code ignored;
+    if (!std::filesystem::exists(m_name, ignored)) begin(rinex::headerText(header));
     m_file.reset(std::fopen(m_name.c_str(), "abe"));
-    if (m_file == nullptr) fail(m_name, "cannot be written");
-    if (std::fseek(m_file.get(), 0, SEEK_END) != 0) fail(m_name, "cannot be written");
-    if (std::ftell(m_file.get()) == 0) {
-        const std::string text = rinex::headerText(header);
-        if (std::fwrite(text.data(), 1, text.size(), m_file.get()) != text.size()) fail(m_name, "cannot be written");
-        m_pending = true;
-    } else {
-        // Begins a new line in case that a killed writer left the last one unfinished.
-        if (std::fputc('\n', m_file.get()) == EOF) fail(m_name, "cannot be written");
-        m_pending = true;
-    }
+    // Begins a new line in case that a killed writer left the last one unfinished.
+    if (m_file == nullptr || std::fputc('\n', m_file.get()) == EOF) fail(m_name, "cannot be written");
+    m_pending = true;
     flush();
+}
+
+/// The header stands there whole or not at all: half of one would keep the set from being opened ever after.
+void StationHeaderWriter::begin(const std::string& text) {
+    const std::string unfinished = m_name + ".new";
+    m_file.reset(std::fopen(unfinished.c_str(), "wbe"));
+    if (m_file == nullptr || std::fwrite(text.data(), 1, text.size(), m_file.get()) != text.size() ||
+        std::fflush(m_file.get()) != 0 || std::rename(unfinished.c_str(), m_name.c_str()) != 0) {
+        const int error = errno;
+        std::remove(unfinished.c_str());
+        errno = error;
+        fail(m_name, "cannot be written");
+    }
 }
 
 void StationHeaderWriter::note(const SMjdTime& time, const CALN::SCalSatID& satellite,
@@ -149,7 +156,7 @@ void StationHeaderWriter::note(const SMjdTime& time, const CALN::SCalSatID& sate
     found->second = signals;
     const std::string line = fmt::format(
         "@ {} {} {} {} {} {}\n", time.GetGpsWeek(), static_cast<std::uint32_t>(time.GetGpsWeekMilliseconds()),
-        satelliteName(satellite), slotText(signals[0]), slotText(signals[1]), slotText(signals[2]));
+        rinex::satelliteName(satellite), slotText(signals[0]), slotText(signals[1]), slotText(signals[2]));
     if (std::fwrite(line.data(), 1, line.size(), m_file.get()) != line.size()) fail(m_name, "cannot be written");
     m_pending = true;
 }

@@ -46,6 +46,7 @@ public:
     void flush();
 
 private:
+    void begin(const std::string& text);
     struct CloseFile {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };

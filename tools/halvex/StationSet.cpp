@@ -95,15 +95,15 @@ SMjdTime epochTime(const CHalvexStationObservation& station) {
 
 SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, EpochClock& clock)
     : m_base(std::move(base)), m_clock(clock) {
-    const bool continued =
-        exists(timeInfoName(m_base)) && std::filesystem::file_size(timeInfoName(m_base)) > sizeof kVersion;
+    std::error_code absent;
+    const bool continued = std::filesystem::file_size(timeInfoName(m_base), absent) >= sizeof kVersion && !absent;
     if (continued) checkVersion(timeInfoName(m_base));
-    m_header.emplace(m_base, header);
     if (!m_file.Open(m_base.c_str(), false)) {
         throw Failure(
             fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), m_file.GetLastError().message()));
     }
     check();
+    m_header.emplace(m_base, header);
     if (!continued) return;
     SetReader before(m_base);
     CHalvexStationObservation station;
@@ -115,6 +115,9 @@ SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, E
 
 void SetWriter::check() const {
     if (const std::error_code error = m_file.GetLastError()) {
+        if (error == std::errc::device_or_resource_busy) {
+            throw Failure(m_base + ": another program writes this set; archive again when it is done");
+        }
         throw Failure(
             fmt::format("{}: cannot be written: {}; what stands before it is whole", m_base, error.message()));
     }
@@ -183,7 +186,9 @@ std::uint64_t SetReader::read(const SMjdTime& from, const OnBlock& onBlock) {
     notify.stopped = false;
     std::uint32_t week = 0;
     std::uint32_t milliseconds = 0;
-    if (from.IsSet() && from.GetGpsWeek() > 0) {
+    // The index compares milliseconds of week alone: a time before the set would be found in the set's own week.
+    const std::optional<SMjdTime> first = firstTime();
+    if (from.IsSet() && first && from > *first) {
         week = static_cast<std::uint32_t>(from.GetGpsWeek());
         milliseconds = static_cast<std::uint32_t>(from.GetGpsWeekMilliseconds());
     }

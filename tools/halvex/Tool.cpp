@@ -8,6 +8,8 @@
 #include <chrono>
 #include <cmath>
 
+#include "formats/rinex/EpochLine.h"
+
 namespace halvex::tool {
 namespace {
 
@@ -60,10 +62,11 @@ SMjdTime parseTime(const std::string& text) {
         if (!take(rest, hour) || !skip(rest, ":") || !take(rest, minute)) throw failure;
         if (skip(rest, ":") && !take(rest, seconds)) throw failure;
     }
-    const bool plausible = first >= 1900 && first <= 2200 && month >= 1 && month <= 12 && day >= 1 && day <= 31 &&
-                           hour >= 0 && hour <= 23 && minute >= 0 && minute <= 59 && seconds >= 0.0 && seconds < 61.0;
-    if (!rest.empty() || !plausible) throw failure;
-    return {first, month, day, hour, minute, seconds};
+    const std::optional<SMjdTime> time = rinex::checkedTime(first, month, day, hour, minute, seconds);
+    constexpr int kFirstYear = 1980;
+    constexpr int kLastYear = 2200;
+    if (!rest.empty() || !time || first < kFirstYear || first > kLastYear) throw failure;
+    return *time;
 }
 
 std::string formatTime(const SMjdTime& time) {
@@ -76,20 +79,6 @@ std::string formatTime(const SMjdTime& time) {
     std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", year, month, day, hour, minute, ms / 1000);
     if (ms % 1000 != 0) text += fmt::format(".{:03}", ms % 1000);
     return text;
-}
-
-std::string satelliteName(const CALN::SCalSatID& satellite) {
-    const SatelliteSystem* system = systemOfCode(satellite.system);
-    return fmt::format("{}{:02}", system != nullptr ? system->letter : '?', satellite.number);
-}
-
-std::optional<CALN::SCalSatID> parseSatellite(std::string_view name) {
-    const SatelliteSystem* system = name.empty() ? nullptr : systemOfLetter(name.front());
-    if (system == nullptr) return std::nullopt;
-    name.remove_prefix(1);
-    unsigned char number = 0;
-    if (!take(name, number) || !name.empty() || number == 0 || number > system->maxNumber) return std::nullopt;
-    return CALN::SCalSatID(system->code, number);
 }
 
 std::string Table::text(std::string_view indent) const {

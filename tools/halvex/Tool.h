@@ -3,14 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "formats/io/FormatError.h"
-#include "halvex/platform/caln/SatelliteSystem.h"
 #include "halvex/platform/mjd/MjdTime.h"
 
 namespace halvex::tool {
@@ -49,9 +47,6 @@ void addDemoCommand(CLI::App& app);
 [[nodiscard]] SMjdTime parseTime(const std::string& text);
 /// "2020-06-25T12:00:30.500", milliseconds only where there are any.
 [[nodiscard]] std::string formatTime(const SMjdTime& time);
-/// "G05".
-[[nodiscard]] std::string satelliteName(const CALN::SCalSatID& satellite);
-[[nodiscard]] std::optional<CALN::SCalSatID> parseSatellite(std::string_view name);
 
 /// Rows of text in columns as wide as they need to be; numbers (the columns marked '>') to the right.
 class Table {

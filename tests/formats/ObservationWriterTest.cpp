@@ -1,0 +1,169 @@
+#include "formats/rinex/ObservationWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "formats/rinex/ObservationHeaderWriter.h"
+#include "formats/rinex/ObservationReader.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace halvex::rinex {
+namespace {
+
+using test::readFile;
+using test::TemporaryFolder;
+
+constexpr CALN::SCalSatID kG05{CALN::eCALSATSYSTEM_GPS, 5};
+
+SatelliteSignals preferred(const CALN::SCalSatID& satellite) { return preferredSignals(satellite.system); }
+
+ObservationHeader header(std::initializer_list<CALN::SCalSatID> satellites) {
+    ObservationHeader header;
+    header.markerName = "SIMU";
+    for (const CALN::SCalSatID& satellite : satellites) addColumns(header, satellite, preferred(satellite));
+    return header;
+}
+
+CHalvexStationObservation station(std::uint32_t milliseconds, const std::vector<CHalvexObservation>& observations) {
+    CHalvexStationObservation station;
+    station.setGPSWeek(2138);
+    station.setGPSFraction(milliseconds);
+    for (const CHalvexObservation& observation : observations) station.AddObservation(observation, false);
+    return station;
+}
+
+/// What stands behind the header after writing the stations.
+std::string body(const ObservationHeader& header, const std::vector<CHalvexStationObservation>& stations,
+                 std::uint64_t* unwritten = nullptr) {
+    const TemporaryFolder folder;
+    ObservationWriter writer;
+    EXPECT_TRUE(writer.open(folder.path("f"), header));
+    for (const CHalvexStationObservation& each : stations) EXPECT_TRUE(writer.write(each, preferred));
+    EXPECT_TRUE(writer.close());
+    if (unwritten != nullptr) *unwritten = writer.unwritten();
+    const std::string text = readFile(folder.path("f"));
+    const std::string end = "END OF HEADER\n";
+    const std::size_t at = text.find(end);
+    return at == std::string::npos ? text : text.substr(at + end.size());
+}
+
+CHalvexObservation full() {
+    CHalvexObservation gps(CPrnID(5, CPrnID::PRN_GPS));
+    gps.setPseudorangeC(0, 20123456.789);
+    gps.setPseudorangeP(0, 20123457.001);
+    gps.setPhase(0, -105745123.5, true);
+    gps.setDoppler(0, -0.25F);
+    gps.setCNO(0, 53.9F);
+    gps.setLossOfLock(0, true);
+    gps.setParityKnown(0, false);
+    gps.setPhase(1, 0.001, true);
+    gps.setParityKnown(1, true);
+    gps.setPseudorangeC(2, 1.0);
+    gps.setCNO(2, 5.0F);
+    return gps;
+}
+
+TEST(ObservationWriter, ColumnsArePinned) {
+    CHalvexObservation glonass(CPrnID(26, CPrnID::PRN_GLONASS));
+    glonass.setPhase(1, 7.0, true);
+    glonass.setParityKnown(1, false);
+    CHalvexStationObservation first = station(5 * 86400000 + 59999, {full(), glonass});
+    first.setClockOffsetCode(-0.000123456789);
+    EXPECT_EQ(body(header({kG05, {CALN::eCALSATSYSTEM_GLONASS, 1}}), {first, station(6 * 86400000 + 86399000, {})}),
+              "> 2021 01 01 00 00 59.9990000  0  2      -0.000123456789\n"
+              "G05  20123456.789 8  20123457.001 8-105745123.50038        -0.250          53.900  "
+              "                                         0.001                                  "
+              "         1.000 1                                         5.000\n"
+              "R26                                                                                "
+              "                                         7.0002\n"
+              "> 2021 01 02 23 59 59.0000000  0  0\n");
+}
+
+TEST(ObservationWriter, ValuesAtTheLimitsOfTheColumns) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    struct Row {
+        double value;
+        const char* text;  // null: blank, and counted
+    };
+    const Row rows[] = {{9999999999.999, "9999999999.999"},  {10000000000.0, nullptr},
+                        {-999999999.999, "-999999999.999"},  {-1000000000.0, nullptr},
+                        {-999999999.9999, nullptr},          {-0.5, "        -0.500"},
+                        {0.0004999, "         0.000"},       {1.0005001, "         1.001"},
+                        {kInfinity, nullptr},                {-kInfinity, nullptr},
+                        {std::numeric_limits<double>::quiet_NaN(), nullptr}};
+    for (const Row& row : rows) {
+        CHalvexObservation gps(CPrnID(5, CPrnID::PRN_GPS));
+        gps.setPseudorangeC(0, row.value);
+        std::uint64_t unwritten = 0;
+        const std::string text = body(header({kG05}), {station(0, {gps})}, &unwritten);
+        EXPECT_EQ(text.substr(text.find('\n') + 1), "G05" + std::string(row.text != nullptr ? row.text : "") + "\n");
+        EXPECT_EQ(unwritten, row.text != nullptr ? 0U : 1U) << row.value;
+    }
+}
+
+/// A record takes any system and number; a file does not.
+TEST(ObservationWriter, SatellitesWithoutANameAreLeftOutAndCounted) {
+    CHalvexObservation good(CPrnID(5, CPrnID::PRN_GPS));
+    good.setPhase(0, 1.0, true);
+    good.setParityKnown(0, true);
+    CHalvexObservation number = full();
+    number.setPrnID(CPrnID(200, CPrnID::PRN_GPS));
+    CHalvexObservation system = good;
+    system.setPrnID(CPrnID());
+    std::uint64_t unwritten = 0;
+    EXPECT_EQ(body(header({kG05}), {station(0, {number, good, system})}, &unwritten),
+              "> 2020 12 27 00 00  0.0000000  0  1\nG05                                         1.000\n");
+    EXPECT_EQ(unwritten, 9U);
+}
+
+TEST(ObservationWriter, ValuesWithoutAColumnAreCounted) {
+    ObservationHeader columns;
+    columns.codes[CALN::eCALSATSYSTEM_GPS] = {{'L', '2', 'W'}, {'L', '1', 'W'}, {'C', '8', 'X'}};
+    std::uint64_t unwritten = 0;
+    EXPECT_EQ(body(columns, {station(0, {full()})}, &unwritten),
+              "> 2020 12 27 00 00  0.0000000  0  1\nG05         0.001\n");
+    EXPECT_EQ(unwritten, 7U);
+}
+
+TEST(ObservationWriter, HeaderIsInGpsTime) {
+    ObservationHeader beidou = header({kG05});
+    beidou.version = 2.11;
+    beidou.timeSystem = TimeSystem::beidou;
+    beidou.leapSeconds = 4;
+    beidou.firstObservation = SMjdTime(2021, 1, 1, 0, 0, 0.0);
+    const TemporaryFolder folder;
+    ObservationWriter writer;
+    ASSERT_TRUE(writer.open(folder.path("f"), beidou));
+    ASSERT_TRUE(writer.close());
+    ObservationReader reader;
+    ASSERT_TRUE(reader.open(folder.path("f"))) << reader.error().text();
+    EXPECT_EQ(reader.header().version, 3.05);
+    EXPECT_EQ(reader.header().timeSystem, TimeSystem::gps);
+    EXPECT_EQ(reader.header().leapSeconds, 18) << "counted from BeiDou time before";
+    EXPECT_EQ(reader.header().firstObservation, SMjdTime(2021, 1, 1, 0, 0, 14.0));
+}
+
+TEST(ObservationWriter, AFileThatTakesNoMoreIsTold) {
+    const TemporaryFolder folder;
+    ObservationWriter writer;
+    EXPECT_FALSE(writer.open(folder.path("no/folder"), header({kG05})));
+    EXPECT_EQ(writer.error().text(), folder.path("no/folder") + ": cannot be created: No such file or directory");
+
+    ASSERT_TRUE(writer.open("/dev/full", header({kG05})));
+    EXPECT_TRUE(writer.write(station(0, {full()}), preferred)) << "still in the buffer";
+    EXPECT_FALSE(writer.close());
+    EXPECT_EQ(writer.error().text(), "/dev/full: cannot be written: No space left on device");
+
+    const test::FileSizeLimit limit(100000);
+    ASSERT_TRUE(writer.open(folder.path("f"), header({kG05})));
+    int written = 0;
+    while (written < 5000 && writer.write(station(0, {full()}), preferred)) ++written;
+    EXPECT_LT(written, 1000);
+    EXPECT_EQ(writer.error().text(), folder.path("f") + ": cannot be written: File too large");
+    EXPECT_FALSE(writer.close());
+}
+
+}  // namespace
+}  // namespace halvex::rinex

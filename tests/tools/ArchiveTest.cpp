@@ -1,0 +1,295 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+#include "halvex/files/IndexedWrite.h"
+#include "tests/formats/Gzip.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/tools/Station.h"
+
+namespace halvex::test {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using Names = std::vector<std::string>;
+
+ToolRun archive(const TemporaryFolder& folder, const std::string& file, const std::vector<std::string>& more = {}) {
+    std::vector<std::string> arguments = {"archive", file, "--out", folder.path("a")};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return runTool(arguments);
+}
+std::string literalSet(const TemporaryFolder& folder) { return folder.path("a/ABCD00XXX_R_20210010000_01D_30S_MO"); }
+
+TEST(Archive, SpansNamesAndStamps) {
+    struct Row {
+        const char* span;
+        std::vector<std::pair<const char*, std::size_t>> sets;
+    };
+    const Row rows[] = {{"daily", {{"20203660000_01D", 6}, {"20210010000_01D", 6}}},
+                        {"hourly", {{"20203662300_01H", 6}, {"20210010000_01H", 6}}},
+                        {"subhourly",
+                         {{"20203662330_15M", 3}, {"20203662345_15M", 3}, {"20210010000_15M", 3}, {"20210010015_15M", 3}}}};
+    for (const Row& row : rows) {
+        const TemporaryFolder folder;
+        const std::string source = simulate(folder, "2020-12-31T23:30", "1", "300");
+        ASSERT_EQ(archive(folder, source, {"--span", row.span}).status, 0);
+        for (const auto& [name, epochs] : row.sets) {
+            const std::string base = folder.path("a/SIMU00XXX_R_" + std::string(name) + "_05M_MO");
+            const std::vector<Record> records = recordsOf(base);
+            EXPECT_EQ(records.size(), epochs) << base;
+            for (const Record& each : records) EXPECT_EQ(each.stamp, each.time);
+            EXPECT_EQ(fs::file_size(base + "i"), 4U + 14U * ((epochs + 1) / 2)) << "an entry every ten minutes";
+        }
+        EXPECT_EQ(filesIn(folder.path("a")).size(), 4 * row.sets.size()) << row.span;
+    }
+}
+
+TEST(Archive, NamesOfSeveralStations) {
+    const TemporaryFolder folder;
+    const auto file = [&](const char* name, const char* marker, const char* interval) {
+        writeFile(folder.path(name), version("3.05", "G") + record(marker, "MARKER NAME") + record(interval, "INTERVAL") +
+                                         record("G    1 C1C", "SYS / # / OBS TYPES") + endOfHeader() + epoch("00 00  0", ""));
+        return folder.path(name);
+    };
+    const ToolRun run = runTool({"archive", file("ESBC12DNK_R_20201770000_01D_30S_MO.rnx", "OTHER", "    30.000"),
+                                 file("abcd0010.21o", "OTHER", "     1.000"), file("f", "WXYZ01NLD", "     0.100"),
+                                 file("g", "Ten-Ten", "   300.000"), file("h", "", ""), "--out", folder.path("a")});
+    ASSERT_EQ(run.status, 0) << run.err;
+    Names bases;
+    for (const std::string& name : filesIn(folder.path("a"))) {
+        if (name.back() == 't') bases.push_back(name.substr(0, name.size() - 1));
+    }
+    EXPECT_EQ(bases, (Names{"ABCD00XXX_R_20210010000_01D_01S_GO", "ESBC12DNK_R_20210010000_01D_30S_GO",
+                            "TENT00XXX_R_20210010000_01D_05M_GO", "UNKN00XXX_R_20210010000_01D_00U_GO",
+                            "WXYZ01NLD_R_20210010000_01D_10Z_GO"}));
+    ASSERT_EQ(archive(folder, folder.path("f"), {"--site", "site07DEU"}).status, 0);
+    EXPECT_TRUE(fs::exists(folder.path("a/SITE07DEU_R_20210010000_01D_10Z_GOt")));
+}
+
+TEST(Archive, TwiceAddsNothingAndASecondFileContinues) {
+    const TemporaryFolder folder;
+    writeFile(folder.path("1"), header() + epoch("00 00  0") + epoch("00 00 30"));
+    writeFile(folder.path("2"), header() + epoch("00 00 30") + epoch("00 01  0") + epoch("00 01 30"));
+    ASSERT_EQ(archive(folder, folder.path("1")).status, 0);
+    const std::string once = readFile(literalSet(folder) + "t");
+    const json again = json::parse(archive(folder, folder.path("1"), {"--json"}).out);
+    EXPECT_EQ(again["notLater"], 2);
+    EXPECT_EQ(readFile(literalSet(folder) + "t"), once);
+
+    const json report = json::parse(archive(folder, folder.path("2"), {"--json"}).out);
+    EXPECT_EQ(report["notLater"], 1);
+    EXPECT_EQ(report["sets"][0]["set"], literalSet(folder));
+    EXPECT_EQ(report["sets"][0]["epochs"], 2);
+    const std::string whole = readFile(literalSet(folder) + "t");
+    EXPECT_EQ(whole.substr(0, once.size()), once);
+    EXPECT_EQ(recordsOf(literalSet(folder)).size(), 4U);
+    EXPECT_EQ(report["bad"], 0);
+}
+
+/// Each fault with its message; what stands before it is archived, and with --keep-going what stands behind it too.
+TEST(Archive, BadInput) {
+    struct Row {
+        const char* what;
+        std::string content;
+        const char* message;
+        std::size_t epochs;
+        std::size_t keptGoing;
+    };
+    const std::string good = header() + epoch("00 00  0") + epoch("00 00 30");
+    std::string packed = gzip(good + epoch("00 01  0"));
+    packed.resize(packed.size() - 10);
+    const Row rows[] = {
+        {"last epoch cut off", good + epoch("00 01  0").substr(0, 36), ":10: the file ends inside an epoch: 0 of 1 satellites", 2, 2},
+        {"unknown system", good + epoch("00 01  0").replace(36, 1, "X") + epoch("00 01 30"),
+         ":11: satellite \"X05\" is of no known system", 2, 3},
+        {"number that is none", good + epoch("00 01  0", "  20000000.x23") + epoch("00 01 30"),
+         ":11: G05: columns 4 to 17: \"  20000000.x23\" is no number", 2, 3},
+        {"time that is none", good + epoch("00 61  0") + epoch("00 01 30"),
+         ":10: the epoch's time \"2021 01 01 00 61  0.0000000\" is none", 2, 3},
+        {"gzip cut off", packed, ": the compressed file is cut off", 2, 2},
+        {"navigation file", record("     3.05           NAVIGATION DATA     M", "RINEX VERSION / TYPE"), ":1: ", 0, 0},
+        {"empty", "", ": the file is empty", 0, 0},
+        {"no text", std::string("\0\1\2", 3), ": a NUL byte; this is no text file", 0, 0},
+        {"header cut off", header().substr(0, 200), ": END OF HEADER is missing", 0, 0},
+    };
+    for (const Row& row : rows) {
+        const TemporaryFolder folder;
+        const std::string file = folder.path("f");
+        writeFile(file, row.content);
+        const ToolRun run = archive(folder, file);
+        EXPECT_EQ(run.status, 1) << row.what;
+        EXPECT_EQ(run.err.find("halvex: " + file + ":"), 0U) << run.err;
+        EXPECT_NE(run.err.find(row.message), std::string::npos) << run.err;
+        EXPECT_EQ(lines(run.err), 1U) << run.err;
+        EXPECT_EQ(recordsOf(literalSet(folder)).size(), row.epochs) << row.what;
+
+        writeFile(folder.path("g"), header() + epoch("02 00  0"));
+        const ToolRun going = runTool({"archive", file, folder.path("g"), "--out", folder.path("b"), "--keep-going", "--json"});
+        EXPECT_EQ(going.status, 0) << row.what;
+        EXPECT_EQ(going.err, run.err) << row.what;
+        EXPECT_EQ(json::parse(going.out)["bad"], 1) << row.what;
+        EXPECT_EQ(recordsOf(folder.path("b/ABCD00XXX_R_20210010000_01D_30S_MO")).size(), row.keptGoing + 1) << row.what;
+    }
+}
+
+TEST(Archive, PlacesThatCannotBeReadOrWritten) {
+    const TemporaryFolder folder;
+    const std::string file = folder.path("f");
+    writeFile(file, header() + epoch("00 00  0"));
+    const auto message = [](const std::string& input, const std::string& out) {
+        const ToolRun run = runTool({"archive", input, "--out", out});
+        EXPECT_EQ(run.status, 1);
+        return run.err;
+    };
+    const std::string out = folder.path("a");
+    EXPECT_EQ(message(folder.path("none"), out), "halvex: " + folder.path("none") + ": cannot be opened: No such file or directory\n");
+    EXPECT_EQ(message(file + "/below", out), "halvex: " + file + "/below: cannot be opened: Not a directory\n");
+    EXPECT_EQ(message(folder.path(""), out), "halvex: " + folder.path("") + ": is a folder\n");
+    EXPECT_EQ(message(file, file + "/below"), "halvex: " + file + "/below: the folder cannot be made: Not a directory\n");
+    EXPECT_EQ(message(file, file), "halvex: " + file + ": the folder cannot be made: Not a directory\n");
+    fs::create_directory(literalSet(folder) + "t");
+    EXPECT_EQ(message(file, out), "halvex: " + literalSet(folder) + "t: the set cannot be opened: Is a directory\n");
+}
+
+TEST(Archive, SetOfAnotherVersionIsLeftAlone) {
+    const TemporaryFolder folder;
+    writeFile(folder.path("f"), header() + epoch("00 00  0"));
+    for (const std::string& content : {std::string("\3\0\0\0", 4), std::string("\3\0\0\0something", 13)}) {
+        fs::create_directories(folder.path("a"));
+        for (const char* file : {"", "t", "i"}) writeFile(literalSet(folder) + file, content);
+        const ToolRun run = archive(folder, folder.path("f"));
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.err, "halvex: " + literalSet(folder) +
+                               "t: byte 0: version 3, this tool reads 2; the file is left as it is\n");
+        for (const char* file : {"", "t", "i"}) EXPECT_EQ(readFile(literalSet(folder) + file), content) << file;
+    }
+}
+
+TEST(Archive, SetThatAnotherOneWritesIsRefused) {
+    const TemporaryFolder folder;
+    writeFile(folder.path("f"), header() + epoch("00 00  0"));
+    fs::create_directory(folder.path("a"));
+    CIndexedWriteFile other;
+    ASSERT_TRUE(other.Open(literalSet(folder).c_str(), false));
+    const ToolRun run = archive(folder, folder.path("f"));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "halvex: " + literalSet(folder) + ": another program writes this set; archive again when it is done\n");
+    EXPECT_TRUE(recordsOf(literalSet(folder)).empty());
+    other.Close();
+    EXPECT_EQ(archive(folder, folder.path("f")).status, 0);
+    EXPECT_EQ(recordsOf(literalSet(folder)).size(), 1U);
+}
+
+/// Two archives alike: the records, and what the header file adds to them.
+void expectSame(const TemporaryFolder& folder, const std::string& base, const std::string& whole) {
+    EXPECT_TRUE(readFile(base + "t") == readFile(whole + "t"));
+    ASSERT_EQ(runTool({"replay", base, "--rinex", folder.path("left")}).status, 0);
+    ASSERT_EQ(runTool({"replay", whole, "--rinex", folder.path("right")}).status, 0);
+    EXPECT_TRUE(readFile(folder.path("left")) == readFile(folder.path("right")));
+}
+
+class ArchiveBroken : public testing::Test {
+protected:
+    ArchiveBroken() : source(simulate(folder, "2021-01-01", "0.5", "30")) {
+        EXPECT_EQ(runTool({"archive", source, "--out", folder.path("whole")}).status, 0);
+    }
+    const TemporaryFolder folder;
+    const std::string source;
+    const std::string name = "/SIMU00XXX_R_20210010000_01D_30S_MO";
+    const std::string whole = folder.path("whole") + name;
+    const std::string base = folder.path("a") + name;
+};
+
+TEST_F(ArchiveBroken, FullDisk) {
+    CapturedLog log;
+    for (const rlim_t size : {1U, 2U, 500U, 3000U, 10000U, 50000U, 100001U}) {
+        fs::remove_all(folder.path("a"));
+        ToolRun run;
+        {
+            const FileSizeLimit limit(size);
+            run = archive(folder, source);
+        }
+        EXPECT_EQ(run.status, 1) << size;
+        EXPECT_NE(run.err.find("File too large"), std::string::npos) << run.err;
+        EXPECT_EQ(lines(run.err), 1U) << run.err;
+        const std::size_t kept = recordsOf(base).size();
+        EXPECT_GE(kept, size > 10000 ? size / 3500 - 2 : 0) << size;
+        EXPECT_EQ(lines(runTool({"replay", base}).out), kept) << size;
+
+        EXPECT_EQ(archive(folder, source).status, 0) << size;
+        expectSame(folder, base, whole);
+    }
+}
+
+TEST_F(ArchiveBroken, TornEnd) {
+    CapturedLog log;
+    ASSERT_EQ(archive(folder, source).status, 0);
+    for (const std::size_t cut : {1U, 3000U, 20000U}) {
+        fs::resize_file(base + "t", fs::file_size(whole + "t") - cut);
+        fs::resize_file(base + "h", fs::file_size(whole + "h") - 7);
+        EXPECT_EQ(archive(folder, source).status, 0) << cut;
+        expectSame(folder, base, whole);
+    }
+}
+
+/// The archiver reads what the test feeds it through a pipe, and is killed when some of it has reached the disk.
+TEST_F(ArchiveBroken, KilledArchiver) {
+    const std::string text = readFile(source);
+    const std::string pipe = folder.path("pipe");
+    for (const double part : {0.3, 0.55, 0.9}) {
+        fs::remove_all(folder.path("a"));
+        fs::remove(pipe);
+        ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            runTool({"archive", pipe, "--out", folder.path("a")});
+            ::_exit(0);
+        }
+        std::ofstream feed(pipe, std::ios::binary);
+        const auto fed = static_cast<std::size_t>(part * static_cast<double>(text.size()));
+        feed.write(text.data(), static_cast<std::streamsize>(fed)).flush();
+        const auto enough = static_cast<std::uintmax_t>(part * 0.5 * static_cast<double>(fs::file_size(whole + "t")));
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        const auto size = [&] {
+            std::error_code absent;
+            const std::uintmax_t bytes = fs::file_size(base + "t", absent);
+            return absent ? 0 : bytes;
+        };
+        while (size() < enough && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+        EXPECT_GE(size(), enough);
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_LT(recordsOf(base).size(), recordsOf(whole).size());
+
+        CapturedLog log;
+        const ToolRun run = archive(folder, source);
+        EXPECT_EQ(run.status, 0) << run.err;
+        expectSame(folder, base, whole);
+    }
+}
+
+/// Standard input has no name and no size; --site or the marker names the station.
+TEST_F(ArchiveBroken, StandardInput) {
+    const int before = ::dup(STDIN_FILENO);
+    const int input = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(::dup2(input, STDIN_FILENO), 0);
+    const ToolRun run = archive(folder, "-", {"--site", "PIPE"});
+    ::dup2(before, STDIN_FILENO);
+    ::close(before);
+    ::close(input);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(readFile(folder.path("a/PIPE00XXX_R_20210010000_01D_30S_MOt")) == readFile(whole + "t"));
+}
+
+}  // namespace
+}  // namespace halvex::test
