@@ -18,6 +18,7 @@ cmake -S examples/consumer -B "$root/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$pr
     -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror" >/dev/null
 cmake --build "$root/consumer"
 "$root/consumer/consumer" | tee "$root/output"
+"$root/consumer/epoch"
 "$root/consumer/every_name"
 
 library=$(find "$prefix" -name libHalvexRTKBasics.so)
