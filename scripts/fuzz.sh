@@ -13,7 +13,7 @@ for target in build/fuzz/fuzz/*_fuzz; do
     [ $# -eq 0 ] || [[ " $* " == *" $name "* ]] || continue
     corpus=build/fuzz/corpus/$name
     mkdir -p "$corpus"
-    options=(-max_total_time="$seconds" -timeout=10 -max_len=65536 -use_value_profile=1 -print_final_stats=1)
+    options=(-max_total_time="$seconds" -timeout=10 -max_len=65536 -print_final_stats=1)
     # No input justifies more than a few of its own sizes.
     options+=(-rss_limit_mb=2048 -malloc_limit_mb=16)
     [ ! -f "fuzz/$name.dict" ] || options+=(-dict="fuzz/$name.dict")
