@@ -301,7 +301,9 @@ auto CHalvexObservation::withSet(std::uint32_t flags, Use&& use) {
     }
 }
 
-std::size_t CHalvexObservation::getSize() const { return savedSize(); }
+std::size_t CHalvexObservation::getSize() const {
+    return savedSize();
+}
 
 std::size_t CHalvexObservation::savedSize(const unsigned char* from, std::size_t left) {
     if (left < kSmallestSize) return 0;
@@ -309,7 +311,8 @@ std::size_t CHalvexObservation::savedSize(const unsigned char* from, std::size_t
     for (unsigned slot = 0; slot < kSlots; ++slot) {
         if (left < size + 4) return 0;
         // A constant for the usual sets: the next slot is found without waiting for these flags to be looked up.
-        size += withSet(halvex::loadLittleEndian<std::uint32_t>(from + size), [](auto flags) { return slotSize(flags); });
+        size +=
+            withSet(halvex::loadLittleEndian<std::uint32_t>(from + size), [](auto flags) { return slotSize(flags); });
     }
     return size <= left ? size : 0;
 }

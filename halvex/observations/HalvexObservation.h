@@ -220,7 +220,7 @@ private:
     static constexpr auto kSizes = [] {
         std::array<std::uint8_t, 2048> sizes{};
         for (std::uint32_t bits = 0; bits < sizes.size(); ++bits) {
-            const auto bit = [set = bits << kSizesShift](Flag flag) { return (set & flag) != 0 ? 1 : 0; };
+            const auto bit = [set = bits << kSizesShift](Flag flag) { return (set & flag) != 0 ? 1U : 0U; };
             sizes[bits] = static_cast<std::uint8_t>(
                 4 + 2 + 8 * (bit(kPhaseValid) + bit(kPseudorangeCValid) + bit(kPseudorangePValid)) +
                 4 * (bit(kDopplerValid) + bit(kCnoValid)) + 2 * (bit(kPhaseErrorValid) + bit(kPseudorangeErrorValid)) +
@@ -232,13 +232,15 @@ private:
     static constexpr auto kHeadSizes = [] {
         std::array<std::uint8_t, 8> sizes{};
         for (std::uint32_t bits = 0; bits < sizes.size(); ++bits) {
-            const auto bit = [bits](Validity flag) { return (bits & flag) != 0 ? 1 : 0; };
+            const auto bit = [bits](Validity flag) { return (bits & flag) != 0 ? 1U : 0U; };
             sizes[bits] = static_cast<std::uint8_t>(CPrnID::kSavedSize + 1 + bit(kIssueOfDataValid) +
                                                     8 * (bit(kElevationMaskValid) + bit(kAzimuthValid)));
         }
         return sizes;
     }();
-    static constexpr std::size_t headSize(std::uint8_t validity) { return kHeadSizes[validity & (kHeadSizes.size() - 1)]; }
+    static constexpr std::size_t headSize(std::uint8_t validity) {
+        return kHeadSizes[validity & (kHeadSizes.size() - 1)];
+    }
     [[nodiscard]] std::size_t savedSize() const {
         std::size_t size = headSize(m_validity);
         for (const Slot& slot : m_slots) size += slotSize(slot.flags);

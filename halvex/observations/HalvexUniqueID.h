@@ -18,7 +18,9 @@ public:
     void saveData(unsigned char* buffer, std::size_t size) const override;
     [[nodiscard]] std::size_t getSize() const override { return sizeof m_id; }
 
-    friend bool operator==(const CHalvexUniqueID& left, const CHalvexUniqueID& right) { return left.m_id == right.m_id; }
+    friend bool operator==(const CHalvexUniqueID& left, const CHalvexUniqueID& right) {
+        return left.m_id == right.m_id;
+    }
     friend auto operator<=>(const CHalvexUniqueID& left, const CHalvexUniqueID& right) {
         return left.m_id <=> right.m_id;
     }

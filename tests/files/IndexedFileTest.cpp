@@ -14,8 +14,8 @@ using Blocks = std::vector<std::string>;
 TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     const TemporaryFolder folder;
     const std::string base = folder.path("set");
-    StandingClock clock(1581, 210960250);
-    const os::ScopedClock scope(clock);
+    TestClock clock;
+    setClock(clock, 1581, 210960250);
     CIndexedWriteFile set;
     std::uint32_t week = 1, milliseconds = 1;
     EXPECT_FALSE(set.GetLastWriteTime(week, milliseconds));
@@ -23,7 +23,7 @@ TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     addBlock(set, "abc");
     EXPECT_EQ(readFile(base + "i").size(), 18u) << "the entry is on disk before its record";
     EXPECT_EQ(readFile(base + "t").size(), 4u);
-    clock.set(1581, 211560250);
+    setClock(clock, 1581, 211560250);
     addBlock(set, "\xff");
     set.Flush();
     EXPECT_EQ(readFile(base), "abc\xff");
@@ -39,8 +39,8 @@ TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
 TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
     const TemporaryFolder folder;
     const std::string base = folder.path("set");
-    StandingClock clock(2000, 0);
-    const os::ScopedClock scope(clock);
+    TestClock clock;
+    setClock(clock, 2000, 0);
     struct Row {
         int week;
         unsigned milliseconds;
@@ -61,7 +61,7 @@ TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
             EXPECT_FALSE(set.IsOpen());
             ASSERT_TRUE(set.Open(base.c_str(), false));
         }
-        clock.set(row.week, row.milliseconds);
+        setClock(clock, row.week, row.milliseconds);
         addBlock(set, "block");
         if (row.indexed) index += entry(static_cast<unsigned>(row.week), row.milliseconds, position);
         position += 15;
@@ -73,14 +73,14 @@ TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     const TemporaryFolder folder;
     const std::string base = folder.path("set"), bystander = folder.path("set2");
     const std::string other("\3\0\0\0data", 8);
-    RecordedLog log;
+    CapturedLog log;
     const auto open = [&] { return CIndexedWriteFile().Open(base.c_str(), false); };
 
     for (const char* suffix : {"", "t", "i"}) writeFile(base + suffix, suffix == ""s ? "raw" : other);
     writeFile(bystander, other);
     ASSERT_TRUE(open());
     EXPECT_THAT(
-        log.lines,
+        taken(log),
         ElementsAre("3 CIndexedWrite::Open: CIndexedWrite::Open wrong version -> deleted file " + base + "i, version 3",
                     "3 CIndexedWriteFile::Open: CIndexedWriteFile::Open wrong version -> deleted file " + base +
                         "t, version 3"));
@@ -89,11 +89,10 @@ TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     EXPECT_EQ(readFile(base), "");
     EXPECT_EQ(readFile(bystander), other);
 
-    log.lines.clear();
     writeFile(base + "t", kVersion2 + record(1, 2, "kept"));
     writeFile(base + "i", other);
     ASSERT_TRUE(open());
-    EXPECT_EQ(log.lines.size(), 1u) << "an index of another version costs the index alone";
+    EXPECT_EQ(taken(log).size(), 1u) << "an index of another version costs the index alone";
     EXPECT_EQ(readFile(base + "t"), kVersion2 + record(1, 2, "kept"));
     EXPECT_EQ(readFile(base + "i"), kVersion2);
 
@@ -180,18 +179,17 @@ TEST_F(SetOfTwoWeeks, HostileIndexesAreNotFollowed) {
     writeFile(name + "i", kVersion2 + entry(2000, 604600000, 63));
     EXPECT_THAT(replay(name, 2000, 604600000), IsEmpty()) << "inside the file, but no record";
 
-    RecordedLog log;
+    CapturedLog log;
     struct Row {
         std::string content, version;
     };
     const Row rows[] = {{"\2\0\0"s, "-1"}, {"\1\0\0\0"s, "1"}, {"\xff\xff\xff\xff", "4294967295"}};
     for (const Row& row : rows) {
-        log.lines.clear();
         writeFile(name + "i", row.content);
         EXPECT_EQ(replay(name, 2000, 604600000), fromSecond);
-        EXPECT_THAT(log.lines, ElementsAre("3 CIndexedRead::GetIndexPos: CIndexedRead::GetIndexPos, wrong version -> "
-                                           "deleted file " +
-                                           name + "i, version " + row.version));
+        EXPECT_THAT(taken(log), ElementsAre("3 CIndexedRead::GetIndexPos: CIndexedRead::GetIndexPos, wrong version -> "
+                                            "deleted file " +
+                                            name + "i, version " + row.version));
         EXPECT_EQ(readFile(name + "i"), "(missing)");
     }
     writeFile(name + "i", "");
@@ -254,19 +252,18 @@ TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
 TEST(IndexedReadFile, WrongVersionsAreDeleted) {
     const TemporaryFolder folder;
     const std::string name = folder.path("sett");
-    RecordedLog log;
+    CapturedLog log;
     CIndexedReadFile reader;
     EXPECT_FALSE(reader.Open(name.c_str()));
     writeFile(name, "");
     EXPECT_FALSE(reader.Open(name.c_str()));
     EXPECT_EQ(readFile(name), "") << "an empty file stays";
-    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_THAT(taken(log), IsEmpty());
     for (const auto& [content, version] : {std::pair{"\2\0\0"s, "-1"s}, {"\1\0\0\0"s, "1"s}}) {
-        log.lines.clear();
         writeFile(name, content);
         writeFile(name + "i", kVersion2);
         EXPECT_FALSE(reader.Open(name.c_str()));
-        EXPECT_THAT(log.lines,
+        EXPECT_THAT(taken(log),
                     ElementsAre("3 CIndexedReadFile::Open: CIndexedReadFile::Open, wrong version -> deleted file " +
                                 name + ", version " + version));
         EXPECT_EQ(readFile(name), "(missing)");

@@ -28,8 +28,8 @@ void expectIndexFits(const std::string& base) {
 
 /// Opens the set for appending with a new writer and adds one block in week 2100.
 void append(const std::string& base, std::string_view block) {
-    StandingClock clock(2100, 0);
-    const os::ScopedClock scope(clock);
+    TestClock clock;
+    setClock(clock, 2100, 0);
     CIndexedWriteFile set;
     ASSERT_TRUE(set.Open(base.c_str(), false));
     addBlock(set, block);
@@ -46,7 +46,7 @@ TEST(IndexedRepair, ATimeInfoFileCutAnywhereInItsLastRecordIsAppendedToCleanly) 
     const std::string base = folder.path("set");
     for (std::size_t left = 0; left <= kThird.size(); ++left) {
         SCOPED_TRACE(left);
-        RecordedLog log;
+        CapturedLog log;
         writeFile(base + "t", kTwoRecords + kThird.substr(0, left));
         writeFile(base + "i", kIndex);
         append(base, "new");
@@ -62,14 +62,14 @@ TEST(IndexedRepair, ATimeInfoFileCutAnywhereInItsLastRecordIsAppendedToCleanly) 
             lines.push_back("2 CIndexedWriteFile::Open: index entries without a record cut off file " + base +
                             "i, 14 bytes");
         }
-        EXPECT_EQ(log.lines, lines);
+        EXPECT_EQ(taken(log), lines);
     }
 }
 
 TEST(IndexedRepair, IndexesCutAnywhereOrNotThereAreAppendedToCleanly) {
     const TemporaryFolder folder;
     const std::string base = folder.path("set");
-    const RecordedLog log;
+    CapturedLog log;
     for (std::size_t length = 0; length <= kIndex.size(); ++length) {
         SCOPED_TRACE(length);
         writeFile(base + "t", kTwoRecords + kThird + "torn");
@@ -101,10 +101,10 @@ TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
         {"last entry", kIndex, damaged + kThird},
         {"an earlier entry, the last ones lead nowhere", kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull),
          damaged + kThird},
-        {"no entry that fits", kVersion2 + entry(2001, 1, 4) + entry(2000, 2, 30), damaged.substr(0, 17)},
+        {"no entry that fits", kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
         {"other version", "\1\0\0\0", damaged.substr(0, 17)}};
     for (const Row& row : rows) {
-        RecordedLog log;
+        CapturedLog log;
         writeFile(base + "t", damaged + kThird + "torn");
         writeFile(base + "i", row.index);
         append(base, "new");
@@ -115,7 +115,7 @@ TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
 TEST(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
     const TemporaryFolder folder;
     const std::string base = folder.path("set");
-    RecordedLog log;
+    CapturedLog log;
     CIndexedWriteFile owner;
     ASSERT_TRUE(owner.Open(base.c_str(), true));
     writeFile(base + "t", kTwoRecords + "torn");
@@ -123,7 +123,7 @@ TEST(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
     ASSERT_TRUE(CIndexedWriteFile().Open(base.c_str(), false));
     EXPECT_EQ(readFile(base + "t"), kTwoRecords + "torn");
     EXPECT_EQ(readFile(base + "i"), kIndex);
-    EXPECT_THAT(log.lines, IsEmpty());
+    EXPECT_THAT(taken(log), IsEmpty());
 }
 
 namespace {
@@ -135,12 +135,12 @@ std::string numberedBlock(int number) {
 
 /// Writes numbered blocks until it is killed; after each that is flushed, tells so with a byte.
 [[noreturn]] void writeUntilKilled(const std::string& base, int toParent) {
-    StandingClock clock(2000, 0);
-    const os::ScopedClock scope(clock);
+    TestClock clock;
+    setClock(clock, 2000, 0);
     CIndexedWriteFile set;
     if (!set.Open(base.c_str(), false)) ::_exit(1);
     for (int number = 0;; ++number) {
-        clock.set(2000, number * 200000.0);
+        setClock(clock, 2000, number * 200000.0);
         addBlock(set, numberedBlock(number));
         if (number % 3 != 0) continue;
         set.Flush();
@@ -167,7 +167,7 @@ TEST(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
         ASSERT_EQ(::waitpid(child, nullptr, 0), child);
         ::close(ends[0]);
 
-        const RecordedLog log;
+        CapturedLog log;
         append(base, "new");
         Blocks blocks = replay(base + "t");
         ASSERT_FALSE(blocks.empty());

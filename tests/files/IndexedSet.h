@@ -7,10 +7,10 @@
 #include "halvex/files/IndexedRead.h"
 #include "halvex/files/IndexedWrite.h"
 #include "halvex/platform/kernix/IndexedFileRecord.h"
-#include "halvex/platform/kernix/Logging.h"
-#include "halvex/platform/mjd/MjdTime.h"
-#include "halvex/platform/os/Clock.h"
+#include "halvex/time/TimeBase.h"
+#include "tests/support/CapturedLog.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestClock.h"
 
 namespace halvex::test {
 
@@ -29,44 +29,19 @@ inline std::string entry(unsigned week, unsigned milliseconds, std::uint64_t pos
     return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(position, 8);
 }
 
-/// A clock that stands at a GPS week and milliseconds of week (read as UTC) until it is set again.
-class StandingClock final : public os::Clock {
-public:
-    StandingClock(int week, double milliseconds) { set(week, milliseconds); }
-    void set(int week, double milliseconds) {
-        int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-        double second = 0.0;
-        SMjdTime(week, milliseconds / 1000.0).GetAsDate(year, month, day, hour, minute, second);
-        const auto word = [](double value) { return static_cast<std::uint16_t>(value); };
-        const auto thousandths = static_cast<int>(second * 1000.0 + 0.5);
-        m_now = {word(year),
-                 word(month),
-                 0,
-                 word(day),
-                 word(hour),
-                 word(minute),
-                 word(thousandths / 1000),
-                 word(thousandths % 1000)};
-    }
-    [[nodiscard]] SYSTEMTIME utcTime() const override { return m_now; }
-    [[nodiscard]] SYSTEMTIME localTime() const override { return m_now; }
-    [[nodiscard]] std::uint64_t tickCount() const override { return 1; }
+/// Sets the clock to a GPS week and milliseconds of week, read as UTC.
+inline void setClock(TestClock& clock, int week, double milliseconds) {
+    CTimeBase(week, milliseconds / 1000.0).ToSystemTime(clock.utc);
+}
 
-private:
-    SYSTEMTIME m_now;
-};
-
-/// Keeps what is logged in its scope, as "LEVEL SOURCE: MESSAGE".
-class RecordedLog final : public ILogging::Sink {
-public:
-    void write(std::string_view source, int level, std::string_view message) override {
-        lines.push_back(std::to_string(level) + " " + std::string(source) + ": " + std::string(message));
-    }
+/// What was logged since the last call, each line as "LEVEL SOURCE: MESSAGE".
+inline std::vector<std::string> taken(CapturedLog& log) {
     std::vector<std::string> lines;
-
-private:
-    ScopedLogSink m_scope{*this};
-};
+    for (const auto& [source, level, message] : log.take()) {
+        lines.push_back(std::to_string(level) + " " + source + ": " + message);
+    }
+    return lines;
+}
 
 /// Keeps the blocks of a replay; cancels after `cancelAfter` of them.
 class Collector final : public IIndexedReadNotify {

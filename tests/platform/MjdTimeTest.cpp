@@ -125,6 +125,13 @@ TEST(MjdTime, SecondOfADateIsBelowSixty) {
     EXPECT_LT(c.second, 60.0);
 }
 
+TEST(MjdTime, LastMomentOfAWeekIsInTheWeek) {
+    const SMjdTime instant = SMjdTime::FromDayAndMilliseconds(SMjdTime::kMjdOfGpsWeek0 + 6, 86399999.99999999);
+    EXPECT_EQ(instant.GetGpsWeek(), 0);
+    EXPECT_LT(instant.GetGpsWeekMilliseconds(), 604800000.0);
+    EXPECT_LT(instant.GetGpsSeconds(), 604800.0);
+}
+
 TEST(MjdTime, RoundTo) {
     const auto rounded = [](double milliseconds, double step, int unit) {
         SMjdTime time = SMjdTime::FromDayAndMilliseconds(59215, milliseconds);

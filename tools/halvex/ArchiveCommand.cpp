@@ -223,10 +223,11 @@ void addArchiveCommand(CLI::App& app) {
     command->add_option("--site", options->site, "site code, 4 characters or 9 as ESBC00DNK [from the file]");
     command->add_option("--site-number", options->siteNumber, "site number kept in every record")
         ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
-    command->add_option("--span", options->span, "what one set holds: hourly, daily, subhourly (15 min)")
+    command->add_option("--span", options->span, "what one set holds; subhourly is 15 min")
         ->transform(CLI::CheckedTransformer(std::map<std::string, Span>{
             {"hourly", Span::hourly}, {"daily", Span::daily}, {"subhourly", Span::subhourly}}))
-        ->default_str("daily");
+        ->default_str("daily")
+        ->option_text("daily|hourly|subhourly [daily]");
     command->add_flag("--keep-going", options->keepGoing, "pass over bad epochs and files, and say how many");
     command->add_flag("--json", options->json, "report as JSON");
     command->callback([options] { Archiver(*options).run(); });

@@ -12,6 +12,10 @@ namespace {
 /// Large enough that the system call is lost in the copying, small enough to stay in a core's cache.
 constexpr std::size_t kWindow = std::size_t{256} << 10;
 
+/// Windows begin at multiples of this in the file as in memory: the system copies whole pages a good deal faster.
+constexpr std::size_t kPage = 4096;
+constexpr std::align_val_t kAlignment{kPage};
+
 }  // namespace
 
 CFileReadBuffer::CFileReadBuffer(CFileReadBuffer& source) noexcept {
@@ -31,6 +35,10 @@ CFileReadBuffer& CFileReadBuffer::operator=(CFileReadBuffer& source) noexcept {
     m_filled = std::exchange(source.m_filled, 0);
     m_error = source.m_error;
     return *this;
+}
+
+void CFileReadBuffer::FreeWindow::operator()(unsigned char* window) const {
+    ::operator delete[](window, kAlignment);
 }
 
 bool CFileReadBuffer::succeeded(std::error_code error) {
@@ -65,31 +73,32 @@ const unsigned char* CFileReadBuffer::GetData(std::uint64_t position, std::uint6
         return position >= m_start && position - m_start <= m_filled && size <= m_filled - (position - m_start);
     };
     if (m_window && held()) return m_window.get() + (position - m_start);
-    return refill(position, size) ? m_window.get() : nullptr;
+    return refill(position, size) ? m_window.get() + (position - m_start) : nullptr;
 }
 
 bool CFileReadBuffer::refill(std::uint64_t position, std::uint64_t size) {
     std::uint64_t fileSize = 0;
     if (!succeeded(m_file.size(fileSize))) return false;
     if (position > fileSize || size > fileSize - position) return false;
-    if (size > std::numeric_limits<std::size_t>::max()) {
+    if (size > std::numeric_limits<std::size_t>::max() / 2) {
         return succeeded(std::make_error_code(std::errc::not_enough_memory));
     }
 
     m_filled = 0;
-    const std::size_t needed = std::max(static_cast<std::size_t>(size), kWindow);
+    const std::size_t before = static_cast<std::size_t>(position % kPage);
+    const std::size_t needed = std::max(before + static_cast<std::size_t>(size), kWindow);
     // A window that one large range has opened wide is given back as soon as small ranges are asked for again.
     if (needed > m_capacity || m_capacity > std::max(needed, 4 * kWindow)) {
         m_capacity = 0;
-        m_window.reset(new (std::nothrow) unsigned char[needed]);
+        m_window.reset(static_cast<unsigned char*>(::operator new[](needed, kAlignment, std::nothrow)));
         if (!m_window) return succeeded(std::make_error_code(std::errc::not_enough_memory));
         m_capacity = needed;
     }
     std::size_t count = 0;
-    if (!succeeded(m_file.readAt(position, {m_window.get(), needed}, count))) return false;
-    m_start = position;
+    if (!succeeded(m_file.readAt(position - before, {m_window.get(), m_capacity}, count))) return false;
+    m_start = position - before;
     m_filled = count;
-    return count >= size;  // less when the file was cut off since its size was asked
+    return count >= before + size;  // less when the file was cut off since its size was asked
 }
 
 std::uint64_t CFileReadBuffer::GetFileSizeEx() {

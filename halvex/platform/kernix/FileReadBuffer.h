@@ -40,8 +40,12 @@ private:
     bool refill(std::uint64_t position, std::uint64_t size);
     bool succeeded(std::error_code error);
 
+    struct HALVEX_EXPORT FreeWindow {
+        void operator()(unsigned char* window) const;
+    };
+
     os::File m_file;
-    std::unique_ptr<unsigned char[]> m_window;
+    std::unique_ptr<unsigned char[], FreeWindow> m_window;
     std::size_t m_capacity = 0;  ///< bytes allocated
     std::uint64_t m_start = 0;   ///< position of the window in the file
     std::size_t m_filled = 0;    ///< bytes of the file in the window

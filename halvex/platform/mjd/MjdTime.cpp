@@ -136,7 +136,9 @@ int SMjdTime::GetGpsWeek() const {
 
 double SMjdTime::GetGpsWeekMilliseconds() const {
     const std::int64_t days = static_cast<std::int64_t>(m_day) - kMjdOfGpsWeek0;
-    return static_cast<double>(days - floorDiv(days, 7) * 7) * kMillisecondsPerDay + m_milliseconds;
+    // The sum of a Saturday's last moments is rounded, but not into the next week.
+    return std::min(static_cast<double>(days - floorDiv(days, 7) * 7) * kMillisecondsPerDay + m_milliseconds,
+                    std::nextafter(7.0 * kMillisecondsPerDay, 0.0));
 }
 
 void SMjdTime::GetAsGpsWeekAndDayNumber(int& week, int& dayNumber) const {

@@ -1,0 +1,368 @@
+// Uses every class and every free function that the library offers, through its umbrella header, so that one that is
+// missing there does not compile and one that is not exported does not link. What they do is tested elsewhere; here a
+// result is looked at only to see that it is the library's.
+
+#include <halvex/HalvexRTKBasics.h>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <unordered_map>
+
+namespace {
+
+int faults = 0;
+
+void check(bool holds, int line) {
+    if (holds) return;
+    std::cerr << "every_name.cpp:" << line << ": does not match\n";
+    ++faults;
+}
+
+template <class... Ignored>
+void use(const Ignored&...) {}
+
+// What a host derives from.
+
+class Clock final : public os::Clock {
+public:
+    [[nodiscard]] SYSTEMTIME utcTime() const override { return {2020, 6, 0, 25, 12, 0, 30, 0}; }
+    [[nodiscard]] SYSTEMTIME localTime() const override { return {2020, 6, 0, 25, 14, 0, 30, 0}; }
+    [[nodiscard]] std::uint64_t tickCount() const override { return 5; }
+};
+
+class LogSink final : public ILogging::Sink {
+public:
+    void write(std::string_view, int, std::string_view message) override { last = message; }
+    std::string last;
+};
+
+class MemoryStore final : public REG::Store {
+public:
+    std::optional<REG::Value> read(std::string_view, std::string_view name) override {
+        const auto found = m_values.find(std::string(name));
+        return found != m_values.end() ? std::optional(found->second) : std::nullopt;
+    }
+    bool write(std::string_view, std::string_view name, const REG::Value& value) override {
+        m_values[std::string(name)] = value;
+        return true;
+    }
+
+private:
+    std::map<std::string, REG::Value> m_values;
+};
+
+class Persist final : public CLeapSecondsPersistBase {};
+
+class Number final : public IPersistData {
+public:
+    bool loadData(const unsigned char* buffer, std::size_t size) override {
+        halvex::ByteReader reader(buffer, size);
+        std::uint32_t value = 0;
+        reader(value);
+        if (reader.ok()) m_value = value;
+        return reader.ok();
+    }
+    void saveData(unsigned char* buffer, std::size_t size) const override {
+        halvex::ByteWriter writer(buffer, size);
+        writer(m_value);
+    }
+    [[nodiscard]] std::size_t getSize() const override {
+        halvex::ByteCounter counter;
+        counter(m_value);
+        return counter.size();
+    }
+
+private:
+    std::uint32_t m_value = 7;
+};
+
+class OneSecond final : public IGPSLeapSeconds {
+public:
+    int GetGPSLeapSeconds(const SMjdTime&) override { return 1; }
+};
+
+class Handler final : public ILeapSecondsMsgHnd {
+public:
+    void OnLeapSecondsAccepted(const int&, const int&, const int&) override { ++told; }
+    void OnLeapSecondsRejected(const int&, const int&, const int&) override { ++told; }
+    int told = 0;
+};
+
+class Blocks final : public IIndexedReadNotify {
+public:
+    void OnIndexedBlock(const unsigned char*, std::uint64_t) override { ++count; }
+    void OnIndexedReadEnd() override {}
+    int count = 0;
+};
+
+class Lossless final : public MDB::IObsLossOfLock {
+public:
+    [[nodiscard]] std::uint32_t getEpochTimeMsecs() const override { return 0; }
+    void UpdateLossOfLock(MDB::CLossOfLockDetector&) override {}
+    void StoreLossOfLock(MDB::CLossOfLockDetector&) const override {}
+};
+
+class NoGuard final : public ISyncGuard {
+public:
+    [[nodiscard]] bool TryLockRead() override { return true; }
+    bool LockRead() override { return true; }
+    void UnlockRead() override {}
+    [[nodiscard]] bool TryLockWrite() override { return true; }
+    bool LockWrite() override { return true; }
+    void UnlockWrite() override {}
+};
+
+void operatingSystem(const std::string& folder) {
+    check(CString("b").Compare("a") > 0 && (CString("a") + "b").GetLength() == 2, __LINE__);
+
+    os::Clock* before = os::setClock(nullptr);
+    os::setClock(before);
+    check(os::GetSystemTime().wYear == 2020 && os::GetLocalTime().wHour == 14 && os::GetTickCount64() == 5, __LINE__);
+
+    const SYSTEMTIME now = os::GetSystemTime();
+    check(!os::formatRegionalDate(now).empty() && !os::formatRegionalTime(now).empty(), __LINE__);
+    check(os::formatDate("%Y", now) == "2020", __LINE__);
+    check(os::fromVariantDate(os::toVariantDate(now).value_or(0.0)).has_value(), __LINE__);
+
+    const std::string name = folder + "/file";
+    os::File file;
+    check(!file.openForWriting(name.c_str(), os::kShareReadWrite) && file.isOpen(), __LINE__);
+    const unsigned char byte = 1;
+    check(!file.append({&byte, 1}) && !file.sync() && !file.truncate(0), __LINE__);
+    check(!file.close() && !file.openForReading(name.c_str(), os::kShareReadWrite), __LINE__);
+    std::uint64_t size = 1;
+    std::size_t count = 0;
+    unsigned char to = 0;
+    file.expectSequentialReading();
+    check(!file.size(size) && size == 0 && !file.readAt(0, {&to, 1}, count), __LINE__);
+    check(!os::deleteFile(name.c_str()), __LINE__);
+
+    os::Published<2> published;
+    published.publish({1, 2});
+    check(published.read()[1] == 2, __LINE__);
+    int one = 1;
+    int two = 2;
+    os::Replaceable<int> service(&one);
+    check(service.exchange(&two) == &one && service.get() == 2, __LINE__);
+}
+
+void baseLibrary(const std::string& folder) {
+    const std::string name = folder + "/buffered";
+    CFileWriteBuffer out;
+    std::uint32_t version = 2;
+    check(out.Open(name.c_str(), 64, 0, true, os::kShareReadWrite, &version), __LINE__);
+    std::uint64_t position = 0;
+    check(out.Write("a", 1) && out.GetSpace(1) != nullptr && out.WriteUnbuffered("c", 1), __LINE__);
+    check(out.GetFilePosition(position) && position == out.GetFileSizeEx() && out.Flush() && out.Close(), __LINE__);
+    CFileReadBuffer in;
+    check(in.Open(name.c_str()) && in.GetFileSizeEx() == 7 && in.GetData(4, 3)[0] == 'a' && in.Close(), __LINE__);
+    CFileWriteBuffer outCopy(out);
+    CFileReadBuffer inCopy(in);
+    use(outCopy.GetLastError(), inCopy.GetLastError());
+
+    unsigned char bytes[CIndexedFileIndex::kSavedSize] = {};
+    CIndexedFileRecordHeader{.week = 1}.save(bytes);
+    check(CIndexedFileRecordHeader::load(bytes).week == 1, __LINE__);
+    CIndexedFileIndex{.week = 2}.save(bytes);
+    check(CIndexedFileIndex::load(bytes).week == 2, __LINE__);
+    halvex::storeLittleEndian(bytes, std::uint16_t{258});
+    check(halvex::loadLittleEndian<std::uint16_t>(bytes) == 258, __LINE__);
+    const Number number;
+    CMemoryBuffer memory(bytes, number.getSize());
+    number.saveData(memory.data(), memory.size());
+    check(!memory.empty() && memory.data()[0] == 7, __LINE__);
+
+    LockFreeSpinLock spin;
+    const std::lock_guard held(spin);
+    CCriticalSectionSyncGuard section;
+    CReaderWriterSyncGuard shared;
+    NoGuard none;
+    for (ISyncGuard* guard :
+         {static_cast<ISyncGuard*>(&section), static_cast<ISyncGuard*>(&shared), static_cast<ISyncGuard*>(&none)}) {
+        const CReadWriteLock lock(*guard, true);
+    }
+
+    LogSink sink;
+    const ScopedLogSink installed(sink);
+    ILogging::getInstance().Log("every_name", ILogging::kError, "{} of {}", 1, "two");
+    check(sink.last == "1 of two", __LINE__);
+    CTraceUtil::SetEnabled(1);
+    CTraceUtil::SetSink(nullptr);
+    CTraceUtil::Trace(1, "traced");
+    check(CTraceUtil::IsEnabled(1) && sink.last.ends_with("traced") && CTraceUtil::SetEnabled(0) == 1, __LINE__);
+
+    CMonitorTree tree;
+    const ScopedMonitorTree ownTree(tree);
+    CMonitorElementContainer container("Queue/Every");
+    CMonitorElement element(container, "In");
+    CMonitorTimer timer(container, "Time");
+    element.Increment();
+    timer.start().stop();
+    check(&CMonitorTree::getInstance() == &tree && tree.value(container.path(), element.name()) == 1.0, __LINE__);
+    check(tree.snapshot().size() == 2 && tree.openMetrics().ends_with("# EOF\n") && timer.runs() == 1, __LINE__);
+
+    MemoryStore store;
+    const REG::ScopedStore ownStore(store);
+    check(REG::WriteLong("key", "long", 3) && REG::GetLong("key", "long", 0) == 3, __LINE__);
+    check(REG::WriteString("key", "text", "t") && REG::GetString("key", "text", "") == "t", __LINE__);
+
+    TIME::SetDeltaUTCTime(0.5);
+    check(TIME::GetDeltaUTCTime() == 0.5, __LINE__);
+    TIME::SetDeltaUTCTime(0.0);
+
+    CPrnID satellite(5);
+    check(satellite.setPrn(6) && satellite.setPrnType(CPrnID::PRN_QZSS) && satellite.IsValid(), __LINE__);
+}
+
+void computationLibrary() {
+    SMjdTime instant(2111, 388830.0);
+    char text[32] = {};
+    instant.GetAsMJDString(text, sizeof text);
+    instant.SetAsGpsWeekAndDayNumber(2111, 5);
+    check(instant.GetGpsWeek() == 2111 && instant.GetDayOfYear() == 177 && text[0] == '5', __LINE__);
+    check(mjd::time(instant) == instant, __LINE__);
+
+    check(CALN::getFrequencyGroup(CALN::eCALFREQUENCY_G1) == CALN::eCALFREQUENCY_GROUP_L1, __LINE__);
+    check(CALN::getCarrierFrequency(CALN::eCALFREQUENCY_L1) == 1575.42e6, __LINE__);
+    check(halvex::slotBand(CALN::eCALSATSYSTEM_GPS, 0).rinexBand == '1', __LINE__);
+    check(halvex::systemOfCode(1) == halvex::systemOfLetter('G') && halvex::systemOfTypeBit(2)->letter == 'R', __LINE__);
+
+    BSS::TIM::UtcLeapSecond leap;
+    BSS::TIM::GpsC::setGpsLeapSecondsData(18, 18, 0, 0, BSS::TIM::GpsC::kKindAutomatic);
+    check(BSS::TIM::GpsC::getUtcLeapSecond(leap) == 0 && leap.leapSeconds == 18, __LINE__);
+
+    const MDB::CPrnIdZ9 satellite(CALN::SCalSatID(CALN::eCALSATSYSTEM_GPS, 5));
+    MDB::CLossOfLockDetector detector;
+    detector.store(satellite, 0, true, 1);
+    check(satellite.isValid() && detector.takeLoss(satellite, 0), __LINE__);
+    Lossless().UpdateLossOfLock(detector);
+    check(std::unordered_map<MDB::CPrnIdZ9, int>{{satellite, 1}}.contains(satellite), __LINE__);
+}
+
+void leapSeconds() {
+    Persist persist;
+    CLeapSecondsPersistBase* before = CLeapSecondsPersist::InitInstance(&persist);
+    check(&CLeapSecondsPersist::GetInstance() == &persist, __LINE__);
+    InitCentralLeapSeconds();
+    UpdateCentralLeapSecondsFromDB();
+    const SMjdTime now(2111, 388830.0);
+    int ls = 0, lsf = 0, lsfMjd = 0;
+    check(GetGPSLeapSeconds(now) == 18 && GetGPSLeapSeconds(now, ls, lsf, lsfMjd) && ls == 18, __LINE__);
+    check(GetGPSLeapSecondsData(ls, lsf, lsfMjd) && CGPSLeapSeconds::hasInstance(), __LINE__);
+    OneSecond table;
+    check(GetGPSLeapSeconds(table, now) == 1, __LINE__);
+    check(GetDefaultLeapSeconds() == 17 && GetDefaultLeapSecondsFuture() == 18, __LINE__);
+    check(GetLeapSecondsMjd(GetDefaultLeapSecondsFutureMjd()) == "01.01.2017", __LINE__);
+    check(GetLeapSecondsMjd(GetDefaultLeapSecondsConfirmMjd()) == "01.10.2016", __LINE__);
+    Handler handler;
+    use(SetAutomaticGPSLeapSeconds(&handler, 18, 18, 0, CGPSLeapSeconds::kFlagBypass),
+        SetManualGPSLeapSeconds(&handler, 18, 19, 60000), SetSimulationGPSLeapSeconds(&handler, 18, 18, 0));
+    check(handler.told > 0, __LINE__);
+    IGPSLeapSeconds::SGPSLeapSeconds set(17, 18, 57754, 57662);
+    check(CGPSLeapSeconds::ValidateGPSLeapSeconds(set, set, now, true), __LINE__);
+    check(UpdateLeapSecondsCheckFutureMjd(set, now, true) && set.leapSeconds == 18, __LINE__);
+    ShutdownCentralLeapSeconds();
+    CGPSLeapSeconds::ResetFWCentralLeapSeconds();
+    CLeapSecondsPersist::InitInstance(before);
+}
+
+void time() {
+    CTimeBase base(2111, 388830.0);
+    CString date, timeOfDay;
+    base.FormatRegional(date, timeOfDay);
+    check(base.Format("%H") == "12" && !date.IsEmpty() && base.GetFractionOfMinutes() == 30000, __LINE__);
+    check(convertToSMjdTime(os::GetSystemTime()) == base, __LINE__);
+
+    CSystemTime system;
+    system.SetToCurrentHalvexGPSTime();
+    system.SetWeekMilliseconds(1000);
+    SetDeltaUTCTimeFromReference(CSystemTime(base));
+    check(GetDeltaLocalTimeUTC() == 7200.0, __LINE__);
+
+    OneSecond table;
+    CGPSTime gps(base);
+    check(gps.AdjustUTC2GPS(table) && gps.GetDifferenceInSeconds(base) == 1.0 && gps.AdjustGPS2UTC(table), __LINE__);
+    check(gps.GPSWeekSec2GLODaySec(86400.0) < 86400.0, __LINE__);
+    check(GPSTimeCompare(2, 1) > GPSTimeCompare(1, 2), __LINE__);
+
+    CSatelliteTime satellite;
+    satellite.SetToCurrentGPSTime();
+    satellite.AdjustFromUTCToGPSTime();
+    satellite.getSatelliteTime(timeOfDay);
+    check(satellite.IsGPS() && timeOfDay == "12:00:48", __LINE__);
+    const CSatelliteTimeAndLeapSeconds withLeapSeconds(18, 19, 60000);
+    check(withLeapSeconds.getSize() == 25 && withLeapSeconds.GetLeapSeconds(base) == 18, __LINE__);
+    CSatelliteTimeAndTickCount withTicks(satellite, 5);
+    withTicks.addSeconds(1.0);
+    CSatelliteTimeRelative relative;
+    relative.setToNow();
+    check(withTicks.getAsAbsoluteTicks() == 1005 && relative.getAsAbsoluteTicks() == 5, __LINE__);
+    check(relative.getAsMjd(withTicks) > 59000.0, __LINE__);
+}
+
+void observations() {
+    const CHalvexUniqueSiteID site(1, 2);
+    std::ostringstream text;
+    text << site;
+    check(text.str() == "2,1" && site.getSize() == CHalvexUniqueAntennaID(3).getSize(), __LINE__);
+    const CTripleID triple(1, 2, 3);
+    check(triple.getString() == "3_2_1", __LINE__);
+    use(CTripleIDHasher()(triple));
+
+    CHalvexObservation observation(5);
+    observation.setPseudorangeC(TYPE::FREQUENCY_L1, 2e7);
+    check(observation.IsDataValid() && observation == CHalvexObservation(observation), __LINE__);
+    CHalvexStationObservation epoch(388830000, 2111);
+    check(epoch.AddObservation(observation, true) && epoch == CHalvexStationObservation(epoch), __LINE__);
+    check(epoch.getReceiverType() == TYPE::SENSOR_UNKNOWN && epoch.getCoverageMode() == TYPE::COVERAGE_NONE, __LINE__);
+    CContLockCount lockCounts;
+    check(lockCounts.getCount(CALN::eCALFREQUENCY_L1, MDB::CPrnIdZ9(), true, SMjdTime()) == 0, __LINE__);
+    lockCounts.Clear();
+}
+
+void files(const std::string& folder) {
+    const std::string base = folder + "/set";
+    CIndexedWrite index;
+    check(index.Open(CString(base + "x"), true) && !index.GetLastError(), __LINE__);
+    CIndexedWriteFile writer;
+    check(writer.Open(base.c_str(), true), __LINE__);
+    writer.AddBlock(reinterpret_cast<const unsigned char*>("block"), 5);
+    std::uint32_t week = 0, milliseconds = 0;
+    check(writer.GetLastWriteTime(week, milliseconds) && week == 2111, __LINE__);
+    writer.Close();
+    Blocks blocks;
+    CIndexedReadFile reader(&blocks);
+    check(reader.Open((base + "t").c_str()) && reader.Read(0, 0) && blocks.count == 1, __LINE__);
+    reader.Close();
+    check(CIndexedReadFile::TransformTimeInfoFileToRaw((base + "t").c_str(), (base + "r").c_str()), __LINE__);
+    CIndexedReadFile::DeleteIndexedFile(CString(base));
+    check(!std::filesystem::exists(base), __LINE__);
+
+    CString name;
+    check(CProductsFileName::Test(name) == 1 && CProductsFileName::Test(0U) == 1, __LINE__);
+    check(RnxLongFileNameParam("deu", 0, 0, "01h", 'R').getSiteCountryCode() == "DEU", __LINE__);
+}
+
+}  // namespace
+
+int main() {
+    std::string folder = (std::filesystem::temp_directory_path() / "halvex-names-XXXXXX").string();
+    check(::mkdtemp(folder.data()) != nullptr, __LINE__);
+    Clock clock;
+    const os::ScopedClock ownClock(clock);
+    LogSink quiet;
+    const ScopedLogSink ownSink(quiet);
+    operatingSystem(folder);
+    baseLibrary(folder);
+    computationLibrary();
+    leapSeconds();
+    time();
+    observations();
+    files(folder);
+    std::filesystem::remove_all(folder);
+    return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
