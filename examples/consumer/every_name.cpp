@@ -229,7 +229,8 @@ void computationLibrary() {
     check(CALN::getFrequencyGroup(CALN::eCALFREQUENCY_G1) == CALN::eCALFREQUENCY_GROUP_L1, __LINE__);
     check(CALN::getCarrierFrequency(CALN::eCALFREQUENCY_L1) == 1575.42e6, __LINE__);
     check(halvex::slotBand(CALN::eCALSATSYSTEM_GPS, 0).rinexBand == '1', __LINE__);
-    check(halvex::systemOfCode(1) == halvex::systemOfLetter('G') && halvex::systemOfTypeBit(2)->letter == 'R', __LINE__);
+    check(halvex::systemOfCode(1) == halvex::systemOfLetter('G') && halvex::systemOfTypeBit(2)->letter == 'R',
+          __LINE__);
 
     BSS::TIM::UtcLeapSecond leap;
     BSS::TIM::GpsC::setGpsLeapSecondsData(18, 18, 0, 0, BSS::TIM::GpsC::kKindAutomatic);

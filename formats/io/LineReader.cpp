@@ -15,8 +15,8 @@
 namespace halvex {
 namespace {
 
-constexpr std::size_t kBlock = 128 * 1024;  // of text, refilled behind the line that crosses its end
-constexpr std::size_t kPiece = 64 * 1024;   // of the compressed file
+constexpr std::size_t kBlock = std::size_t{128} << 10;  // of text, refilled behind the line that crosses its end
+constexpr std::size_t kPiece = std::size_t{64} << 10;   // of the compressed file
 
 std::string systemText(int code) {
     return std::generic_category().message(code);

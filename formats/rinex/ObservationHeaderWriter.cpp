@@ -105,6 +105,7 @@ std::string triple(const std::array<double, 3>& numbers) {
 
 std::vector<std::string> codeList(const std::vector<ObservationCode>& codes) {
     std::vector<std::string> entries;
+    entries.reserve(codes.size());
     for (const ObservationCode& code : codes) entries.push_back(' ' + code.text());
     return entries;
 }

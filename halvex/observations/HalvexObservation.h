@@ -151,9 +151,10 @@ public:
     bool LoadData(const unsigned char* buffer, std::size_t size, std::size_t& offset);
     [[nodiscard]] std::size_t getSize() const;
     /// A record with nothing valid: no saved form is shorter.
-    static constexpr std::size_t kSmallestSize = CPrnID::kSavedSize + 1 + kSlots * (4 + 2);
+    static constexpr std::size_t kSmallestSize = CPrnID::kSavedSize + 1 + std::size_t{kSlots} * (4 + 2);
     /// A record with everything valid: none is longer.
-    static constexpr std::size_t kLargestSize = kSmallestSize + 1 + 2 * 8 + kSlots * (3 * 8 + 2 * 4 + 2 * 2 + 2);
+    static constexpr std::size_t kLargestSize =
+        kSmallestSize + 1 + 2 * sizeof(double) + std::size_t{kSlots} * (3 * 8 + 2 * 4 + 2 * 2 + 2);
 
     /// Exact comparison of all fields, floating values included.
     friend HALVEX_EXPORT bool operator==(const CHalvexObservation& left, const CHalvexObservation& right);
@@ -232,7 +233,7 @@ private:
     static constexpr auto kHeadSizes = [] {
         std::array<std::uint8_t, 8> sizes{};
         for (std::uint32_t bits = 0; bits < sizes.size(); ++bits) {
-            const auto bit = [bits](Validity flag) { return (bits & flag) != 0 ? 1U : 0U; };
+            const auto bit = [bits](Validity flag) { return std::size_t{(bits & flag) != 0 ? 1U : 0U}; };
             sizes[bits] = static_cast<std::uint8_t>(CPrnID::kSavedSize + 1 + bit(kIssueOfDataValid) +
                                                     8 * (bit(kElevationMaskValid) + bit(kAzimuthValid)));
         }
