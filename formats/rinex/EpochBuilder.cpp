@@ -165,14 +165,8 @@ void EpochBuilder::fillSlot(const SlotColumns& columns, unsigned slot, std::span
     pseudorange(columns.precise, signals.pseudorangeP,
                 [&](double metres) { observation.setPseudorangeP(slot, metres); });
 
-    const bool wasThere = signals.phase != 0 && state.phaseEpoch[slot] + 1 == m_epochs;
-    const auto find = [&](char attribute) {  // 0: any
-        return std::find_if(columns.phase.begin(), columns.phase.end(), [&](const PhaseColumns& signal) {
-            return (attribute == 0 || signal.attribute == attribute) && at(signal.phase) != nullptr;
-        });
-    };
-    auto found = wasThere ? find(signals.phase) : columns.phase.end();
-    if (found == columns.phase.end()) found = find(0);
+    const auto found = std::find_if(columns.phase.begin(), columns.phase.end(),
+                                    [&](const PhaseColumns& signal) { return at(signal.phase) != nullptr; });
     const PhaseColumns* chosen = found != columns.phase.end() ? &*found : nullptr;
     bool lockLost = false;
     if (chosen != nullptr) {

@@ -154,11 +154,12 @@ TEST(EpochBuilder, LossOfLockAndLockCounts) {
         {"both", field(5.0, "3 "), '0', "L", 0},
         {"a second signal appears", l1c + field(6.0), '0', "P", 2000},
         {"the first one goes", none + field(6.0), '0', "LP", 0},
-        {"the other stays although the preferred one is back", l1c + field(6.0), '0', "P", 2000},
+        {"it goes on", none + field(6.0), '0', "P", 2000},
+        {"the preferred one is back", l1c + field(6.0), '0', "LP", 0},
         {"power failure", l1c + field(6.0), '1', "LP", 0},
-        {"goes on after it", none + field(6.0), '0', "P", 2000},
+        {"goes on after it", l1c, '0', "P", 2000},
         {"no phase", none, '0', "", 0},
-        {"a missed epoch begins the count anew, with the preferred signal", l1c + field(6.0), '0', "LP", 0},
+        {"a missed epoch begins the count anew", l1c, '0', "P", 0},
         {"goes on at last", l1c, '0', "P", 2000},
     };
     std::string text = header3("G    2 L1C L1W");
