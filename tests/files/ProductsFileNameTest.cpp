@@ -22,26 +22,23 @@ Names::TargetFileType compression(int number) {
 
 TEST(ProductsFileName, LongNames) {
     struct Row {
-        const char* what;
         const char* site;
         RnxLongFileNameParam parameters;
         double seconds;
         const char* want;
     };
-    const Row rows[] = {
-        {"upper case", "tlse", {"fra", 0, 0, "01d", 'R'}, kDay, "TLSE00FRA_R_20220010000_01D"},
-        {"numbers in full", "TLSE", {"FRA", 12, 345, "15M", 'S'}, kDay + 59999.0, "TLSE12345FRA_S_20220011639_15M"},
-        {"parts cut", "Toulouse", {"FRANCE", 1, 2, "01DAY", 'U'}, kDay, "TOUL12FRA_U_20220010000_01D"},
-        {"no site", "", {}, kDay + 86399.999, "UNKN00_S_20220012359_"},
-        {"null site", nullptr, {}, kDay, "UNKN00_S_20220010000_"},
-        {"last day of a year", "A", {"DEU", 0, 0, "01H", 'R'}, kDay - 3600.0, "A00DEU_R_20213652300_01H"}};
+    const Row rows[] = {{"tlse", {"fra", 12, 345, "15m", 'S'}, kDay + 59999.0, "TLSE12345FRA_S_20220011639_15M"},
+                        {"Toulouse", {"FRANCE", 1, 2, "01DAY", 'U'}, kDay, "TOUL12FRA_U_20220010000_01D"},
+                        {"", {}, kDay + 86399.999, "UNKN00_S_20220012359_"},
+                        {nullptr, {}, kDay, "UNKN00_S_20220010000_"},
+                        {"A", {"DEU", 0, 0, "01H", 'R'}, kDay - 3600.0, "A00DEU_R_20213652300_01H"}};
     for (const Row& row : rows) {
         std::string text;
         CString string;
         EXPECT_TRUE(Names::CreateRinexLongFileName(row.site, row.parameters, kWeek, row.seconds, text));
         EXPECT_TRUE(Names::CreateRinexLongFileName(row.site, row.parameters, kWeek, row.seconds, string));
-        EXPECT_EQ(text, row.want) << row.what;
-        EXPECT_EQ(string, row.want) << row.what;
+        EXPECT_EQ(text, row.want);
+        EXPECT_EQ(string, row.want);
     }
 }
 
@@ -57,10 +54,7 @@ TEST(ProductsFileName, ShortNames) {
                         {"hour 23", "Site", 2, 2, kDay + 86399.0, "SITE001x.22"},
                         {"daily", "Site", 3, 3, kDay + 86399.0, "site0010.22"},
                         {"minutes", "Site", 3, 1, kDay + 3600.0 + 15 * 60.0, "site001b15.22"},
-                        {"minute 5", "Site", 3, 1, kDay + 359.0, "site001a05.22"},
                         {"site cut", "LongSite", 0, 3, kDay, "Long0010.22"},
-                        {"no site as given", "", 0, 3, kDay, "Unkn0010.22"},
-                        {"no site, lower", "", 3, 3, kDay, "unkn0010.22"},
                         {"no site, upper", nullptr, 2, 3, kDay, "UNKN0010.22"}};
     for (const Row& row : rows) {
         CString name("before");
@@ -96,11 +90,9 @@ TEST(ProductsFileName, SpanOfAFile) {
         double start, end;
         int want;
     };
-    const Row rows[] = {{"15 minutes", 0.0, 899.0, 1},
-                        {"29 minutes within a half-hour", 0.0, 1740.0, 1},
+    const Row rows[] = {{"29 minutes within a half-hour", 0.0, 1740.0, 1},
                         {"29 minutes across one", 900.0, 2640.0, 2},
                         {"30 minutes", 0.0, 1800.0, 2},
-                        {"one hour", 3600.0, 7199.0, 2},
                         {"one hour across noon", 41400.0, 45000.0, 3},
                         {"just under 12 hours within a half-day", 0.0, 43199.999, 2},
                         {"12 hours", 0.0, 43200.0, 3},
@@ -122,14 +114,10 @@ TEST(ProductsFileName, ChangedRinexNames) {
                         {"/data/site0010.22o", 1, false, false, false, "/data/site0010.zip"},
                         {"/data/site0010.22o", 2, false, false, true, "site0010o.gz"},
                         {"C:\\data\\site0010.22o", 3, false, false, false, "C:\\data\\site0010o.Z"},
-                        {"C:site0010.22o", 3, false, false, true, "site0010o.Z"},
                         {"a/b\\c.d/site", 2, false, false, true, "site.gz"},
-                        {"a.b/site", 2, false, false, false, "a.b/site.gz"},
                         {"report.htm", 2, false, false, false, "reporth.gz"},
-                        {"report.log", 3, false, false, false, "reportl.Z"},
                         {"report.html", 2, false, false, false, "report.gz"},
                         {"X_01D_MO.rnx", 2, true, false, false, "X_01D_MO.rnx.gz"},
-                        {"X_01D_MO.crx", 3, true, true, false, "X_01D_MO.crx.Z"},
                         {"X_01D_MO.obs", 1, true, true, false, "X_01D_MO.crx.zip"},
                         {"dir/X_01D_MO.obs", 1, true, false, true, "X_01D_MO.rnx.zip"}};
     for (const Row& row : rows) {
@@ -139,12 +127,9 @@ TEST(ProductsFileName, ChangedRinexNames) {
             1);
         EXPECT_EQ(name, row.want) << row.name << ' ' << row.type;
     }
-    for (const auto& [name, type] : {std::pair{"", 1}, {"a.b", 4}, {"a.b", -1}}) {
-        CString changed("before");
-        EXPECT_EQ(Names::ChangeRinexFileName(name, compression(type), false, changed), 0) << type;
-        EXPECT_TRUE(changed.IsEmpty());
-    }
-    CString name;
+    CString name("before");
+    EXPECT_EQ(Names::ChangeRinexFileName("a.b", compression(4), false, name), 0);
+    EXPECT_TRUE(name.IsEmpty());
     EXPECT_EQ(Names::ChangeRinexFileName((std::string(300, 'd') + '/' + std::string(300, 'n') + ".22o").c_str(),
                                          Names::TARGET_NONE, false, name),
               1);
@@ -163,33 +148,25 @@ TEST(ProductsFileName, ChangedNamesOfOtherProducts) {
                         {"events.log", 2, false, false, "eventsl.gz"}, {"events.log", 1, false, false, "events.zip"},
                         {"events.log", 3, false, true, "eventsogl.Z"}, {"site.T2", 2, false, true, "site.gz"},
                         {"site.T02", 2, true, true, "site.T02.gz"},    {"site.T02", 1, true, true, "site.rnx.zip"}};
-    for (const Row& row : rows) {
-        CString mdb, qc, events;
-        EXPECT_EQ(Names::ChangeMdbFileName(row.name, compression(row.type), row.longName, mdb, row.keepNumber), 1);
-        EXPECT_EQ(Names::ChangeQCFileName(row.name, compression(row.type), row.longName, qc, row.keepNumber), 1);
-        EXPECT_EQ(Names::ChangeEventLogFileName(row.name, compression(row.type), row.longName, events, row.keepNumber),
-                  1);
-        EXPECT_EQ(mdb, row.want) << row.name << ' ' << row.type;
-        EXPECT_EQ(qc, row.want);
-        EXPECT_EQ(events, row.want);
+    using Change = int (*)(const char*, Names::TargetFileType, bool, CString&, bool, bool);
+    const Change changes[] = {Names::ChangeMdbFileName, Names::ChangeQCFileName, Names::ChangeEventLogFileName};
+    for (const Change change : changes) {
+        for (const Row& row : rows) {
+            CString changed;
+            EXPECT_EQ(change(row.name, compression(row.type), row.longName, changed, row.keepNumber, false), 1);
+            EXPECT_EQ(changed, row.want) << row.name << ' ' << row.type;
+        }
     }
     CString name;
     EXPECT_EQ(Names::CreateQCFileName("QC_", CGPSTime(2022, 3, 4, 5, 6, 7.9), name), 1);
     EXPECT_EQ(name, "QC_20220304_050607.log");
 }
 
-TEST(ProductsFileName, CompressionTable) {
-    const char* const extensions[] = {"", ".zip", ".gz", ".Z"};
-    const char* const names[] = {"None", "Zip", "GZip", "Unix compress"};
-    for (const int type : {-1, 0, 1, 2, 3, 4}) {
-        const bool known = type >= 0 && type <= 3;
-        CString extension("before"), name("before");
-        EXPECT_EQ(Names::GetFileExtension(compression(type), extension), known ? 1 : 0);
-        EXPECT_EQ(Names::GetCompressionTypeNames(compression(type), name), known ? 1 : 0);
-        EXPECT_EQ(extension, known ? extensions[type] : "") << type;
-        EXPECT_EQ(name, known ? names[type] : "") << type;
+TEST(ProductsFileName, NamesOfCompressions) {
+    const char* const names[] = {"None", "Zip", "GZip", "Unix compress", ""};
+    for (const int type : {0, 1, 2, 3, 4}) {
+        CString name("before");
+        EXPECT_EQ(Names::GetCompressionTypeNames(compression(type), name), type < 4 ? 1 : 0);
+        EXPECT_EQ(name, names[type]) << type;
     }
-    CString example;
-    EXPECT_EQ(Names::Test(example), 1);
-    for (unsigned int number = 0; number < 6; ++number) EXPECT_EQ(Names::Test(number), number < 4 ? 1 : 0);
 }

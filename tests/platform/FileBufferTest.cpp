@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <numeric>
 #include <string>
 
 #include "halvex/platform/kernix/FileReadBuffer.h"
@@ -38,29 +37,28 @@ std::uint64_t positionOf(CFileWriteBuffer& file) {
 TEST(FileWriteBuffer, VersionWordIsWrittenOrReported) {
     const TemporaryFolder folder;
     struct Row {
-        const char* what;
         std::string before;
         bool overwrite;
         std::uint32_t reported;
         std::string after;  // after appending "x"
     };
-    const Row rows[] = {{"created", "(missing)", false, 2, kVersion2 + "x"},
-                        {"empty", "", false, 2, kVersion2 + "x"},
-                        {"three bytes", "\7\7\7", false, 2, kVersion2 + "x"},
-                        {"version only", kVersion2, false, 2, kVersion2 + "x"},
-                        {"other version", "\1\2\3\4old", false, 0x04030201, "\1\2\3\4oldx"},
-                        {"overwritten", "\1\2\3\4old", true, 2, kVersion2 + "x"}};
+    const Row rows[] = {{"", false, 2, kVersion2 + "x"},
+                        {"\7\7\7", false, 2, kVersion2 + "x"},
+                        {kVersion2, false, 2, kVersion2 + "x"},
+                        {"\1\2\3\4old", false, 0x04030201, "\1\2\3\4oldx"},
+                        {"\1\2\3\4old", true, 2, kVersion2 + "x"}};
     for (const Row& row : rows) {
-        const std::string name = folder.path(row.what);
-        if (row.before != "(missing)") writeFile(name, row.before);
+        SCOPED_TRACE(row.before);
+        const std::string name = folder.path("file");
+        writeFile(name, row.before);
         CFileWriteBuffer file;
         std::uint32_t version = 2;
-        ASSERT_TRUE(file.Open(name.c_str(), 100, 0, row.overwrite, kShareReadWrite, &version)) << row.what;
-        EXPECT_EQ(version, row.reported) << row.what;
-        EXPECT_EQ(file.GetFileSizeEx(), row.after.size() - 1) << row.what << ": the word is there at once";
+        ASSERT_TRUE(file.Open(name.c_str(), 100, 0, row.overwrite, kShareReadWrite, &version));
+        EXPECT_EQ(version, row.reported);
+        EXPECT_EQ(file.GetFileSizeEx(), row.after.size() - 1) << "the word is there at once";
         EXPECT_TRUE(write(file, "x"));
         EXPECT_TRUE(file.Close());
-        EXPECT_EQ(readFile(name), row.after) << row.what;
+        EXPECT_EQ(readFile(name), row.after);
     }
 }
 
@@ -134,19 +132,19 @@ TEST(FileWriteBuffer, FullDiskKeepsAcceptedPiecesInTheirPlace) {
     EXPECT_TRUE(file.Flush());
     EXPECT_EQ(readFile(name), "0000222233335555");
     EXPECT_EQ(file.GetLastError(), std::errc::file_too_large) << "kept until the next Open";
-    {
-        const FileSizeLimit full(16);
-        EXPECT_TRUE(write(file, "6"));
-        EXPECT_FALSE(file.Close()) << "the last byte is lost, and that is reported";
-        std::uint32_t version = 2;
-        EXPECT_TRUE(file.Open(folder.path("new").c_str(), 8, 0, false, kShareReadWrite, &version));
-        EXPECT_FALSE(file.GetLastError());
-    }
+    const FileSizeLimit stillFull(16);
+    EXPECT_TRUE(write(file, "6"));
+    EXPECT_FALSE(file.Close()) << "the last byte is lost, and that is reported";
+}
+
+TEST(FileWriteBuffer, FullDiskLeavesNoPartOfAVersionWord) {
+    const TemporaryFolder folder;
+    CFileWriteBuffer file;
     const FileSizeLimit full(3);
     std::uint32_t version = 2;
-    EXPECT_FALSE(file.Open(folder.path("no word").c_str(), 8, 0, false, kShareReadWrite, &version));
+    EXPECT_FALSE(file.Open(folder.path("file").c_str(), 8, 0, false, kShareReadWrite, &version));
     EXPECT_FALSE(file.IsOpen());
-    EXPECT_EQ(readFile(folder.path("no word")), "");
+    EXPECT_EQ(readFile(folder.path("file")), "");
 }
 
 TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
@@ -157,7 +155,6 @@ TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     for (std::size_t i = 0; i < kSize; ++i) content[i] = static_cast<char>(i * 7 + i / 251);
     writeFile(name, content);
     CFileReadBuffer file;
-    EXPECT_EQ(file.GetData(0, 1), nullptr) << "not open";
     std::uint32_t version = 0;
     ASSERT_TRUE(file.Open(name.c_str(), kShareReadWrite, &version));
     EXPECT_EQ(version, 0x150e0700u);
@@ -165,25 +162,21 @@ TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     struct Row {
         std::uint64_t position, size;
     };
-    const Row rows[] = {{0, 10},        {10, 3000},     {262140, 8}, {100, 4},   {5, 2 << 20},
-                        {2 << 20, 100}, {kSize - 1, 1}, {0, kSize},  {kSize, 0}, {kSize - 262144, 262144},
-                        {7, 0},         {kSize - 9, 9}};
+    const Row rows[] = {{0, 10},      {262140, 8},    {100, 4},
+                        {5, 2 << 20}, {kSize - 1, 1}, {0, kSize},
+                        {kSize, 0},   {7, 0},         {kSize - 262144, 262144}};
     for (const Row& row : rows) {
         const unsigned char* data = file.GetData(row.position, row.size);
         ASSERT_NE(data, nullptr) << row.position << '+' << row.size;
         EXPECT_EQ(std::memcmp(data, content.data() + row.position, row.size), 0) << row.position << '+' << row.size;
     }
     constexpr std::uint64_t kMax = ~std::uint64_t{0};
-    const Row outside[] = {{0, kSize + 1}, {kSize, 1},   {kSize + 1, 0}, {kMax, 1},
-                           {1, kMax},      {kMax, kMax}, {4, 1ull << 40}};
+    const Row outside[] = {{0, kSize + 1}, {kSize, 1}, {kSize + 1, 0}, {1, kMax}, {kMax, kMax}, {4, 1ull << 40}};
     for (const Row& row : outside) EXPECT_EQ(file.GetData(row.position, row.size), nullptr) << row.position;
     EXPECT_FALSE(file.GetLastError());
 
     const unsigned char* window = file.GetData(0, 4096);
     EXPECT_EQ(file.GetData(96, 4000), window + 96) << "no copy inside the window";
-    CFileReadBuffer heir(file);
-    EXPECT_FALSE(file.IsOpen());
-    EXPECT_EQ(heir.GetData(96, 4000), window + 96);
 }
 
 TEST(FileReadBuffer, FollowsAFileThatGrowsOrIsCutOff) {
