@@ -34,8 +34,6 @@ TEST(LeapSecondPlausibility, Table) {
     };
     const Row rows[] = {
         {"repeated announcement, whatever the LS", usual, 5, 18, kJanuary2017, 57764, false, true},
-        {"next event", usual, 18, 19, kJuly2017, 57764, false, true},
-        {"no LSF", usual, 18, 0, kJuly2017, 57764, true, false},
         {"no day", usual, 18, 19, 0, 57764, true, false},
         {"two seconds at once", usual, 17, 19, kJuly2017, 57764, true, false},
         {"extremes that agree", {kMin, kMin, kMin, kMax}, kMax, kMax, kMax, 57764, false, false},

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <atomic>
 #include <limits>
 #include <thread>
@@ -17,44 +19,33 @@ using SGPSLeapSeconds = IGPSLeapSeconds::SGPSLeapSeconds;
 using LeapSeconds = LeapSecondTest;
 
 TEST_F(LeapSeconds, ChangeStrictlyAfterTheStartOfTheDayPlusLs) {
-    struct Row {
-        SMjdTime instant;
-        int want;
-    };
-    const Row rows[] = {{SMjdTime(2016, 12, 31, 23, 59, 59.0), 17},
-                        {SMjdTime(2017, 1, 1, 0, 0, 17.0), 17},
-                        {SMjdTime(2017, 1, 1, 0, 0, 17.001), 18},
-                        {SMjdTime(), 17}};
+    const std::pair<SMjdTime, int> rows[] = {{SMjdTime(2016, 12, 31, 23, 59, 59.0), 17},
+                                             {SMjdTime(2017, 1, 1, 0, 0, 17.0), 17},
+                                             {SMjdTime(2017, 1, 1, 0, 0, 17.001), 18},
+                                             {SMjdTime(), 17}};
     for (const bool table : {false, true}) {
         if (table) InitCentralLeapSeconds();
-        for (const Row& row : rows) EXPECT_EQ(GetGPSLeapSeconds(row.instant), row.want) << row.instant.GetAsMjd();
+        for (const auto& [instant, want] : rows) EXPECT_EQ(GetGPSLeapSeconds(instant), want) << instant.GetAsMjd();
         EXPECT_EQ(inForce(), Values(17, 18, kJanuary2017));
     }
 }
 
 TEST_F(LeapSeconds, AnUnsetInstantMeansNowForAGivenTable) {
     InitCentralLeapSeconds();
-    CGPSLeapSeconds& table = CGPSLeapSeconds::getInstance();
-    EXPECT_EQ(GetGPSLeapSeconds(table, SMjdTime()), 17);
     m_clock.utc = TestClock::stamp(2020, 1, 1);
-    EXPECT_EQ(GetGPSLeapSeconds(table, SMjdTime()), 18);
-    EXPECT_EQ(GetGPSLeapSeconds(table, SMjdTime(57000.0)), 17);
-    int ls = 0;
-    int lsf = 0;
-    int lsfMjd = 0;
+    EXPECT_EQ(GetGPSLeapSeconds(CGPSLeapSeconds::getInstance(), SMjdTime()), 18);
+    EXPECT_EQ(GetGPSLeapSeconds(SMjdTime()), 17);
+    int ls = 0, lsf = 0, lsfMjd = 0;
     EXPECT_TRUE(GetGPSLeapSeconds(SMjdTime(58000.0), ls, lsf, lsfMjd));
     EXPECT_EQ(Values(ls, lsf, lsfMjd), Values(18, 18, kJanuary2017)) << "the first is that of the instant";
 }
 
 TEST_F(LeapSeconds, WithoutATableNothingIsTakenOrHarmed) {
-    EXPECT_FALSE(CGPSLeapSeconds::hasInstance());
     UpdateCentralLeapSecondsFromDB();
     CGPSLeapSeconds::ShutDown(true);
     EXPECT_FALSE(SetAutomaticGPSLeapSeconds(&m_record, 18, 19, kJuly2017, 0));
     EXPECT_FALSE(SetManualGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
     EXPECT_FALSE(SetSimulationGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
-    EXPECT_EQ(inForce(), Values(17, 18, kJanuary2017));
-    EXPECT_TRUE(CGPSLeapSeconds::getInstance().Validate());
     EXPECT_TRUE(m_record.take().empty());
 }
 
@@ -91,9 +82,6 @@ TEST_F(LeapSeconds, AClearedManualSetOrAFailedLoadIsNoEntry) {
 TEST_F(LeapSeconds, ShuttingDownSavesWhenTold) {
     for (const bool persist : {true, false}) {
         InitCentralLeapSeconds();
-        CGPSLeapSeconds* const first = &CGPSLeapSeconds::getInstance();
-        InitCentralLeapSeconds();
-        EXPECT_EQ(first, &CGPSLeapSeconds::getInstance());
         m_record.take();
         CGPSLeapSeconds::ShutDown(persist);
         EXPECT_EQ(m_record.take().size(), persist ? 2U : 0U);
@@ -102,58 +90,26 @@ TEST_F(LeapSeconds, ShuttingDownSavesWhenTold) {
     }
 }
 
-TEST_F(LeapSeconds, TheCentralStoreFillsIn) {
-    const SGPSLeapSeconds empties[] = {{0, 0, 0, 0}, {0, 18, kJanuary2017, 57662}, {-1, 18, kJanuary2017, 57662}};
-    for (const SGPSLeapSeconds& set : empties) {
-        CGPSLeapSeconds::ShutDown(false);
-        CGPSLeapSeconds::ResetFWCentralLeapSeconds();
-        m_record.automatic = set;
-        InitCentralLeapSeconds();
-        EXPECT_FALSE(CGPSLeapSeconds::getInstance().Validate());
-        EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 0);
-        BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 1955, 7, 1);
-        EXPECT_EQ(inForce(), Values(18, 19, kJuly2017));
-        BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 0, 0, 1);
-        EXPECT_EQ(inForce(), Values(18, 19, -1)) << "the day stays as the caller had it";
-        EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 19);
-    }
+TEST_F(LeapSeconds, TheCentralStoreFillsInForASetWithoutLs) {
+    m_record.automatic = {-1, 18, kJanuary2017, 57662};
+    InitCentralLeapSeconds();
+    EXPECT_FALSE(CGPSLeapSeconds::getInstance().Validate());
+    EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 0);
+    BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 1955, 7, 1);
+    EXPECT_EQ(inForce(), Values(18, 19, kJuly2017));
+    BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 0, 0, 1);
+    EXPECT_EQ(inForce(), Values(18, 19, -1)) << "the day stays as the caller had it";
+    EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 19);
 }
 
-TEST_F(LeapSeconds, ADerivedTableIsObeyed) {
-    struct Own : CGPSLeapSeconds {
-        bool GetGPSLeapSecondsData(int& ls, int& lsf, int& lsfMjd) override {
-            std::tie(ls, lsf, lsfMjd) = Values(100000, 31, 60000);
-            return true;
-        }
-        bool IsUnitTest() const override { return true; }
-    } own;
-    IGPSLeapSeconds& table = own;
-    EXPECT_EQ(table.GetGPSLeapSeconds(SMjdTime(60001.1)), 100000) << "past the end of the day";
-    EXPECT_EQ(table.GetGPSLeapSeconds(SMjdTime(60001.2)), 31);
-    own.SetFWCentralLeapSeconds({18, 19, 0, 0}, false);  // as a manual one, for tests
-    BSS::TIM::GpsC::setGpsLeapSecondsData(1, 1, 0, 0, 3);
-    EXPECT_EQ(central(), std::tuple(18, 19, 0, 0));
-}
-
-TEST_F(LeapSeconds, RollingAnAnnouncedChange) {
-    const SMjdTime instant(2017, 1, 1, 0, 0, 17.0), after(2017, 1, 1, 0, 0, 17.001);
-    struct Row {
-        const char* what;
-        int day;
-        SMjdTime now;
-        bool byDay, want;
-    };
-    const Row rows[] = {{"none announced", 0, after, true, false},
-                        {"negative day", -5, after, false, false},
-                        {"on the day", kJanuary2017, SMjdTime(57754.9), true, false},
-                        {"the day after", kJanuary2017, SMjdTime(57755.0), true, true},
-                        {"at the instant", kJanuary2017, instant, false, false},
-                        {"after the instant", kJanuary2017, after, false, true},
-                        {"end of the numbers", std::numeric_limits<std::int32_t>::max(), after, false, false}};
-    for (const Row& row : rows) {
-        SGPSLeapSeconds set(17, 18, row.day, 0);
-        EXPECT_EQ(UpdateLeapSecondsCheckFutureMjd(set, row.now, row.byDay), row.want) << row.what;
-        EXPECT_EQ(valuesOf(set), Values(row.want ? 18 : 17, 18, row.day)) << row.what;
+TEST_F(LeapSeconds, RollingByTheInstantGoesByTheLookup) {
+    constexpr int kEndOfNumbers = std::numeric_limits<std::int32_t>::max();
+    const std::tuple<int, double, bool> rows[] = {
+        {kJanuary2017, 17.0, false}, {kJanuary2017, 17.001, true}, {0, 18.0, false}, {kEndOfNumbers, 18.0, false}};
+    for (const auto& [day, second, want] : rows) {
+        SGPSLeapSeconds set(17, 18, day, 0);
+        EXPECT_EQ(UpdateLeapSecondsCheckFutureMjd(set, SMjdTime(2017, 1, 1, 0, 0, second), false), want) << day;
+        EXPECT_EQ(valuesOf(set), Values(want ? 18 : 17, 18, day)) << day;
     }
 }
 

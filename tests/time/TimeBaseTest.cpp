@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <cmath>
 #include <limits>
 
@@ -43,25 +45,20 @@ TEST(TimeClasses, SavedForm) {
 TEST(TimeClasses, LoadingNormalisesOrRefuses) {
     constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
     constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
-    struct Row {
-        std::int32_t day;
-        double milliseconds;
-        bool want;
-        SMjdTime wantTime;
-    };
     const auto at = SMjdTime::FromDayAndMilliseconds;
     const SMjdTime before(1.25);
-    const Row rows[] = {{57754, -1.0, true, at(57753, 86399999.0)}, {57754, 86400000.0, true, at(57755, 0.0)},
-                        {57754, 864000001.5, true, at(57764, 1.5)}, {kLast, 86399999.0, true, at(kLast, 86399999.0)},
-                        {kLast, 86400000.0, false, before},         {kFirst, -1.0, false, before},
-                        {57754, std::nan(""), false, before},       {0, 1e300, false, before}};
-    for (const Row& row : rows) {
+    const std::tuple<std::int32_t, double, bool, SMjdTime> rows[] = {
+        {57754, -1.0, true, at(57753, 86399999.0)}, {57754, 86400000.0, true, at(57755, 0.0)},
+        {57754, 864000001.5, true, at(57764, 1.5)}, {kLast, 86399999.0, true, at(kLast, 86399999.0)},
+        {kLast, 86400000.0, false, before},         {kFirst, -1.0, false, before},
+        {57754, std::nan(""), false, before},       {0, 1e300, false, before}};
+    for (const auto& [day, milliseconds, want, wantTime] : rows) {
         Bytes bytes(12);
-        halvex::storeLittleEndian(bytes.data(), row.day);
-        halvex::storeLittleEndian(bytes.data() + 4, row.milliseconds);
+        halvex::storeLittleEndian(bytes.data(), day);
+        halvex::storeLittleEndian(bytes.data() + 4, milliseconds);
         CTimeBase time(before);
-        EXPECT_EQ(time.loadData(bytes.data(), bytes.size()), row.want) << row.day << " " << row.milliseconds;
-        EXPECT_EQ(time, row.wantTime) << row.day << " " << row.milliseconds;
+        EXPECT_EQ(time.loadData(bytes.data(), bytes.size()), want) << day << " " << milliseconds;
+        EXPECT_EQ(time, wantTime) << day << " " << milliseconds;
     }
 }
 
@@ -80,18 +77,13 @@ TEST(TimeClasses, LastHalfMillisecondOfADay) {
 
 TEST(TimeClasses, Compare) {
     const CTimeBase time(2017, 5, 5, 10, 0, 30.0);
-    struct Row {
-        CTimeBase other;
-        bool timeOfDayOnly, toTheMinute;
-        int want;
-    };
-    const Row rows[] = {
+    const std::tuple<CTimeBase, bool, bool, int> rows[] = {
         {CTimeBase(2016, 6, 6, 11, 1, 45.0), false, false, 1}, {CTimeBase(2017, 4, 6, 11, 1, 45.0), false, false, 1},
         {CTimeBase(2017, 5, 6, 9, 0, 0.0), false, false, -1},  {CTimeBase(2017, 5, 6, 9, 0, 0.0), true, false, 1},
         {CTimeBase(2018, 5, 5, 10, 0, 45.0), true, true, 0},   {CTimeBase(2018, 5, 5, 10, 0, 45.0), true, false, -1},
         {CTimeBase(2018, 5, 5, 10, 1, 0.0), true, true, -1},   {CTimeBase(2017, 5, 5, 10, 0, 29.999), false, false, 1}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(time.Compare(row.other, row.timeOfDayOnly, row.toTheMinute), row.want) << row.other.GetAsMjd();
+    for (const auto& [other, timeOfDayOnly, toTheMinute, want] : rows) {
+        EXPECT_EQ(time.Compare(other, timeOfDayOnly, toTheMinute), want) << other.GetAsMjd();
     }
     EXPECT_TRUE(GPSTimeCompare(5, 0) > GPSTimeCompare(4, 4294967295U)) << "the week counts first";
 }
@@ -141,13 +133,7 @@ TEST(GpsTime, GlonassSecondsOfDay) {
 
 TEST(SystemTime, WeekMillisecondsWithinHalfAWeekOfNow) {
     constexpr unsigned int kHour = 3600000;
-    struct Row {
-        const char* what;
-        SYSTEMTIME now;
-        unsigned int milliseconds;
-        CSystemTime want;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, SYSTEMTIME, unsigned, CSystemTime> rows[] = {
         // week 1930 began on Sunday, 1 January 2017
         {"just before the week change", TestClock::stamp(2016, 12, 31, 23, 59), 5000, CSystemTime(1930, 5.0)},
         {"84 hours ahead stay", TestClock::stamp(2017, 1, 1), 84 * kHour, CSystemTime(1930, 302400.0)},
@@ -155,10 +141,10 @@ TEST(SystemTime, WeekMillisecondsWithinHalfAWeekOfNow) {
         {"84 hours back stay", TestClock::stamp(2017, 1, 4, 12), 0, CSystemTime(1930, 0.0)},
         {"one week back at most", TestClock::stamp(2017, 1, 1), 400 * kHour, CSystemTime(1931, 835200.0 - 604800.0)},
     };
-    for (const Row& row : rows) {
+    for (const auto& [what, now, milliseconds, want] : rows) {
         TestClock clock;
-        clock.utc = row.now;
-        EXPECT_EQ(CSystemTime(row.milliseconds), row.want) << row.what;
+        clock.utc = now;
+        EXPECT_EQ(CSystemTime(milliseconds), want) << what;
     }
 }
 
