@@ -92,19 +92,16 @@ TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
     const std::string base = folder.path("set");
     std::string damaged = kTwoRecords;
     damaged.replace(23, 4, "\xff\xff\xff\xff");  // the size of the second record
-    struct Row {
-        std::string index;
-        std::string want;
-    };
-    const Row rows[] = {{kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull), damaged + kThird},
-                        {kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
-                        {"\1\0\0\0", damaged.substr(0, 17)}};
-    for (const Row& row : rows) {
+    const std::pair<std::string, std::string> rows[] = {
+        {kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull), damaged + kThird},
+        {kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
+        {"\1\0\0\0", damaged.substr(0, 17)}};
+    for (const auto& [index, want] : rows) {
         CapturedLog log;
         writeFile(base + "t", damaged + kThird + "torn");
-        writeFile(base + "i", row.index);
+        writeFile(base + "i", index);
         append(base, "new");
-        EXPECT_EQ(readFile(base + "t"), row.want + record(2100, 0, "new"));
+        EXPECT_EQ(readFile(base + "t"), want + record(2100, 0, "new"));
     }
 }
 
