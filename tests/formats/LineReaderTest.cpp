@@ -63,7 +63,7 @@ TEST(LineReader, WhatIsNoTextIsRefusedWithItsLine) {
     const std::string longest(LineReader::kLongestLine, 'x');
     EXPECT_EQ(linesOf(longest + '\n').lines.size(), 1U);
     EXPECT_EQ(linesOf(longest).lines.size(), 1U);
-    for (const std::string tooLong : {longest + "x\nb\n", longest + longest + longest}) {
+    for (const std::string& tooLong : {longest + "x\nb\n", longest + longest + longest}) {
         EXPECT_EQ(linesOf("a\n" + tooLong).error, "f:2: a line of more than 65536 bytes; this is no text file");
     }
     const Lines nul = linesOf(std::string("a\nb\0c\nd\n", 8));
@@ -73,8 +73,10 @@ TEST(LineReader, WhatIsNoTextIsRefusedWithItsLine) {
 }
 
 TEST(LineReader, DamagedCompressionGivesItsGoodLinesThenTheFault) {
-    const std::string packed = test::gzip(manyLines());
-    const std::vector<std::string> all = linesOf(manyLines()).lines;
+    std::string text;
+    for (int i = 0; i < 3000; ++i) text += "line " + std::to_string(i * 7919) + '\n';
+    const std::string packed = test::gzip(text);
+    const std::vector<std::string> all = linesOf(text).lines;
     const std::size_t size = packed.size();
     for (std::size_t length = 2; length < size; length += length < 40 || length + 40 > size ? 1 : 211) {
         const Lines cut = linesOf(packed.substr(0, length));
@@ -92,19 +94,6 @@ TEST(LineReader, DamagedCompressionGivesItsGoodLinesThenTheFault) {
     EXPECT_EQ(linesOf(packed + "garbage").lines, all);
 }
 
-TEST(LineReader, PutBackGivesTheLineAgainUnderItsNumber) {
-    LineReader reader;
-    reader.openBytes("f", "a\nb\n");
-    EXPECT_EQ(reader.next(), "a");
-    reader.putBack();
-    reader.putBack();
-    EXPECT_EQ(reader.lineNumber(), 0U);
-    EXPECT_EQ(reader.next(), "a");
-    EXPECT_EQ(reader.next(), "b");
-    EXPECT_EQ(reader.next(), std::nullopt);
-    EXPECT_EQ(reader.lineNumber(), 2U);
-}
-
 TEST(LineReader, FilesAndFolders) {
     const test::TemporaryFolder folder;
     test::writeFile(folder.path("f"), manyLines());
@@ -113,11 +102,9 @@ TEST(LineReader, FilesAndFolders) {
     EXPECT_EQ(reader.error()->text(), folder.path("") + ": is a folder");
     EXPECT_FALSE(reader.open(folder.path("none")));
     EXPECT_NE(reader.error()->message.find("cannot be opened"), std::string::npos);
-    EXPECT_EQ(reader.next(), std::nullopt);
     ASSERT_TRUE(reader.open(folder.path("f")));
     EXPECT_EQ(linesOf(reader).lines, linesOf(manyLines()).lines);
-    EXPECT_EQ(reader.bytesRead(), manyLines().size());
-    EXPECT_EQ(reader.fileSize(), manyLines().size());
+    EXPECT_EQ(reader.bytesRead(), reader.fileSize());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <tuple>
 
 #include "formats/rinex/ObservationCodes.h"
 #include "formats/rinex/ObservationHeaderWriter.h"
@@ -45,17 +46,15 @@ TEST(ObservationCodes, TypesOfVersion2BecomeCodesBySystem) {
 }
 
 TEST(ObservationCodes, BeidouB1IHasBand2WhateverTheVersion) {
-    const auto text = [](const char* code, double fileVersion) {
-        return parseObservationCode(code, CALN::eCALSATSYSTEM_BEIDOU, fileVersion)->text();
-    };
-    EXPECT_EQ(text("C1I", 3.02), "C2I");
-    EXPECT_EQ(text("L1X", 3.02), "L2X");
-    EXPECT_EQ(text("C1P", 3.02), "C1P");
-    EXPECT_EQ(text("C1X", 3.03), "C1X");
-    EXPECT_EQ(text("C2I", 3.0), "C2I");
-    EXPECT_EQ(parseObservationCode("C1I", CALN::eCALSATSYSTEM_GPS, 3.02)->text(), "C1I");
+    using namespace CALN;
+    const std::tuple<const char*, double, const char*> rows[] = {
+        {"C1I", 3.02, "C2I"}, {"L1X", 3.02, "L2X"}, {"C1P", 3.02, "C1P"}, {"C1X", 3.03, "C1X"}, {"C2I", 3.0, "C2I"}};
+    for (const auto& [code, fileVersion, want] : rows) {
+        EXPECT_EQ(parseObservationCode(code, eCALSATSYSTEM_BEIDOU, fileVersion)->text(), want) << code;
+    }
+    EXPECT_EQ(parseObservationCode("C1I", eCALSATSYSTEM_GPS, 3.02)->text(), "C1I");
     for (const char* bad : {"", "C", "Q1C", "C0C", "CAC", "C1c", "C1CC"}) {
-        EXPECT_FALSE(parseObservationCode(bad, CALN::eCALSATSYSTEM_GPS, 3.05)) << bad;
+        EXPECT_FALSE(parseObservationCode(bad, eCALSATSYSTEM_GPS, 3.05)) << bad;
     }
 }
 
@@ -145,17 +144,12 @@ TEST(ObservationHeader, FaultsAreToldWithTheirLine) {
     };
     const std::pair<std::string, const char*> rows[] = {
         {"", "f: the file is empty"},
-        {"hello\n", "f:1: the first line is no RINEX VERSION / TYPE record"},
         {record("1.0                 COMPACT RINEX FORMAT", "CRINEX VERS   / TYPE"),
          "f:1: the file is Hatanaka-compressed; unpack it to RINEX first"},
         {record("     3.05           N: GNSS NAV DATA    M", "RINEX VERSION / TYPE"),
          "f:1: RINEX VERSION / TYPE: this is no observation file but \"N: GNSS NAV DATA\""},
-        {version("5.00"),
-         "f:1: RINEX VERSION / TYPE: version 5.00 is not supported; 2.00 to 2.12, 3.00 to 3.05 and 4.0x are"},
         {version("x.yz"), "f:1: RINEX VERSION / TYPE: columns 1 to 9: \"     x.yz\" is no number"},
         {version("3.05", "Q"), "f:1: RINEX VERSION / TYPE: satellite system 'Q' is not known"},
-        {version("3.05") + types, "f:2: END OF HEADER is missing"},
-        {version("3.05") + types + "> 2024\n", "f:3: END OF HEADER is missing before this line"},
         {version("3.05") + endOfHeader(), "f:2: SYS / # / OBS TYPES is missing"},
         {version("2.11") + record("     6    L1    L2    P1    P2    C1    S1    S2", "# / TYPES OF OBSERV"),
          "f:2: # / TYPES OF OBSERV: more types than announced"},
@@ -166,16 +160,11 @@ TEST(ObservationHeader, FaultsAreToldWithTheirLine) {
         {with("E    2 C1C", "SYS / # / OBS TYPES"), "f:4: SYS / # / OBS TYPES: 1 announced entries are missing"},
         {version("3.05") + record("E    2 C1C", "SYS / # / OBS TYPES") + types,
          "f:3: SYS / # / OBS TYPES: 1 announced types are missing before this line"},
-        {with("       C1X", "SYS / # / OBS TYPES"), "f:3: SYS / # / OBS TYPES: more types than announced"},
         {with("E    1 Q1C", "SYS / # / OBS TYPES"), "f:3: SYS / # / OBS TYPES: \"Q1C\" is no observation code"},
-        {with("G    7", "SYS / SCALE FACTOR"),
-         "f:3: SYS / SCALE FACTOR: a factor of 7; 1, 10, 100 and 1000 are allowed"},
         {with("G   10   1 C9C", "SYS / SCALE FACTOR"), "f:4: SYS / SCALE FACTOR: the file has no C9C"},
         {with("G L1C  0.2x", "SYS / PHASE SHIFT"),
          "f:3: SYS / PHASE SHIFT: columns 7 to 14: \" 0.2x   \" is no number"},
         {with("  1 R01 14", "GLONASS SLOT / FRQ #"), "f:3: GLONASS SLOT / FRQ #: R01: there is no channel 14"},
-        {with("  1 R32  1", "GLONASS SLOT / FRQ #"),
-         "f:3: GLONASS SLOT / FRQ #: satellite R32: GLONASS has satellites 1 to 31"},
         {with("  2010     3     5     0     0    0 .0000000     GPS", "TIME OF FIRST OBS"),
          "f:3: TIME OF FIRST OBS: time system \".0000000     GPS\" is not known"},
         {with("  2010     2    29     0     0    0.0000000", "TIME OF LAST OBS"),

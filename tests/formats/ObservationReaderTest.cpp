@@ -150,25 +150,19 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
     };
     const std::string one3 = "> 2024 07 08 00 00  1.0000000  0  1\n";
     const Row rows3[] = {
-        {"> 2024 07 08 00 00  1.0000000  9  0\n", "5: the epoch flag is '9', not 0 to 6"},
-        {"> 2024 10 310000.0000000  0  2\n", "5: the fields of the epoch's time are not where they belong"},
         {"> 2024 10 310 0 00  1.0000000  0  2\n", "5: the fields of the epoch's time are not where they belong"},
         {"> 2024 13 08 00 00  1.0000000  0  0\n", "5: the epoch's time \"2024 13 08 00 00  1.0000000\" is none"},
-        {"> 2024 07 08 00 00 61.0000000  0  0\n", "5: the epoch's time \"2024 07 08 00 00 61.0000000\" is none"},
         {">                              0  0\n", "5: the epoch has no time"},
         {"> 2024 07 08 00 00  1.0000000  0 -1\n", "5: the count \" -1\" behind the epoch flag is none"},
         {"> 2024 07 08 00 00  1.0000000  0  0      0.1x\n", "5: the receiver clock offset \"0.1x\" is no number"},
         {"G05\n", "5: an epoch line begins with \">\""},
         {"\n\n", "5: a blank line where an epoch should begin"},
         {one3 + "G45\n", "6: satellite G45: GPS has satellites 1 to 32"},
-        {one3 + "X01\n", "6: satellite \"X01\" is of no known system"},
-        {one3 + "G0A\n", "6: \"G0A\" is no satellite"},
         {one3 + "\n", "6: a satellite is missing"},
         {"> 2024 07 08 00 00  1.0000000  0  2\nG05\nG05\n", "7: satellite G05 stands twice in this epoch"},
         {one3 + "R05         1.000\n", "6: satellite R05: the header has no observation types of its system"},
         {one3 + "G05         1.000        1 .000\n", "6: G05: columns 20 to 33: \"      1 .000\" is no number"},
         {one3 + "G05         1.0008\n", "6: G05: column 18: loss-of-lock indicator \"8\" is not 0 to 7"},
-        {one3 + "G05         1.000           1.000 x\n", "6: G05: column 35: signal strength \"x\" is not 0 to 9"},
         {one3 + "G05         1.000                     zzz\n",
          "6: G05: column 36: text behind the last field: \"   zzz\""},
         {"> 2024 07 08 00 00  1.0000000  0  2\nG05         1.000\n",
@@ -179,9 +173,6 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
     const std::string good2 = " 05  3 24 13 10  9.0000000  0  1G07\n         7.000\n";
     const Row rows2[] = {
         {"05  3 24 13 10  1.0000000  0  1G05\n         5.000\n", "4: an epoch line begins with a blank"},
-        {" 05  3 24 13 10 1 .0000000  0  1G05\n         5.000\n",
-         "4: the epoch's time \"05  3 24 13 10 1 .0000000\" is none"},
-        {" 05  3 24 13 10  1.0000000  0  2G05\n         5.000\n", "4: a satellite is missing"},
         {" 05  3 24 13 10  1.0000000  0  1G05G06\n         5.000\n", "4: more satellites than the 1 counted"},
         {" 05  3 24 13 10  1.0000000  0  1G05"
          "                                      zz\n",

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <ostream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "formats/rinex/ObservationReader.h"
@@ -106,18 +105,11 @@ TEST_F(RinexRealData, EveryObservationFileIsReadAsASecondReaderReadsIt) {
     }
 }
 
-TEST_F(RinexRealData, OddFilesGiveTheirFault) {
-    const std::tuple<const char*, std::size_t, const char*> rows[] = {
-        {"rinex2_obs_BadEpochFlag.06o", 5, "41: the epoch flag is '9', not 0 to 6"},
-        {"rinex2_obs_BadLineSize.06o", 5, "56: G25: column 80: signal strength \"z\" is not 0 to 9"},
-        {"rinex3_obs_BadLineSize.15o", 36, "35: G05: column 115: signal strength \"z\" is not 0 to 9"},
-        {"rinex3_obs_InvalidTimeFormat.15o", 32, "31: the fields of the epoch's time are not where they belong"}};
-    for (const auto& [name, goodEpochs, want] : rows) {
-        const std::string file = m_data / "odd" / (std::string("test_input_") + name);
-        std::vector<std::string> errors;
-        EXPECT_EQ(ofReader(file, errors).epochs, goodEpochs) << file;
-        EXPECT_EQ(errors, std::vector<std::string>{file + ':' + want});
-    }
+TEST_F(RinexRealData, AFaultCostsItsEpochAlone) {
+    const fs::path file = m_data / "odd/test_input_rinex3_obs_BadLineSize.15o";
+    std::vector<std::string> errors;
+    EXPECT_EQ(ofReader(file, errors).epochs, 36U);
+    EXPECT_EQ(errors, std::vector{file.string() + ":35: G05: column 115: signal strength \"z\" is not 0 to 9"});
 }
 
 }  // namespace
