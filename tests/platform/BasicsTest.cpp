@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <tuple>
 #include <vector>
 
 #include "halvex/platform/kernix/PrnID.h"
-#include "halvex/platform/kernix/TraceUtil.h"
-#include "halvex/platform/mdb/LossOfLockDetector.h"
 #include "halvex/platform/mdb/PrnIdZ9.h"
 #include "halvex/platform/mjd/MjdTime.h"
 #include "halvex/platform/os/Clock.h"
@@ -34,16 +33,6 @@ TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
                                       {"A::b", 1, "too few {} {} {"}}));
 }
 
-TEST(Trace, OnlySwitchedOnCategoriesAreWritten) {
-    CapturedLog captured;
-    CTraceUtil::Trace(512, "off");
-    const std::uint32_t before = CTraceUtil::SetEnabled(512);
-    CTraceUtil::Trace(512, "on");
-    CTraceUtil::Trace(256, "other");
-    CTraceUtil::SetEnabled(before);
-    EXPECT_EQ(captured.take(), (Lines{{"Trace", 1, "[512] on"}}));
-}
-
 TEST(Clock, ShowsTheTimeOfTheSystem) {
     const SYSTEMTIME utc = os::GetSystemTime();
     const SMjdTime shown(utc.wYear, utc.wMonth, utc.wDay, utc.wHour, utc.wMinute, utc.wSecond);
@@ -65,35 +54,17 @@ TEST(PrnID, TakesOnlyKnownSatellitesButLoadsAny) {
 }
 
 TEST(SatelliteTable, MaximumNumbersAndLetters) {
-    const struct {
-        char letter;
-        int code;
-        unsigned char last;
-    } rows[] = {{'G', 1, 32}, {'R', 2, 24}, {'E', 3, 36}, {'S', 4, 39}, {'C', 5, 63}, {'J', 6, 10}, {'I', 7, 14}};
-    for (const auto& row : rows) {
-        const halvex::SatelliteSystem* system = halvex::systemOfLetter(row.letter);
-        ASSERT_NE(system, nullptr) << row.letter;
-        EXPECT_EQ(system->code, row.code);
-        EXPECT_EQ(system, halvex::systemOfTypeBit(static_cast<std::uint8_t>(1U << (row.code - 1))));
+    const std::tuple<char, int, unsigned char> rows[] = {{'G', 1, 32}, {'R', 2, 24}, {'E', 3, 36}, {'S', 4, 39},
+                                                         {'C', 5, 63}, {'J', 6, 10}, {'I', 7, 14}};
+    for (const auto& [letter, code, last] : rows) {
+        const halvex::SatelliteSystem* system = halvex::systemOfLetter(letter);
+        ASSERT_EQ(system, halvex::systemOfTypeBit(static_cast<std::uint8_t>(1U << (code - 1)))) << letter;
+        EXPECT_EQ(system->code, code);
         EXPECT_FALSE(MDB::CPrnIdZ9(system->code, 0).isValid());
-        EXPECT_TRUE(MDB::CPrnIdZ9(system->code, row.last).isValid());
-        EXPECT_FALSE(MDB::CPrnIdZ9(system->code, static_cast<unsigned char>(row.last + 1)).isValid());
+        EXPECT_TRUE(MDB::CPrnIdZ9(system->code, last).isValid());
+        EXPECT_FALSE(MDB::CPrnIdZ9(system->code, static_cast<unsigned char>(last + 1)).isValid());
     }
     EXPECT_EQ(halvex::systemOfLetter('X'), nullptr);
-}
-
-TEST(LossOfLockDetector, ReportsALossOnceAndSeesCountsThatGoDown) {
-    const MDB::CPrnIdZ9 satellite(CALN::eCALSATSYSTEM_GPS, 5);
-    MDB::CLossOfLockDetector detector;
-    detector.store(satellite, 0, false, 100);
-    EXPECT_FALSE(detector.takeLoss(satellite, 0));
-    detector.store(satellite, 0, true, 0);
-    detector.store(satellite, 0, false, 5);
-    EXPECT_TRUE(detector.takeLoss(satellite, 0));
-    EXPECT_FALSE(detector.takeLoss(satellite, 0));
-    detector.store(satellite, 0, false, 3);
-    EXPECT_TRUE(detector.takeLoss(satellite, 0));
-    EXPECT_FALSE(detector.takeLoss(satellite, 3));
 }
 
 }  // namespace

@@ -37,16 +37,13 @@ TEST(DateFormat, ImpossibleFieldsAreHarmless) {
     }
 }
 
-TEST(VariantDate, KnownDays) {
-    const std::pair<SYSTEMTIME, double> rows[] = {{TestClock::stamp(1899, 12, 31, 12), 1.5},
-                                                  {TestClock::stamp(1899, 12, 29, 6), -1.25},
+TEST(VariantDate, KnownDaysInBothDirections) {
+    const std::pair<SYSTEMTIME, double> rows[] = {{TestClock::stamp(1899, 12, 29, 6), -1.25},
                                                   {TestClock::stamp(100, 1, 1), -657434.0},
-                                                  {TestClock::stamp(9999, 12, 31), 2958465.0}};
+                                                  {TestClock::stamp(9999, 12, 31, 12), 2958465.5}};
     for (const auto& [stamp, want] : rows) {
-        ASSERT_EQ(os::toVariantDate(stamp), want);
-        const auto back = os::fromVariantDate(want);
-        ASSERT_TRUE(back.has_value()) << want;
-        EXPECT_EQ(os::toVariantDate(*back), want);
+        EXPECT_EQ(os::toVariantDate(stamp), want);
+        EXPECT_EQ(os::toVariantDate(os::fromVariantDate(want).value()), want);
     }
     EXPECT_EQ(os::fromVariantDate(29226.0)->wDayOfWeek, 0);
     EXPECT_EQ(os::fromVariantDate(0.99999999999)->wDay, 31) << "rounds into the next day";

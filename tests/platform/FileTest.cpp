@@ -1,9 +1,11 @@
 #include "halvex/platform/os/File.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <tuple>
 
 #include <string>
 
@@ -25,20 +27,16 @@ TEST(File, RefusesWhatIsNotARegularFileByACode) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
     const std::string pipe = folder.path("pipe"), itself = folder.path(""), missing = folder.path("no/such/file");
-    struct Row {
-        const char* what;
-        const char* name;
-        std::errc want;
-    };
-    const Row rows[] = {{"null", nullptr, std::errc::invalid_argument},
-                        {"folder", itself.c_str(), std::errc::is_a_directory},
-                        {"pipe nobody writes to", pipe.c_str(), std::errc::invalid_argument},
-                        {"missing", missing.c_str(), std::errc::no_such_file_or_directory}};
-    for (const Row& row : rows) {
+    const std::tuple<const char*, const char*, std::errc> rows[] = {
+        {"null", nullptr, std::errc::invalid_argument},
+        {"folder", itself.c_str(), std::errc::is_a_directory},
+        {"pipe nobody writes to", pipe.c_str(), std::errc::invalid_argument},
+        {"missing", missing.c_str(), std::errc::no_such_file_or_directory}};
+    for (const auto& [what, name, want] : rows) {
         os::File file;
-        EXPECT_EQ(file.openForReading(row.name, kShareReadWrite), row.want) << row.what;
-        EXPECT_TRUE(file.openForWriting(row.name, kShareReadWrite)) << row.what;
-        EXPECT_FALSE(file.isOpen()) << row.what;
+        EXPECT_EQ(file.openForReading(name, kShareReadWrite), want) << what;
+        EXPECT_TRUE(file.openForWriting(name, kShareReadWrite)) << what;
+        EXPECT_FALSE(file.isOpen()) << what;
     }
     for (const std::uint32_t mode : {1u, 2u, 4u}) {
         EXPECT_EQ(os::File().openForWriting(folder.path("file").c_str(), mode), std::errc::invalid_argument) << mode;
@@ -48,30 +46,23 @@ TEST(File, RefusesWhatIsNotARegularFileByACode) {
 TEST(File, ShareModesHoldWithinTheProcessAndAcrossProcesses) {
     const TemporaryFolder folder;
     const std::string name = folder.path("file");
-    struct Row {
-        std::uint32_t first, second;
-        bool allowed;
-    };
-    const Row rows[] = {{kShareReadWrite, kShareReadWrite, true},
-                        {kShareNone, kShareReadWrite, false},
-                        {kShareReadWrite, kShareNone, false}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.first << " then " << row.second);
-        const std::error_code want =
-            row.allowed ? std::error_code{} : make_error_code(std::errc::device_or_resource_busy);
-        os::File first;
-        ASSERT_FALSE(first.openForWriting(name.c_str(), row.first));
-        EXPECT_EQ(os::File().openForWriting(name.c_str(), row.second), want);
-        EXPECT_EQ(os::File().openForReading(name.c_str(), row.second), want);
-
+    const std::tuple<std::uint32_t, std::uint32_t, std::errc> rows[] = {
+        {kShareReadWrite, kShareReadWrite, std::errc{}},
+        {kShareNone, kShareReadWrite, std::errc::device_or_resource_busy},
+        {kShareReadWrite, kShareNone, std::errc::device_or_resource_busy}};
+    for (const auto& [first, second, want] : rows) {
+        SCOPED_TRACE(testing::Message() << first << " then " << second);
+        os::File owner;
+        ASSERT_FALSE(owner.openForWriting(name.c_str(), first));
+        EXPECT_EQ(os::File().openForWriting(name.c_str(), second).value(), static_cast<int>(want));
+        EXPECT_EQ(os::File().openForReading(name.c_str(), second).value(), static_cast<int>(want));
         const pid_t child = ::fork();
-        if (child == 0) ::_exit(os::File().openForWriting(name.c_str(), row.second) == want ? 0 : 1);
+        if (child == 0) ::_exit(os::File().openForWriting(name.c_str(), second).value());
         int status = -1;
         ASSERT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-
-        ASSERT_FALSE(first.close());
-        EXPECT_FALSE(os::File().openForWriting(name.c_str(), row.second)) << "free again";
+        EXPECT_EQ(WEXITSTATUS(status), static_cast<int>(want));
+        ASSERT_FALSE(owner.close());
+        EXPECT_FALSE(os::File().openForWriting(name.c_str(), second)) << "free again";
     }
 }
 

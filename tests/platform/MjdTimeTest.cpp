@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <cmath>
 #include <limits>
 #include <random>
@@ -9,12 +11,7 @@
 namespace {
 
 TEST(MjdTime, KnownInstants) {
-    const struct {
-        const char* what;
-        SMjdTime time;
-        std::int32_t day;
-        double milliseconds;
-    } rows[] = {
+    const std::tuple<const char*, SMjdTime, std::int32_t, double> rows[] = {
         {"GPS epoch", SMjdTime(0, 0.0), 44244, 0.0},
         {"month 13", SMjdTime(2020, 13, 1, 0, 0, 0.0), 59215, 0.0},
         {"month 0", SMjdTime(2021, 0, 1, 0, 0, 0.0), 59184, 0.0},
@@ -26,9 +23,9 @@ TEST(MjdTime, KnownInstants) {
         {"a decimal is met exactly", SMjdTime(2021, 1, 1, 0, 0, 8.03), 59215, 8030.0},
         {"RINEX seventh decimal", SMjdTime(2021, 1, 1, 0, 0, 1.2345678), 59215, 1234.5678},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.time.GetMjdDay(), row.day) << row.what;
-        EXPECT_EQ(row.time.GetMjdFractMilliseconds(), row.milliseconds) << row.what;
+    for (const auto& [what, time, day, milliseconds] : rows) {
+        EXPECT_EQ(time.GetMjdDay(), day) << what;
+        EXPECT_EQ(time.GetMjdFractMilliseconds(), milliseconds) << what;
     }
     EXPECT_FALSE(SMjdTime(0.0).IsSet()) << "the same as no time";
 }
@@ -98,29 +95,22 @@ TEST(MjdTime, SecondOfADateIsBelowSixty) {
 }
 
 TEST(MjdTime, RoundTo) {
-    const struct {
-        double milliseconds, step;
-        int unit;
-        double want;
-    } rows[] = {{1234.5, 10.0, 2, 1230.0},        {1234.5, 1.0, 2, 1235.0}, {1499.9, 1.0, 3, 1000.0},
-                {86399600.0, 1.0, 3, 86400000.0}, {1234.5, 0.0, 3, 1234.5}, {1234.5, 1.0, 9, 1234.5}};
-    for (const auto& row : rows) {
-        SMjdTime time = SMjdTime::FromDayAndMilliseconds(59215, row.milliseconds);
-        time.RoundTo(row.step, row.unit);
-        EXPECT_EQ(time, SMjdTime::FromDayAndMilliseconds(59215, row.want)) << row.milliseconds << ' ' << row.unit;
+    const std::tuple<double, double, int, double> rows[] = {{1234.5, 10.0, 2, 1230.0}, {1234.5, 1.0, 2, 1235.0},
+                                                            {1499.9, 1.0, 3, 1000.0},  {86399600.0, 1.0, 3, 86400000.0},
+                                                            {1234.5, 0.0, 3, 1234.5},  {1234.5, 1.0, 9, 1234.5}};
+    for (const auto& [milliseconds, step, unit, want] : rows) {
+        SMjdTime time = SMjdTime::FromDayAndMilliseconds(59215, milliseconds);
+        time.RoundTo(step, unit);
+        EXPECT_EQ(time, SMjdTime::FromDayAndMilliseconds(59215, want)) << milliseconds << ' ' << unit;
     }
 }
 
 TEST(MjdTime, MjdString) {
-    const auto text = [](const SMjdTime& time, std::size_t size = 256) {
-        char buffer[256] = "unchanged";
-        time.GetAsMJDString(buffer, size);
-        return std::string(buffer);
-    };
-    EXPECT_EQ(text(SMjdTime(57754.25)), "57754.250000000");
-    EXPECT_EQ(text(SMjdTime(-0.75)), "-0.750000000");
-    EXPECT_EQ(text(SMjdTime::FromDayAndMilliseconds(9, 86399999.99999)), "10.000000000");
-    EXPECT_EQ(text(SMjdTime(57754.25), 6), "57754");
+    char buffer[20];
+    SMjdTime::FromDayAndMilliseconds(-2, 86399999.99999).GetAsMJDString(buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "-1.000000000");
+    SMjdTime(57754.25).GetAsMJDString(buffer, 6);
+    EXPECT_STREQ(buffer, "57754");
 }
 
 }  // namespace
