@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include <array>
+#include <tuple>
 
 #include "halvex/time/GPSTime.h"
 

@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include <sstream>
+#include <tuple>
 
 #include "halvex/observations/HalvexUniqueID.h"
 #include "halvex/observations/TripleID.h"

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
-#include <cmath>
 #include <limits>
+#include <tuple>
 
 #include "halvex/observations/ContLockCount.h"
 #include "halvex/observations/HalvexObservation.h"

@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include <algorithm>
 #include <cstring>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "halvex/platform/kernix/FileReadBuffer.h"
 #include "halvex/platform/kernix/FileWriteBuffer.h"

@@ -5,9 +5,8 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <tuple>
-
 #include <string>
+#include <tuple>
 
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/TemporaryFolder.h"
@@ -26,21 +25,19 @@ std::span<const unsigned char> bytesOf(std::string_view text) {
 TEST(File, RefusesWhatIsNotARegularFileByACode) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
-    const std::string pipe = folder.path("pipe"), itself = folder.path(""), missing = folder.path("no/such/file");
-    const std::tuple<const char*, const char*, std::errc> rows[] = {
-        {"null", nullptr, std::errc::invalid_argument},
-        {"folder", itself.c_str(), std::errc::is_a_directory},
-        {"pipe nobody writes to", pipe.c_str(), std::errc::invalid_argument},
-        {"missing", missing.c_str(), std::errc::no_such_file_or_directory}};
-    for (const auto& [what, name, want] : rows) {
+    const std::pair<std::string, std::errc> rows[] = {
+        {"", std::errc::invalid_argument},
+        {folder.path(""), std::errc::is_a_directory},
+        {folder.path("pipe"), std::errc::invalid_argument},
+        {folder.path("no/such/file"), std::errc::no_such_file_or_directory}};
+    for (const auto& [name, want] : rows) {
         os::File file;
-        EXPECT_EQ(file.openForReading(name, kShareReadWrite), want) << what;
-        EXPECT_TRUE(file.openForWriting(name, kShareReadWrite)) << what;
-        EXPECT_FALSE(file.isOpen()) << what;
+        EXPECT_EQ(file.openForReading(name.c_str(), kShareReadWrite), want) << name;
+        EXPECT_TRUE(file.openForWriting(name.c_str(), kShareReadWrite)) << name;
+        EXPECT_FALSE(file.isOpen()) << name;
     }
-    for (const std::uint32_t mode : {1u, 2u, 4u}) {
-        EXPECT_EQ(os::File().openForWriting(folder.path("file").c_str(), mode), std::errc::invalid_argument) << mode;
-    }
+    EXPECT_EQ(os::File().openForReading(nullptr, kShareReadWrite), std::errc::invalid_argument);
+    EXPECT_EQ(os::File().openForWriting(folder.path("file").c_str(), 1), std::errc::invalid_argument) << "share mode";
 }
 
 TEST(File, ShareModesHoldWithinTheProcessAndAcrossProcesses) {

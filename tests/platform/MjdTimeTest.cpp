@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include <cmath>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace {
 

@@ -37,16 +37,6 @@ TEST(Monitor, ATakenPathGetsANumber) {
     EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#2");
 }
 
-TEST(Monitor, ContainersMayOutliveTheirTree) {
-    auto tree = std::make_unique<CMonitorTree>();
-    auto installed = std::make_unique<ScopedMonitorTree>(*tree);
-    CMonitorElementContainer container("Orphan");
-    installed.reset();
-    tree.reset();
-    CMonitorElement element(container, "Late");
-    EXPECT_EQ(CMonitorTree::getInstance().value("Orphan", "Late"), std::nullopt);
-}
-
 TEST(Monitor, OpenMetricsText) {
     CMonitorTree tree;
     const ScopedMonitorTree installed(tree);

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include <atomic>
 #include <limits>
 #include <thread>
+#include <tuple>
 
 #include "tests/support/Environment.h"
 #include "tests/time/LeapSecondFixture.h"

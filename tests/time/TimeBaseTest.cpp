@@ -4,10 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 #include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/platform/kernix/Time.h"
