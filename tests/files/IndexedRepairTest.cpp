@@ -86,7 +86,7 @@ TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
     const std::pair<std::string, std::string> rows[] = {
         {kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull), damaged + kThird},
         {kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
-        {"\1\0\0\0", damaged.substr(0, 17)}};
+        {"\1\0\0\0"s, damaged.substr(0, 17)}};
     for (const auto& [index, want] : rows) {
         CapturedLog log;
         writeFile(base + "t", damaged + kThird + "torn");
