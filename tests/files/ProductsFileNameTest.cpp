@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <tuple>
 
 #include "halvex/time/GPSTime.h"
 
@@ -21,54 +22,37 @@ Names::TargetFileType compression(int number) {
 }  // namespace
 
 TEST(ProductsFileName, LongNames) {
-    struct Row {
-        const char* what;
-        const char* site;
-        RnxLongFileNameParam parameters;
-        double seconds;
-        const char* want;
-    };
-    const Row rows[] = {
-        {"upper case", "tlse", {"fra", 0, 0, "01d", 'R'}, kDay, "TLSE00FRA_R_20220010000_01D"},
-        {"numbers in full", "TLSE", {"FRA", 12, 345, "15M", 'S'}, kDay + 59999.0, "TLSE12345FRA_S_20220011639_15M"},
-        {"parts cut", "Toulouse", {"FRANCE", 1, 2, "01DAY", 'U'}, kDay, "TOUL12FRA_U_20220010000_01D"},
-        {"no site", "", {}, kDay + 86399.999, "UNKN00_S_20220012359_"},
-        {"null site", nullptr, {}, kDay, "UNKN00_S_20220010000_"},
-        {"last day of a year", "A", {"DEU", 0, 0, "01H", 'R'}, kDay - 3600.0, "A00DEU_R_20213652300_01H"}};
-    for (const Row& row : rows) {
+    const std::tuple<const char*, RnxLongFileNameParam, double, const char*> rows[] = {
+        {"tlse", {"fra", 12, 345, "15m", 'S'}, kDay + 59999.0, "TLSE12345FRA_S_20220011639_15M"},
+        {"Toulouse", {"FRANCE", 1, 2, "01DAY", 'U'}, kDay, "TOUL12FRA_U_20220010000_01D"},
+        {"", {}, kDay + 86399.999, "UNKN00_S_20220012359_"},
+        {nullptr, {}, kDay, "UNKN00_S_20220010000_"},
+        {"A", {"DEU", 0, 0, "01H", 'R'}, kDay - 3600.0, "A00DEU_R_20213652300_01H"}};
+    for (const auto& [site, parameters, seconds, want] : rows) {
         std::string text;
         CString string;
-        EXPECT_TRUE(Names::CreateRinexLongFileName(row.site, row.parameters, kWeek, row.seconds, text));
-        EXPECT_TRUE(Names::CreateRinexLongFileName(row.site, row.parameters, kWeek, row.seconds, string));
-        EXPECT_EQ(text, row.want) << row.what;
-        EXPECT_EQ(string, row.want) << row.what;
+        EXPECT_TRUE(Names::CreateRinexLongFileName(site, parameters, kWeek, seconds, text));
+        EXPECT_TRUE(Names::CreateRinexLongFileName(site, parameters, kWeek, seconds, string));
+        EXPECT_EQ(text, want);
+        EXPECT_EQ(string, want);
     }
 }
 
 TEST(ProductsFileName, ShortNames) {
-    struct Row {
-        const char* what;
-        const char* site;
-        int siteCode, span;
-        double seconds;
-        const char* want;
-    };
-    const Row rows[] = {{"hour 0", "Site", 1, 2, kDay, "Site001a.22"},
-                        {"hour 23", "Site", 2, 2, kDay + 86399.0, "SITE001x.22"},
-                        {"daily", "Site", 3, 3, kDay + 86399.0, "site0010.22"},
-                        {"minutes", "Site", 3, 1, kDay + 3600.0 + 15 * 60.0, "site001b15.22"},
-                        {"minute 5", "Site", 3, 1, kDay + 359.0, "site001a05.22"},
-                        {"site cut", "LongSite", 0, 3, kDay, "Long0010.22"},
-                        {"no site as given", "", 0, 3, kDay, "Unkn0010.22"},
-                        {"no site, lower", "", 3, 3, kDay, "unkn0010.22"},
-                        {"no site, upper", nullptr, 2, 3, kDay, "UNKN0010.22"}};
-    for (const Row& row : rows) {
+    const std::tuple<const char*, const char*, int, int, double, const char*> rows[] = {
+        {"hour 0", "Site", 1, 2, kDay, "Site001a.22"},
+        {"hour 23", "Site", 2, 2, kDay + 86399.0, "SITE001x.22"},
+        {"daily", "Site", 3, 3, kDay + 86399.0, "site0010.22"},
+        {"minutes", "Site", 3, 1, kDay + 3600.0 + 15 * 60.0, "site001b15.22"},
+        {"site cut", "LongSite", 0, 3, kDay, "Long0010.22"},
+        {"no site, upper", nullptr, 2, 3, kDay, "UNKN0010.22"}};
+    for (const auto& [what, site, siteCode, span, seconds, want] : rows) {
         CString name("before");
-        EXPECT_EQ(Names::CreateRinexFileName(row.site, kWeek, row.seconds, name,
-                                             static_cast<Names::RinexSiteCodeType>(row.siteCode),
-                                             static_cast<Names::RinexFileNameType>(row.span)),
-                  1);
-        EXPECT_EQ(name, row.want) << row.what;
+        EXPECT_EQ(
+            Names::CreateRinexFileName(site, kWeek, seconds, name, static_cast<Names::RinexSiteCodeType>(siteCode),
+                                       static_cast<Names::RinexFileNameType>(span)),
+            1);
+        EXPECT_EQ(name, want) << what;
     }
     std::string name;
     Names::CreateRinexFileName("site", 1042, kDay, name, Names::SITECODE_LOWER, Names::RINEX_DAILY);
@@ -91,105 +75,61 @@ TEST(ProductsFileName, BuffersAreClearedAndNeverOverrun) {
 }
 
 TEST(ProductsFileName, SpanOfAFile) {
-    struct Row {
-        const char* what;
-        double start, end;
-        int want;
-    };
-    const Row rows[] = {{"15 minutes", 0.0, 899.0, 1},
-                        {"29 minutes within a half-hour", 0.0, 1740.0, 1},
-                        {"29 minutes across one", 900.0, 2640.0, 2},
-                        {"30 minutes", 0.0, 1800.0, 2},
-                        {"one hour", 3600.0, 7199.0, 2},
-                        {"one hour across noon", 41400.0, 45000.0, 3},
-                        {"just under 12 hours within a half-day", 0.0, 43199.999, 2},
-                        {"12 hours", 0.0, 43200.0, 3},
-                        {"a minute across the week's end", 604770.0, 604830.0, 3},
-                        {"backwards within a half-hour", 100.0, 0.0, 1}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(Names::getFileNameType(SMjdTime(kWeek, row.start), SMjdTime(kWeek, row.end)), row.want) << row.what;
+    const std::tuple<const char*, double, double, int> rows[] = {
+        {"29 minutes within a half-hour", 0.0, 1740.0, 1},
+        {"29 minutes across one", 900.0, 2640.0, 2},
+        {"30 minutes", 0.0, 1800.0, 2},
+        {"one hour across noon", 41400.0, 45000.0, 3},
+        {"just under 12 hours within a half-day", 0.0, 43199.999, 2},
+        {"12 hours", 0.0, 43200.0, 3},
+        {"a minute across the week's end", 604770.0, 604830.0, 3},
+        {"backwards within a half-hour", 100.0, 0.0, 1}};
+    for (const auto& [what, start, end, want] : rows) {
+        EXPECT_EQ(Names::getFileNameType(SMjdTime(kWeek, start), SMjdTime(kWeek, end)), want) << what;
     }
 }
 
 TEST(ProductsFileName, ChangedRinexNames) {
-    struct Row {
-        const char* name;
-        int type;
-        bool longName, hatanaka, dropPath;
-        const char* want;
-    };
-    const Row rows[] = {{"/data/site0010.22o", 0, false, false, false, "/data/site0010.22o"},
-                        {"/data/site0010.22o", 1, false, false, false, "/data/site0010.zip"},
-                        {"/data/site0010.22o", 2, false, false, true, "site0010o.gz"},
-                        {"C:\\data\\site0010.22o", 3, false, false, false, "C:\\data\\site0010o.Z"},
-                        {"C:site0010.22o", 3, false, false, true, "site0010o.Z"},
-                        {"a/b\\c.d/site", 2, false, false, true, "site.gz"},
-                        {"a.b/site", 2, false, false, false, "a.b/site.gz"},
-                        {"report.htm", 2, false, false, false, "reporth.gz"},
-                        {"report.log", 3, false, false, false, "reportl.Z"},
-                        {"report.html", 2, false, false, false, "report.gz"},
-                        {"X_01D_MO.rnx", 2, true, false, false, "X_01D_MO.rnx.gz"},
-                        {"X_01D_MO.crx", 3, true, true, false, "X_01D_MO.crx.Z"},
-                        {"X_01D_MO.obs", 1, true, true, false, "X_01D_MO.crx.zip"},
-                        {"dir/X_01D_MO.obs", 1, true, false, true, "X_01D_MO.rnx.zip"}};
-    for (const Row& row : rows) {
-        CString name;
-        EXPECT_EQ(
-            Names::ChangeRinexFileName(row.name, compression(row.type), row.longName, name, row.hatanaka, row.dropPath),
-            1);
-        EXPECT_EQ(name, row.want) << row.name << ' ' << row.type;
+    const std::tuple<const char*, int, bool, bool, bool, const char*> rows[] = {
+        {"/data/site0010.22o", 0, false, false, false, "/data/site0010.22o"},
+        {"/data/site0010.22o", 1, false, false, false, "/data/site0010.zip"},
+        {"/data/site0010.22o", 2, false, false, true, "site0010o.gz"},
+        {"C:\\data\\site0010.22o", 3, false, false, false, "C:\\data\\site0010o.Z"},
+        {"a/b\\c.d/site", 2, false, false, true, "site.gz"},
+        {"report.htm", 2, false, false, false, "reporth.gz"},
+        {"report.html", 2, false, false, false, "report.gz"},
+        {"X_01D_MO.rnx", 2, true, false, false, "X_01D_MO.rnx.gz"},
+        {"X_01D_MO.obs", 1, true, true, false, "X_01D_MO.crx.zip"},
+        {"dir/X_01D_MO.obs", 1, true, false, true, "X_01D_MO.rnx.zip"},
+        {"a.b", 4, false, false, false, ""}};
+    for (const auto& [before, type, longName, hatanaka, dropPath, want] : rows) {
+        CString name("before");
+        EXPECT_EQ(Names::ChangeRinexFileName(before, compression(type), longName, name, hatanaka, dropPath),
+                  type < 4 ? 1 : 0);
+        EXPECT_EQ(name, want) << before << ' ' << type;
     }
-    for (const auto& [name, type] : {std::pair{"", 1}, {"a.b", 4}, {"a.b", -1}}) {
-        CString changed("before");
-        EXPECT_EQ(Names::ChangeRinexFileName(name, compression(type), false, changed), 0) << type;
-        EXPECT_TRUE(changed.IsEmpty());
-    }
+    const std::string longPath = std::string(300, 'd') + '/' + std::string(300, 'n') + ".22o";
     CString name;
-    EXPECT_EQ(Names::ChangeRinexFileName((std::string(300, 'd') + '/' + std::string(300, 'n') + ".22o").c_str(),
-                                         Names::TARGET_NONE, false, name),
-              1);
+    EXPECT_EQ(Names::ChangeRinexFileName(longPath.c_str(), Names::TARGET_NONE, false, name), 1);
     EXPECT_EQ(name.str(), std::string(256, 'd') + std::string(256, 'n') + ".22o") << "each part at most 256";
 }
 
 TEST(ProductsFileName, ChangedNamesOfOtherProducts) {
-    struct Row {
-        const char* name;
-        int type;
-        bool longName, keepNumber;
-        const char* want;
-    };
-    const Row rows[] = {{"d/site.T02", 2, false, false, "d/site.gz"},  {"d/site.T02", 2, false, true, "d/site02.gz"},
-                        {"site.T02", 1, false, true, "site02.zip"},    {"site.T02", 0, false, true, "site.T02"},
-                        {"events.log", 2, false, false, "eventsl.gz"}, {"events.log", 1, false, false, "events.zip"},
-                        {"events.log", 3, false, true, "eventsogl.Z"}, {"site.T2", 2, false, true, "site.gz"},
-                        {"site.T02", 2, true, true, "site.T02.gz"},    {"site.T02", 1, true, true, "site.rnx.zip"}};
-    for (const Row& row : rows) {
-        CString mdb, qc, events;
-        EXPECT_EQ(Names::ChangeMdbFileName(row.name, compression(row.type), row.longName, mdb, row.keepNumber), 1);
-        EXPECT_EQ(Names::ChangeQCFileName(row.name, compression(row.type), row.longName, qc, row.keepNumber), 1);
-        EXPECT_EQ(Names::ChangeEventLogFileName(row.name, compression(row.type), row.longName, events, row.keepNumber),
-                  1);
-        EXPECT_EQ(mdb, row.want) << row.name << ' ' << row.type;
-        EXPECT_EQ(qc, row.want);
-        EXPECT_EQ(events, row.want);
+    const std::tuple<const char*, int, bool, bool, const char*> rows[] = {
+        {"d/site.T02", 2, false, false, "d/site.gz"},  {"d/site.T02", 2, false, true, "d/site02.gz"},
+        {"site.T02", 0, false, true, "site.T02"},      {"events.log", 2, false, false, "eventsl.gz"},
+        {"events.log", 1, false, false, "events.zip"}, {"events.log", 3, false, true, "eventsogl.Z"},
+        {"site.T2", 2, false, true, "site.gz"},        {"site.T02", 1, true, true, "site.rnx.zip"}};
+    using Change = int (*)(const char*, Names::TargetFileType, bool, CString&, bool, bool);
+    const Change changes[] = {Names::ChangeMdbFileName, Names::ChangeQCFileName, Names::ChangeEventLogFileName};
+    for (const Change change : changes) {
+        for (const auto& [before, type, longName, keepNumber, want] : rows) {
+            CString name;
+            EXPECT_EQ(change(before, compression(type), longName, name, keepNumber, false), 1);
+            EXPECT_EQ(name, want) << before << ' ' << type;
+        }
     }
     CString name;
     EXPECT_EQ(Names::CreateQCFileName("QC_", CGPSTime(2022, 3, 4, 5, 6, 7.9), name), 1);
     EXPECT_EQ(name, "QC_20220304_050607.log");
-}
-
-TEST(ProductsFileName, CompressionTable) {
-    const char* const extensions[] = {"", ".zip", ".gz", ".Z"};
-    const char* const names[] = {"None", "Zip", "GZip", "Unix compress"};
-    for (const int type : {-1, 0, 1, 2, 3, 4}) {
-        const bool known = type >= 0 && type <= 3;
-        CString extension("before"), name("before");
-        EXPECT_EQ(Names::GetFileExtension(compression(type), extension), known ? 1 : 0);
-        EXPECT_EQ(Names::GetCompressionTypeNames(compression(type), name), known ? 1 : 0);
-        EXPECT_EQ(extension, known ? extensions[type] : "") << type;
-        EXPECT_EQ(name, known ? names[type] : "") << type;
-    }
-    CString example;
-    EXPECT_EQ(Names::Test(example), 1);
-    for (unsigned int number = 0; number < 6; ++number) EXPECT_EQ(Names::Test(number), number < 4 ? 1 : 0);
 }

@@ -48,11 +48,8 @@ inline bool readIndependently(const std::string& name, const std::function<void(
         return true;
     };
     const auto stripped = [](std::string text) {
-        std::string kept;
-        for (const char c : text) {
-            if (c != ' ') kept += c;
-        }
-        return kept;
+        std::erase(text, ' ');
+        return text;
     };
 
     bool version2 = false;

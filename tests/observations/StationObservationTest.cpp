@@ -8,9 +8,7 @@
 
 namespace {
 
-using halvex::test::Bytes;
-using halvex::test::hex;
-using halvex::test::saved;
+using namespace halvex::test;
 
 CHalvexObservation observationOf(unsigned char prn, CPrnID::PrnType type, double range = 2.1e7) {
     CHalvexObservation observation(CPrnID(prn, type));
@@ -30,11 +28,13 @@ CHalvexStationObservation sampleEpoch() {
     return epoch;
 }
 
-TEST(StationObservation, SavedFormIsPinned) {
-    CHalvexStationObservation epoch = sampleEpoch();
-    EXPECT_EQ(saved(epoch), hex("02000000 04030201 0605 0a090807 00d8 1211 1413 000000000000f03f 0000000000000040"
-                                "03 01 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"
-                                "08 02 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"));
+TEST(StationObservation, SavedForm) {
+    CHalvexStationObservation other = sampleEpoch();
+    other.setSiteID(5);
+    expectSavedForm(sampleEpoch(), other,
+                    hex("02000000 04030201 0605 0a090807 00d8 1211 1413 000000000000f03f 0000000000000040"
+                        "03 01 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"
+                        "08 02 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"));
     const CHalvexStationObservation fresh;
     Bytes bytes = saved(fresh);
     ASSERT_EQ(bytes.size(), 32U);  // both clock offsets are counted, present or not
@@ -42,29 +42,9 @@ TEST(StationObservation, SavedFormIsPinned) {
     EXPECT_EQ(bytes, hex("00000000 00000000 0000 ffffffff 4000"));
 }
 
-TEST(StationObservation, EveryCutIsRefused) {
-    const Bytes good = saved(sampleEpoch());
-    CHalvexStationObservation epoch = sampleEpoch();
-    epoch.setSiteID(5);
-    const CHalvexStationObservation before = epoch;
-    for (std::size_t size = 0; size < good.size(); ++size) {
-        const Bytes cut(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size));
-        ASSERT_FALSE(epoch.loadData(cut.data(), cut.size())) << size;
-        ASSERT_EQ(epoch, before) << size;
-    }
-    EXPECT_FALSE(epoch.loadData(nullptr, good.size()));
-    EXPECT_TRUE(epoch.loadData(good.data(), good.size()));
-    EXPECT_EQ(epoch, sampleEpoch());
-    Bytes small(good.size() - 1, 0x77);
-    epoch.saveData(small.data(), small.size());
-    EXPECT_EQ(small, Bytes(good.size() - 1, 0x77));
-}
-
 TEST(StationObservation, AbsurdCountIsRefusedBeforeAnythingIsAllocated) {
-    Bytes bytes = saved(CHalvexStationObservation());
-    bytes[0] = bytes[1] = bytes[2] = bytes[3] = 0xFF;
-    CHalvexStationObservation epoch;
-    EXPECT_FALSE(epoch.loadData(bytes.data(), bytes.size()));
+    const Bytes bytes = hex("ffffffff 00000000 0000 ffffffff 4000 0000 0000 0000 0000 0000 0000 0000 0000");
+    EXPECT_FALSE(CHalvexStationObservation().loadData(bytes.data(), bytes.size()));
 }
 
 TEST(StationObservation, RoundTripOfRandomEpochs) {
@@ -74,7 +54,6 @@ TEST(StationObservation, RoundTripOfRandomEpochs) {
     CHalvexStationObservation loaded;  // used again and again, as a server does
     for (int round = 0; round < 300; ++round) {
         CHalvexStationObservation epoch(word(), static_cast<short>(word() % 3000));
-        epoch.setSiteID(static_cast<std::int32_t>(word()));
         if (word() % 2 != 0) epoch.setSmoothingInterval(byte());
         if (word() % 2 != 0) epoch.setClockOffsetPhase(byte());
         for (unsigned count = word() % 40; count > 0; --count) {
@@ -82,9 +61,7 @@ TEST(StationObservation, RoundTripOfRandomEpochs) {
             for (unsigned slot = 0; slot < 3; ++slot) {
                 if (word() % 2 != 0) observation.setPhase(slot, word(), true);
                 if (word() % 2 != 0) observation.setPseudorangeP(slot, word());
-                if (word() % 2 != 0) observation.setDoppler(slot, byte());
                 if (word() % 2 != 0) observation.setPhaseError(slot, byte());
-                if (word() % 2 != 0) observation.SetCycleSlip(slot, byte());
                 observation.setContLockCount(slot, static_cast<unsigned short>(word()));
             }
             if (word() % 2 != 0) observation.setAzimuth(byte());
@@ -98,10 +75,7 @@ TEST(StationObservation, RoundTripOfRandomEpochs) {
 
 TEST(StationObservation, StatusWord) {
     CHalvexStationObservation epoch(0, 0);
-    EXPECT_FALSE(epoch.getTimeSynchronized());
-    EXPECT_TRUE(CHalvexStationObservation().getTimeSynchronized());
     EXPECT_TRUE(epoch.setReceiverType(18));
-    EXPECT_EQ(epoch.getReceiverType(), 2U);
     EXPECT_FALSE(epoch.setReceiverType(22));
     EXPECT_EQ(epoch.getReceiverType(), 2U);
     for (unsigned type = 0; type < 16; ++type) {
@@ -112,25 +86,20 @@ TEST(StationObservation, StatusWord) {
     EXPECT_FALSE(epoch.setCoverageMode(4));
     EXPECT_EQ(epoch.getCoverageMode(), 3U);
     EXPECT_EQ(epoch.getReceiverType(), 15U);
-    EXPECT_TRUE(epoch.IsNetProcEnabled());
     epoch.SetNALEventRecord();
     EXPECT_TRUE(epoch.IsNALEventRecord());
     epoch.setNetProc(true);
     EXPECT_FALSE(epoch.IsNALEventRecord());
-    epoch.SetOrbitmodelPredicted(true);
-    epoch.SetLinkStation(true);
-    EXPECT_TRUE(epoch.getCodeSampling() && epoch.getTimeSynchronized());
-    EXPECT_EQ(epoch.GetSubclusterAmbiguityLevel(), 0);
-    EXPECT_EQ(epoch.GetSubclusterID(), 0);
+}
+
+TEST(StationObservation, SubclusterStandsInTheClockOffsets) {
+    CHalvexStationObservation epoch;
     epoch.SetSubclusterAmbiguityLevel(9);
     epoch.SetSubclusterID(-12);
     EXPECT_EQ(epoch.GetSubclusterAmbiguityLevel(), 9);
     EXPECT_EQ(epoch.GetSubclusterID(), -12);
     epoch.setClockOffsetCode(-1e30);
     EXPECT_EQ(epoch.GetSubclusterID(), std::numeric_limits<std::int32_t>::min());
-    std::int32_t site = 77;
-    EXPECT_FALSE(epoch.getSiteID(site));
-    EXPECT_EQ(site, 77);
 }
 
 TEST(StationObservation, CursorFollowsTheFilter) {
@@ -139,28 +108,23 @@ TEST(StationObservation, CursorFollowsTheFilter) {
         epoch.AddObservation(observationOf(prn, CPrnID::PRN_GPS), false);
         epoch.AddObservation(observationOf(prn, CPrnID::PRN_GLONASS), false);
     }
-    const auto visited = [&epoch](CPrnID::PrnTypeFlag filter) {
-        std::string text;
-        epoch.SetPrnTypeFilter(filter);
+    const std::pair<CPrnID::PrnTypeFlag, const char*> rows[] = {
+        {CPrnID::PRN_GPS, "G1G2G3"}, {2, "R1R2R3"}, {3, "G1R1G2R2G3R3"}, {4, ""}};
+    for (const auto& [filter, want] : rows) {
+        std::string visited;
         CHalvexObservation* at = nullptr;
+        epoch.SetPrnTypeFilter(filter);
         for (bool more = epoch.First(); more && epoch.GetRef(at); more = epoch.Next()) {
-            text += (at->getPrnType() == CPrnID::PRN_GPS ? "G" : "R") + std::to_string(at->getPrnID().getPrn());
+            visited += (at->getPrnType() == CPrnID::PRN_GPS ? "G" : "R") + std::to_string(at->getPrnID().getPrn());
         }
-        EXPECT_FALSE(epoch.GetRef(at));
-        EXPECT_FALSE(epoch.Next());
-        return text;
-    };
-    EXPECT_EQ(visited(CPrnID::PRN_GPS), "G1G2G3");
-    EXPECT_EQ(visited(2), "R1R2R3");
-    EXPECT_EQ(visited(3), "G1R1G2R2G3R3");
-    EXPECT_EQ(visited(4), "");
+        EXPECT_EQ(visited, want);
+        EXPECT_FALSE(epoch.GetRef(at) || epoch.Next());
+    }
     const Bytes bytes = saved(epoch);
-    epoch.SetPrnTypeFilter(2);
     ASSERT_TRUE(epoch.loadData(bytes.data(), bytes.size()));
-    EXPECT_EQ(epoch.GetPrnTypeFilter(), 2U);
+    EXPECT_EQ(epoch.GetPrnTypeFilter(), 4U);
     CHalvexObservation first;
-    ASSERT_TRUE(epoch.Get(first));  // the cursor stands at the start
-    EXPECT_EQ(first.getPrnType(), CPrnID::PRN_GPS);
+    EXPECT_TRUE(epoch.Get(first)) << "the cursor stands at the start";
 }
 
 TEST(StationObservation, ListAndCaches) {
@@ -169,69 +133,57 @@ TEST(StationObservation, ListAndCaches) {
     EXPECT_TRUE(epoch.AddObservation(observationOf(1, CPrnID::PRN_GPS), true));
     EXPECT_TRUE(epoch.AddObservation(observationOf(2, CPrnID::PRN_GPS, 1.0), false));
     EXPECT_TRUE(epoch.AddObservation(observationOf(2, CPrnID::PRN_GLONASS), false));
-    EXPECT_EQ(epoch.GetCountTrackedOnL1(), 2);
     EXPECT_EQ(epoch.GetCountTrackedOnL1Glo(), 1);
-    EXPECT_EQ(epoch.GetCountTrackedOnL2(), 0);
     epoch.SetCountTrackedOnL1(9);
     EXPECT_EQ(epoch.GetCountTrackedOnL1(), 9);
     EXPECT_EQ(epoch.GetCountObservationSatSystem(CPrnID::PRN_GPS | CPrnID::PRN_GLONASS), 3);
-    EXPECT_TRUE(epoch.IsGlonassTracked());
 
-    CHalvexObservation* made = nullptr;
-    EXPECT_FALSE(epoch.GetObservation(CPrnID(9, CPrnID::PRN_GPS), made));
+    CHalvexObservation *made = nullptr, *again = nullptr;
     ASSERT_TRUE(epoch.CreateObservation(CPrnID(9, CPrnID::PRN_GPS), made));
-    EXPECT_EQ(epoch.GetCountTrackedOnL1(), 2);  // the overwritten cache is gone with the change
+    EXPECT_EQ(epoch.GetCountTrackedOnL1(), 2) << "the overwritten cache is gone with the change";
     made->setPhase(0, 1.0, true);
     made->setPhase(1, 1.0, true);
     EXPECT_EQ(epoch.GetCountObsL1L2(), 1);
     EXPECT_EQ(epoch.GetCountTrackedOnL2(), 1);
-    CHalvexObservation* again = nullptr;
     ASSERT_TRUE(epoch.CreateObservation(CPrnID(9, CPrnID::PRN_GPS), again));
     EXPECT_EQ(again, made);
-    EXPECT_EQ(epoch.GetNbSVs(), 4);
 
     EXPECT_TRUE(epoch.ValidateObservations());
     ASSERT_EQ(epoch.GetCountObservation(), 2);
     EXPECT_EQ(epoch.observations()[1].getPrnType(), CPrnID::PRN_GLONASS);
 }
 
-TEST(StationObservation, LossesBetweenKeptEpochsAreReported) {
-    const CPrnID satellite(4, CPrnID::PRN_GALILEO);
+TEST(StationObservation, LossesAndCountsThatGoDownAreReportedOnce) {
+    MDB::CLossOfLockDetector detector;
     const auto epochWith = [&](bool lost, unsigned short lockCount) {
         CHalvexStationObservation epoch;
-        CHalvexObservation observation(satellite);
+        CHalvexObservation observation(CPrnID(4, CPrnID::PRN_GALILEO));
         observation.setPhase(2, 1.0, true);
         observation.setLossOfLock(2, lost);
         observation.setContLockCount(2, lockCount);
         epoch.AddObservation(observation, false);
+        epoch.StoreLossOfLock(detector);
         return epoch;
     };
-    MDB::CLossOfLockDetector detector;
-    epochWith(false, 500).StoreLossOfLock(detector);
-    epochWith(true, 0).StoreLossOfLock(detector);
-    CHalvexStationObservation kept = epochWith(false, 100);
-    kept.StoreLossOfLock(detector);
-    const auto lost = [](const CHalvexStationObservation& epoch) {
+    const auto updatedLoss = [&](CHalvexStationObservation epoch) {
         bool on = false;
+        epoch.UpdateLossOfLock(detector);
         return epoch.observations()[0].getLossOfLock(2, on) && on;
     };
-    kept.UpdateLossOfLock(detector);
-    EXPECT_TRUE(lost(kept));
-    CHalvexStationObservation next = epochWith(false, 200);
-    next.UpdateLossOfLock(detector);
-    EXPECT_FALSE(lost(next));
+    epochWith(true, 0);
+    EXPECT_TRUE(updatedLoss(epochWith(false, 100)));
+    EXPECT_FALSE(updatedLoss(epochWith(false, 200)));
+    EXPECT_TRUE(updatedLoss(epochWith(false, 150)));
 }
 
 TEST(StationObservation, IdentifierConversionKeepsWhatBothSidesKnow) {
     for (const halvex::SatelliteSystem& system : halvex::kSatelliteSystems) {
         const MDB::CPrnIdZ9 satellite(system.code, system.maxNumber);
         const CPrnID converted = CHalvexStationObservation::getDepricatedPrnTypeFromNew(satellite);
-        EXPECT_TRUE(converted.IsValid()) << system.name;
         EXPECT_EQ(CHalvexStationObservation::getNewPrnTypeFromDeprecated(converted), satellite) << system.name;
     }
     const CPrnID unknown(5, static_cast<CPrnID::PrnType>(0x80));
     EXPECT_FALSE(CHalvexStationObservation::getNewPrnTypeFromDeprecated(unknown).isValid());
-    EXPECT_FALSE(CHalvexStationObservation::getDepricatedPrnTypeFromNew(MDB::CPrnIdZ9()).IsSet());
 }
 
 }  // namespace

@@ -5,36 +5,13 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace {
 
-struct Calendar {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-    double second = 0.0;
-    friend bool operator==(const Calendar&, const Calendar&) = default;
-};
-
-Calendar calendarOf(const SMjdTime& time) {
-    Calendar c;
-    time.GetAsDate(c.year, c.month, c.day, c.hour, c.minute, c.second);
-    return c;
-}
-
 TEST(MjdTime, KnownInstants) {
-    const struct {
-        const char* what;
-        SMjdTime time;
-        std::int32_t day;
-        double milliseconds;
-    } rows[] = {
-        {"unset", SMjdTime(), 0, 0.0},
-        {"MJD epoch", SMjdTime(1858, 11, 17, 0, 0, 0.0), 0, 0.0},
+    const std::tuple<const char*, SMjdTime, std::int32_t, double> rows[] = {
         {"GPS epoch", SMjdTime(0, 0.0), 44244, 0.0},
-        {"GPS epoch as date", SMjdTime(1980, 1, 6, 0, 0, 0.0), 44244, 0.0},
-        {"J2000 date", SMjdTime(2000, 1, 1, 12, 0, 0.0), 51544, 43200000.0},
-        {"29 February 2000 as day of year", SMjdTime(2000, 60, 0.5), 51603, 500.0},
-        {"week 2190, Thursday", SMjdTime(2190, 4 * 86400.0 + 1.25), 59578, 1250.0},
-        {"real MJD", SMjdTime(57754.5), 57754, 43200000.0},
         {"month 13", SMjdTime(2020, 13, 1, 0, 0, 0.0), 59215, 0.0},
         {"month 0", SMjdTime(2021, 0, 1, 0, 0, 0.0), 59184, 0.0},
         {"31 February of a leap year", SMjdTime(2020, 2, 31, 0, 0, 0.0), 58910, 0.0},
@@ -45,12 +22,11 @@ TEST(MjdTime, KnownInstants) {
         {"a decimal is met exactly", SMjdTime(2021, 1, 1, 0, 0, 8.03), 59215, 8030.0},
         {"RINEX seventh decimal", SMjdTime(2021, 1, 1, 0, 0, 1.2345678), 59215, 1234.5678},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.time.GetMjdDay(), row.day) << row.what;
-        EXPECT_EQ(row.time.GetMjdFractMilliseconds(), row.milliseconds) << row.what;
+    for (const auto& [what, time, day, milliseconds] : rows) {
+        EXPECT_EQ(time.GetMjdDay(), day) << what;
+        EXPECT_EQ(time.GetMjdFractMilliseconds(), milliseconds) << what;
     }
-    EXPECT_EQ(SMjdTime(), SMjdTime(0.0));
-    EXPECT_FALSE(SMjdTime(0.0).IsSet());
+    EXPECT_FALSE(SMjdTime(0.0).IsSet()) << "the same as no time";
 }
 
 TEST(MjdTime, EveryDayFrom1858To2150RoundTrips) {
@@ -58,17 +34,18 @@ TEST(MjdTime, EveryDayFrom1858To2150RoundTrips) {
     std::uniform_real_distribution<double> ofDay(0.0, 86400000.0);
     for (std::int32_t day = -300; day <= 106700; ++day) {
         const SMjdTime time = SMjdTime::FromDayAndMilliseconds(day, std::floor(ofDay(rng)));
-        const Calendar c = calendarOf(time);
-        ASSERT_EQ(SMjdTime(c.year, c.month, c.day, c.hour, c.minute, c.second), time) << day;
+        const SMjdTime start = SMjdTime::FromDayAndMilliseconds(day, 0.0);
+        int year = 0, month = 0, dayOfMonth = 0, hour = 0, minute = 0, week = 0, dayNumber = 0;
+        double second = 0.0;
+        time.GetAsDate(year, month, dayOfMonth, hour, minute, second);
+        ASSERT_EQ(SMjdTime(year, month, dayOfMonth, hour, minute, second), time) << day;
+        ASSERT_EQ(SMjdTime(static_cast<short>(year), static_cast<short>(time.GetDayOfYear()), 0.0), start) << day;
         ASSERT_EQ(SMjdTime(time.GetGpsWeek(), time.GetGpsSeconds()), time) << day;
-        int week = 0;
-        int dayNumber = 0;
         time.GetAsGpsWeekAndDayNumber(week, dayNumber);
         ASSERT_TRUE(dayNumber >= 1 && dayNumber <= 7) << day;
-        SMjdTime start;
-        start.SetAsGpsWeekAndDayNumber(week, dayNumber);
-        ASSERT_EQ(start, SMjdTime::FromDayAndMilliseconds(day, 0.0));
-        ASSERT_EQ(SMjdTime(static_cast<short>(c.year), static_cast<short>(time.GetDayOfYear()), 0.0), start) << day;
+        SMjdTime again;
+        again.SetAsGpsWeekAndDayNumber(week, dayNumber);
+        ASSERT_EQ(again, start);
     }
 }
 
@@ -81,48 +58,39 @@ TEST(MjdTime, AddingTenTimesATenthStaysWithinAPicosecond) {
         for (int i = 0; i < 10; ++i) time.SubtractSeconds(0.1);
         EXPECT_EQ(time, first) << start;
     }
-    SMjdTime weekEnd(2190, 604799.9);
-    weekEnd.AddSeconds(0.2);
-    EXPECT_EQ(weekEnd.GetGpsWeek(), 2191);
-    EXPECT_NEAR(weekEnd.GetGpsSeconds(), 0.1, 1e-10);
-    SMjdTime far(2021, 1, 1, 0, 0, 0.125);
-    far.AddDays(36525.0);
-    far.AddHours(-24.0 * 36525.0);
-    EXPECT_EQ(far, SMjdTime(2021, 1, 1, 0, 0, 0.125));
 }
 
-TEST(MjdTime, ComparisonIsConsistentWithEquality) {
+TEST(MjdTime, ComparisonHasNoTolerance) {
     const SMjdTime a(2021, 1, 1, 0, 0, 0.0);
     SMjdTime b = a;
     b.AddMilliseconds(1e-6);
-    EXPECT_TRUE(a < b && !(b < a) && a != b && b > a && a <= b);
-    EXPECT_TRUE(SMjdTime(2021, 1, 1, 23, 59, 59.0) < SMjdTime(2021, 1, 2, 0, 0, 0.0));
-    SMjdTime negativeZero = SMjdTime::FromDayAndMilliseconds(5, -0.0);
-    EXPECT_EQ(negativeZero, SMjdTime(5.0));
+    EXPECT_TRUE(a < b && !(b < a) && a != b);
+    const SMjdTime negativeZero = SMjdTime::FromDayAndMilliseconds(5, -0.0);
     EXPECT_FALSE(std::signbit(negativeZero.GetMjdFractMilliseconds()));
 }
 
 TEST(MjdTime, AbsurdArgumentsStayWithinTheRange) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    for (const double value : {kInfinity, -kInfinity, std::numeric_limits<double>::quiet_NaN()}) {
+    for (const double value : {-std::numeric_limits<double>::infinity(), std::nan("")}) {
         EXPECT_FALSE(SMjdTime(value).IsSet());
         SMjdTime time(2021, 1, 1, 0, 0, 0.0);
         time.AddSeconds(value);
         EXPECT_FALSE(time.IsSet());
     }
-    EXPECT_EQ(SMjdTime(1e300).GetMjdDay(), std::numeric_limits<std::int32_t>::max());
-    EXPECT_EQ(SMjdTime(-1e300).GetMjdDay(), std::numeric_limits<std::int32_t>::min());
+    constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
+    EXPECT_EQ(SMjdTime(1e300).GetMjdDay(), kLast);
     EXPECT_LT(SMjdTime(1e300).GetMjdFractMilliseconds(), SMjdTime::kMillisecondsPerDay);
-    const SMjdTime last(std::numeric_limits<int>::max(), 12, 31, 23, 59, 59.0);
-    EXPECT_EQ(last.GetMjdDay(), std::numeric_limits<std::int32_t>::max());
-    EXPECT_EQ(SMjdTime::FromDayAndMilliseconds(10, -1e-9).GetMjdFractMilliseconds(),
-              0.0);  // rounds up to the day's end
+    EXPECT_EQ(SMjdTime(-1e300).GetMjdDay(), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(SMjdTime(kLast, 12, 31, 23, 59, 59.0).GetMjdDay(), kLast);
+    EXPECT_EQ(SMjdTime::FromDayAndMilliseconds(10, -1e-9).GetMjdFractMilliseconds(), 0.0) << "up to the day's end";
 }
 
 TEST(MjdTime, SecondOfADateIsBelowSixty) {
-    const Calendar c = calendarOf(SMjdTime::FromDayAndMilliseconds(59215, 59999.99999999999));
-    EXPECT_EQ(c.minute, 0);
-    EXPECT_LT(c.second, 60.0);
+    int whole[5];
+    double second = 0.0;
+    SMjdTime::FromDayAndMilliseconds(59215, 59999.99999999999)
+        .GetAsDate(whole[0], whole[1], whole[2], whole[3], whole[4], second);
+    EXPECT_EQ(whole[4], 0);
+    EXPECT_LT(second, 60.0);
 }
 
 TEST(MjdTime, LastMomentOfAWeekIsInTheWeek) {
@@ -133,30 +101,22 @@ TEST(MjdTime, LastMomentOfAWeekIsInTheWeek) {
 }
 
 TEST(MjdTime, RoundTo) {
-    const auto rounded = [](double milliseconds, double step, int unit) {
+    const std::tuple<double, double, int, double> rows[] = {{1234.5, 10.0, 2, 1230.0}, {1234.5, 1.0, 2, 1235.0},
+                                                            {1499.9, 1.0, 3, 1000.0},  {86399600.0, 1.0, 3, 86400000.0},
+                                                            {1234.5, 0.0, 3, 1234.5},  {1234.5, 1.0, 9, 1234.5}};
+    for (const auto& [milliseconds, step, unit, want] : rows) {
         SMjdTime time = SMjdTime::FromDayAndMilliseconds(59215, milliseconds);
         time.RoundTo(step, unit);
-        return time;
-    };
-    const auto at = [](double milliseconds) { return SMjdTime::FromDayAndMilliseconds(59215, milliseconds); };
-    EXPECT_EQ(rounded(1234.5, 10.0, 2), at(1230.0));
-    EXPECT_EQ(rounded(1234.5, 1.0, 2), at(1235.0));
-    EXPECT_EQ(rounded(1499.9, 1, 3), at(1000.0));
-    EXPECT_EQ(rounded(86399600.0, 1, 3), SMjdTime::FromDayAndMilliseconds(59216, 0.0));
-    EXPECT_EQ(rounded(1234.5, 0.0, 3), at(1234.5));
-    EXPECT_EQ(rounded(1234.5, 1.0, 9), at(1234.5));
+        EXPECT_EQ(time, SMjdTime::FromDayAndMilliseconds(59215, want)) << milliseconds << ' ' << unit;
+    }
 }
 
 TEST(MjdTime, MjdString) {
-    const auto text = [](const SMjdTime& time, std::size_t size = 256) {
-        char buffer[256] = "unchanged";
-        time.GetAsMJDString(buffer, size);
-        return std::string(buffer);
-    };
-    EXPECT_EQ(text(SMjdTime(57754.25)), "57754.250000000");
-    EXPECT_EQ(text(SMjdTime(-0.75)), "-0.750000000");
-    EXPECT_EQ(text(SMjdTime::FromDayAndMilliseconds(9, 86399999.99999)), "10.000000000");
-    EXPECT_EQ(text(SMjdTime(57754.25), 6), "57754");
+    char buffer[20];
+    SMjdTime::FromDayAndMilliseconds(-2, 86399999.99999).GetAsMJDString(buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "-1.000000000");
+    SMjdTime(57754.25).GetAsMJDString(buffer, 6);
+    EXPECT_STREQ(buffer, "57754");
 }
 
 }  // namespace

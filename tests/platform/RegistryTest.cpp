@@ -4,8 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <thread>
 
@@ -23,14 +21,8 @@ constexpr const char* kKey = "SOFTWARE\\Tavro Ostwerk\\GPS Halvex";
 
 class Registry : public testing::Test {
 protected:
-    static std::string contents(const fs::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    void damage(const std::string& text) const { std::ofstream(m_file, std::ios::binary) << text; }
-
     TemporaryFolder m_folder;
-    fs::path m_file = m_folder.path("new/registry.info");
+    std::string m_file = m_folder.path("new/registry.info");
     ScopedVariable m_place{"HALVEX_REGISTRY", m_file.c_str()};
     CapturedLog m_log;
 };
@@ -45,80 +37,50 @@ TEST_F(Registry, MissingValuesAreTheirDefaults) {
 
 TEST_F(Registry, ValuesAndNamesComeBackWhateverTheyContain) {
     const CommaLocale comma;
-    const std::string texts[] = {"",
-                                 " ",
-                                 "#include \"/etc/passwd\"",
-                                 "a.b|c",
-                                 "\"; } {",
-                                 "line\nline\r\t",
-                                 "back\\",
-                                 std::string("n\0l", 3),
-                                 "\xc3\xa4 \xff",
-                                 "42"};
+    const std::string texts[] = {"",       "#include \"x\"",       "a.b|c", "\"; } {", "\n\r\t",
+                                 "back\\", std::string("n\0l", 3), "\xff"};
     const std::size_t count = std::size(texts);
     for (std::size_t i = 0; i < count; ++i) ASSERT_TRUE(REG::WriteString(texts[i], texts[count - 1 - i], texts[i]));
     for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(REG::GetString(texts[i], texts[count - 1 - i], "?"), texts[i]);
-    for (const std::int32_t value :
-         {0, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
+    for (const std::int32_t value : {std::numeric_limits<std::int32_t>::min(), 0}) {
         ASSERT_TRUE(REG::WriteLong(kKey, "Number", value));
         EXPECT_EQ(REG::GetLong(kKey, "Number", 7), value);
     }
     EXPECT_EQ(REG::GetString(kKey, "Number", "other type"), "other type");
-    EXPECT_TRUE(REG::WriteString(kKey, "Number", "text"));
-    EXPECT_EQ(REG::GetLong(kKey, "Number", 7), 7);
 }
 
 TEST_F(Registry, FileAsItStands) {
     ASSERT_TRUE(REG::WriteLong(kKey, "DisabledSatSystems", 3));
-    EXPECT_EQ(contents(m_file),
+    EXPECT_EQ(readFile(m_file),
               "key \"SOFTWARE\\\\Tavro Ostwerk\\\\GPS Halvex\"\n{\n    value DisabledSatSystems\n    {\n"
               "        long 3\n    }\n}\n");
-    EXPECT_FALSE(fs::exists(m_file.string() + ".new"));
+    EXPECT_FALSE(fs::exists(m_file + ".new"));
 }
 
 TEST_F(Registry, ADamagedFileGivesDefaultsAndStays) {
-    ASSERT_TRUE(REG::WriteLong(kKey, "Mask", 3));
-    const std::string damages[] = {"key {", "}", "key \"", "#include \"registry.info\"\n", "  #include \"x\"\n"};
-    for (const std::string& text : damages) {
-        damage(text);
+    fs::create_directories(m_folder.path("new"));
+    for (const std::string text : {"key {", "}", "key \"", "#include \"registry.info\"\n", "  #include \"x\"\n"}) {
+        writeFile(m_file, text);
         m_log.take();
         EXPECT_EQ(REG::GetLong(kKey, "Mask", 9, true), 9) << text;
         EXPECT_FALSE(REG::WriteLong(kKey, "Mask", 4)) << text;
-        EXPECT_EQ(contents(m_file), text);
+        EXPECT_EQ(readFile(m_file), text);
         const auto lines = m_log.take();
         ASSERT_EQ(lines.size(), 1U) << text;
         EXPECT_EQ(lines[0].level, ILogging::kError);
         fs::remove(m_file);
         EXPECT_EQ(REG::GetLong(kKey, "Mask", 8), 8) << "readable again: the next damage is logged anew";
     }
-    damage("key \"" + std::string("SOFTWARE\\\\Tavro Ostwerk\\\\GPS Halvex") + "\" { value Mask { long 12x } }");
-    EXPECT_EQ(REG::GetLong(kKey, "Mask", 9), 9);
-}
-
-TEST_F(Registry, APlaceThatCannotBeUsed) {
-    const fs::path folder = m_folder.path("folder");
-    fs::create_directories(folder);
-    const struct {
-        const char* what;
-        std::string place;
-    } rows[] = {{"a folder", folder.string()}, {"below a file", "/dev/null/registry.info"}};
-    for (const auto& row : rows) {
-        const ScopedVariable place("HALVEX_REGISTRY", row.place.c_str());
-        EXPECT_EQ(REG::GetLong(kKey, "Mask", 9), 9) << row.what;
-        EXPECT_FALSE(REG::WriteLong(kKey, "Mask", 4)) << row.what;
-    }
 }
 
 TEST_F(Registry, TheUsersConfigurationFolder) {
     const ScopedVariable noFile("HALVEX_REGISTRY", nullptr);
     const ScopedVariable home("HOME", m_folder.path("").c_str());
-    {
-        const ScopedVariable relative("XDG_CONFIG_HOME", "relative");
+    for (const std::string& config : {std::string("relative"), m_folder.path("xdg")}) {
+        const ScopedVariable folder("XDG_CONFIG_HOME", config.c_str());
         EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 1));
-        EXPECT_TRUE(fs::exists(m_folder.path(".config/halvex/registry.info")));
     }
-    const ScopedVariable config("XDG_CONFIG_HOME", m_folder.path("xdg").c_str());
-    EXPECT_TRUE(REG::WriteLong(kKey, "Mask", 2));
+    EXPECT_TRUE(fs::exists(m_folder.path(".config/halvex/registry.info"))) << "in place of a relative one";
     EXPECT_TRUE(fs::exists(m_folder.path("xdg/halvex/registry.info")));
 }
 

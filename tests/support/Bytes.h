@@ -1,7 +1,8 @@
 #pragma once
 
-#include <cstdint>
-#include <initializer_list>
+#include <gtest/gtest.h>
+
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,17 +12,11 @@ using Bytes = std::vector<unsigned char>;
 
 /// Bytes from hexadecimal text; blanks separate as one likes.
 inline Bytes hex(std::string_view text) {
-    const auto digit = [](char c) { return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10; };
+    std::string digits(text);
+    std::erase(digits, ' ');
     Bytes bytes;
-    int high = -1;
-    for (const char c : text) {
-        if (c == ' ' || c == '\n') continue;
-        if (high < 0) {
-            high = digit(c);
-        } else {
-            bytes.push_back(static_cast<unsigned char>(high * 16 + digit(c)));
-            high = -1;
-        }
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        bytes.push_back(static_cast<unsigned char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
     }
     return bytes;
 }
@@ -32,6 +27,29 @@ Bytes saved(const Record& record) {
     Bytes bytes(record.getSize());
     record.saveData(bytes.data(), bytes.size());
     return bytes;
+}
+
+/// The record is saved as `golden` and comes back from it. Every shorter buffer and a null one are refused both ways,
+/// and leave `other`, which differs from the record, as it is.
+template <class Record>
+void expectSavedForm(const Record& record, Record other, const Bytes& golden) {
+    EXPECT_EQ(saved(record), golden);
+    const Record before(other);
+    for (std::size_t size = 0; size < golden.size(); ++size) {
+        Bytes part = golden;
+        part.resize(size);
+        EXPECT_FALSE(other.loadData(part.data(), size)) << size;
+        part.assign(size, 0xEE);
+        record.saveData(part.data(), size);
+        EXPECT_EQ(part, Bytes(size, 0xEE)) << size;
+    }
+    EXPECT_FALSE(other.loadData(nullptr, golden.size()));
+    record.saveData(nullptr, golden.size());
+    EXPECT_TRUE(other == before);
+    Bytes longer = golden;
+    longer.push_back(0xEE);
+    EXPECT_TRUE(other.loadData(longer.data(), longer.size()));
+    EXPECT_TRUE(other == record);
 }
 
 }  // namespace halvex::test

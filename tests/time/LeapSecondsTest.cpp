@@ -5,59 +5,46 @@
 #include <atomic>
 #include <limits>
 #include <thread>
+#include <tuple>
 
+#include "tests/support/Environment.h"
 #include "tests/time/LeapSecondFixture.h"
 
 namespace {
 
 using namespace halvex::test;
 using SGPSLeapSeconds = IGPSLeapSeconds::SGPSLeapSeconds;
-using testing::Test;
 
 using LeapSeconds = LeapSecondTest;
 
 TEST_F(LeapSeconds, ChangeStrictlyAfterTheStartOfTheDayPlusLs) {
-    struct Row {
-        SMjdTime instant;
-        int want;
-    };
-    const Row rows[] = {{SMjdTime(2016, 12, 31, 23, 59, 59.0), 17},
-                        {SMjdTime(2017, 1, 1, 0, 0, 0.0), 17},
-                        {SMjdTime(2017, 1, 1, 0, 0, 17.0), 17},
-                        {SMjdTime(2017, 1, 1, 0, 0, 17.001), 18},
-                        {SMjdTime(2017, 1, 1, 0, 0, 18.0), 18},
-                        {SMjdTime(2017, 1, 2, 0, 0, 0.0), 18},
-                        {SMjdTime(), 17}};
+    const std::pair<SMjdTime, int> rows[] = {{SMjdTime(2016, 12, 31, 23, 59, 59.0), 17},
+                                             {SMjdTime(2017, 1, 1, 0, 0, 17.0), 17},
+                                             {SMjdTime(2017, 1, 1, 0, 0, 17.001), 18},
+                                             {SMjdTime(), 17}};
     for (const bool table : {false, true}) {
         if (table) InitCentralLeapSeconds();
-        for (const Row& row : rows) EXPECT_EQ(GetGPSLeapSeconds(row.instant), row.want) << row.instant.GetAsMjd();
+        for (const auto& [instant, want] : rows) EXPECT_EQ(GetGPSLeapSeconds(instant), want) << instant.GetAsMjd();
         EXPECT_EQ(inForce(), Values(17, 18, kJanuary2017));
     }
 }
 
 TEST_F(LeapSeconds, AnUnsetInstantMeansNowForAGivenTable) {
     InitCentralLeapSeconds();
-    CGPSLeapSeconds& table = CGPSLeapSeconds::getInstance();
-    EXPECT_EQ(GetGPSLeapSeconds(table, SMjdTime()), 17);
     m_clock.utc = TestClock::stamp(2020, 1, 1);
-    EXPECT_EQ(GetGPSLeapSeconds(table, SMjdTime()), 18);
-    EXPECT_EQ(GetGPSLeapSeconds(table, SMjdTime(57000.0)), 17);
-    int ls = 0;
-    int lsf = 0;
-    int lsfMjd = 0;
+    EXPECT_EQ(GetGPSLeapSeconds(CGPSLeapSeconds::getInstance(), SMjdTime()), 18);
+    EXPECT_EQ(GetGPSLeapSeconds(SMjdTime()), 17);
+    int ls = 0, lsf = 0, lsfMjd = 0;
     EXPECT_TRUE(GetGPSLeapSeconds(SMjdTime(58000.0), ls, lsf, lsfMjd));
     EXPECT_EQ(Values(ls, lsf, lsfMjd), Values(18, 18, kJanuary2017)) << "the first is that of the instant";
 }
 
 TEST_F(LeapSeconds, WithoutATableNothingIsTakenOrHarmed) {
-    EXPECT_FALSE(CGPSLeapSeconds::hasInstance());
     UpdateCentralLeapSecondsFromDB();
     CGPSLeapSeconds::ShutDown(true);
     EXPECT_FALSE(SetAutomaticGPSLeapSeconds(&m_record, 18, 19, kJuly2017, 0));
     EXPECT_FALSE(SetManualGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
     EXPECT_FALSE(SetSimulationGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
-    EXPECT_EQ(inForce(), Values(17, 18, kJanuary2017));
-    EXPECT_TRUE(CGPSLeapSeconds::getInstance().Validate());
     EXPECT_TRUE(m_record.take().empty());
 }
 
@@ -94,9 +81,6 @@ TEST_F(LeapSeconds, AClearedManualSetOrAFailedLoadIsNoEntry) {
 TEST_F(LeapSeconds, ShuttingDownSavesWhenTold) {
     for (const bool persist : {true, false}) {
         InitCentralLeapSeconds();
-        CGPSLeapSeconds* const first = &CGPSLeapSeconds::getInstance();
-        InitCentralLeapSeconds();
-        EXPECT_EQ(first, &CGPSLeapSeconds::getInstance());
         m_record.take();
         CGPSLeapSeconds::ShutDown(persist);
         EXPECT_EQ(m_record.take().size(), persist ? 2U : 0U);
@@ -105,86 +89,45 @@ TEST_F(LeapSeconds, ShuttingDownSavesWhenTold) {
     }
 }
 
-TEST_F(LeapSeconds, TheCentralStoreFillsIn) {
-    const SGPSLeapSeconds empties[] = {{0, 0, 0, 0}, {0, 18, kJanuary2017, 57662}, {-1, 18, kJanuary2017, 57662}};
-    for (const SGPSLeapSeconds& set : empties) {
-        CGPSLeapSeconds::ShutDown(false);
-        CGPSLeapSeconds::ResetFWCentralLeapSeconds();
-        m_record.automatic = set;
-        InitCentralLeapSeconds();
-        EXPECT_FALSE(CGPSLeapSeconds::getInstance().Validate());
-        EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 0);
-        BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 1955, 7, 1);
-        EXPECT_EQ(inForce(), Values(18, 19, kJuly2017));
-        BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 0, 0, 1);
-        EXPECT_EQ(inForce(), Values(18, 19, -1)) << "the day stays as the caller had it";
-        EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 19);
-    }
+TEST_F(LeapSeconds, TheCentralStoreFillsInForASetWithoutLs) {
+    m_record.automatic = {-1, 18, kJanuary2017, 57662};
+    InitCentralLeapSeconds();
+    EXPECT_FALSE(CGPSLeapSeconds::getInstance().Validate());
+    EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 0);
+    BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 1955, 7, 1);
+    EXPECT_EQ(inForce(), Values(18, 19, kJuly2017));
+    BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 0, 0, 1);
+    EXPECT_EQ(inForce(), Values(18, 19, -1)) << "the day stays as the caller had it";
+    EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 19);
 }
 
-TEST_F(LeapSeconds, ADerivedTableIsObeyed) {
-    struct Own : CGPSLeapSeconds {
-        bool GetGPSLeapSecondsData(int& ls, int& lsf, int& lsfMjd) override {
-            std::tie(ls, lsf, lsfMjd) = values;
-            return true;
-        }
-        bool IsUnitTest() const override { return true; }
-        Values values{30, 31, 60000};
-    } own;
-    IGPSLeapSeconds& table = own;
-    EXPECT_EQ(table.GetGPSLeapSeconds(SMjdTime(60000.0)), 30);
-    EXPECT_EQ(table.GetGPSLeapSeconds(SMjdTime(60000.5)), 31);
-    own.values = {100000, 31, 60000};  // past the end of the day
-    EXPECT_EQ(table.GetGPSLeapSeconds(SMjdTime(60001.1)), 100000);
-    EXPECT_EQ(table.GetGPSLeapSeconds(SMjdTime(60001.2)), 31);
-    own.SetFWCentralLeapSeconds({18, 19, 0, 0}, false);  // as a manual one, for tests
-    BSS::TIM::GpsC::setGpsLeapSecondsData(1, 1, 0, 0, 3);
-    EXPECT_EQ(central(), std::tuple(18, 19, 0, 0));
-}
-
-TEST_F(LeapSeconds, RollingAnAnnouncedChange) {
-    struct Row {
-        const char* what;
-        SGPSLeapSeconds set;
-        SMjdTime now;
-        bool byDay, want;
-    };
-    const Row rows[] = {
-        {"none announced", {17, 18, 0, 0}, SMjdTime(60000.0), true, false},
-        {"negative day", {17, 18, -5, 0}, SMjdTime(60000.0), false, false},
-        {"on the day", {17, 18, kJanuary2017, 0}, SMjdTime(57754.9), true, false},
-        {"the day after", {17, 18, kJanuary2017, 0}, SMjdTime(57755.0), true, true},
-        {"at the instant", {17, 18, kJanuary2017, 0}, SMjdTime(2017, 1, 1, 0, 0, 17.0), false, false},
-        {"after the instant", {17, 18, kJanuary2017, 0}, SMjdTime(2017, 1, 1, 0, 0, 17.001), false, true},
-        {"at the end of the numbers",
-         {17, 18, std::numeric_limits<std::int32_t>::max(), 0},
-         SMjdTime(1e6),
-         false,
-         false},
-    };
-    for (const Row& row : rows) {
-        SGPSLeapSeconds set = row.set;
-        EXPECT_EQ(UpdateLeapSecondsCheckFutureMjd(set, row.now, row.byDay), row.want) << row.what;
-        EXPECT_EQ(valuesOf(set), Values(row.want ? 18 : 17, 18, row.set.leapSecondsFutureMjd)) << row.what;
+TEST_F(LeapSeconds, RollingByTheInstantGoesByTheLookup) {
+    constexpr int kEndOfNumbers = std::numeric_limits<std::int32_t>::max();
+    const std::tuple<int, double, bool> rows[] = {
+        {kJanuary2017, 17.0, false}, {kJanuary2017, 17.001, true}, {0, 18.0, false}, {kEndOfNumbers, 18.0, false}};
+    for (const auto& [day, second, want] : rows) {
+        SGPSLeapSeconds set(17, 18, day, 0);
+        EXPECT_EQ(UpdateLeapSecondsCheckFutureMjd(set, SMjdTime(2017, 1, 1, 0, 0, second), false), want) << day;
+        EXPECT_EQ(valuesOf(set), Values(want ? 18 : 17, 18, day)) << day;
     }
 }
 
 TEST_F(LeapSeconds, DateOfADayNumber) {
+    const CommaLocale comma;
     EXPECT_EQ(GetLeapSecondsMjd(0), "-");
     EXPECT_EQ(GetLeapSecondsMjd(57754), "01.01.2017");
-    EXPECT_EQ(GetLeapSecondsMjd(57662), "01.10.2016");
     EXPECT_EQ(GetLeapSecondsMjd(-678941 + 365 * 5), "30.12.4") << "the year has no zeros in front";
 }
 
 TEST_F(LeapSeconds, ReadersSeeOneSetOrTheOther) {
-    struct Silent : ILogging::Sink {
-        void write(std::string_view, int, std::string_view) override {}
-    } silent;
-    const ScopedLogSink quiet(silent);
     InitCentralLeapSeconds();
-    const Values one(20, 21, 58000);
-    const Values other(40, 41, 59000);
-    ASSERT_TRUE(SetManualGPSLeapSeconds(nullptr, 20, 21, 58000));
+    CGPSLeapSeconds& table = CGPSLeapSeconds::getInstance();
+    const Values sets[] = {{20, 21, 58000}, {40, 41, 59000}};
+    const auto set = [&](int number) {
+        const auto& [ls, lsf, lsfMjd] = sets[number];
+        return table.SetManualGPSLeapSeconds(nullptr, ls, lsf, lsfMjd, 1);
+    };
+    ASSERT_TRUE(set(0));
     std::atomic<bool> stop{false};
     std::atomic<int> wrong{0};
     std::atomic<int> lookups{0};
@@ -192,17 +135,13 @@ TEST_F(LeapSeconds, ReadersSeeOneSetOrTheOther) {
         while (!stop) {
             const Values seen = inForce();
             const int at = GetGPSLeapSeconds(SMjdTime(58500.0));  // after one change, before the other
-            if ((seen != one && seen != other) || (at != 21 && at != 40)) ++wrong;
+            if ((seen != sets[0] && seen != sets[1]) || (at != 21 && at != 40)) ++wrong;
             ++lookups;
         }
     };
     std::thread first(read);
     std::thread second(read);
-    CGPSLeapSeconds& table = CGPSLeapSeconds::getInstance();
-    for (int i = 0; i < 2000 || lookups < 2000; ++i) {
-        table.SetManualGPSLeapSeconds(nullptr, i % 2 == 0 ? 40 : 20, i % 2 == 0 ? 41 : 21, i % 2 == 0 ? 59000 : 58000,
-                                      1);
-    }
+    for (int i = 1; i < 2000 || lookups < 2000; ++i) set(i % 2);
     stop = true;
     first.join();
     second.join();

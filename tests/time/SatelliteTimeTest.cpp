@@ -30,7 +30,6 @@ protected:
 TEST_F(SatelliteTime, NowOnEitherScale) {
     EXPECT_EQ(CSatelliteTime(), m_utc);
     EXPECT_EQ(CSatelliteTime(true), m_gps);
-    EXPECT_TRUE(CSatelliteTime(true).IsGPS());
     CSatelliteTime time(true);
     time.SetToCurrentGPSTime();
     EXPECT_EQ(time, m_utc) << "corrected UTC in spite of the name";
@@ -52,47 +51,32 @@ TEST_F(SatelliteTime, GivenInstantsAreRawReadings) {
     EXPECT_EQ(CSatelliteTime(stamp, false), SMjdTime(59001.5));
 }
 
-TEST_F(SatelliteTime, WhatKeepsTheFlag) {
+TEST_F(SatelliteTime, AssigningAndSettingKeepTheFlagCopyingDoesNot) {
     const CSatelliteTime gps(true);
-    const CSatelliteTime copy(gps);
-    EXPECT_EQ(copy, gps);
-    EXPECT_FALSE(copy.IsGPS());
     CSatelliteTime assigned;
     assigned = gps;
-    EXPECT_TRUE(assigned.IsGPS());
     assigned = SMjdTime(59000.0);
-    EXPECT_TRUE(assigned.IsGPS());
-
     CSatelliteTimeAndLeapSeconds leap;
     leap.SetSatTime(gps);
-    EXPECT_TRUE(leap.GetSatTimeRef().IsGPS());
-    EXPECT_FALSE(leap.GetSatTime().IsGPS());
-    EXPECT_TRUE(CSatelliteTimeAndLeapSeconds(leap).GetSatTimeRef().IsGPS());
-
-    CSatelliteTimeAndTickCount ticks(gps, 7);
-    EXPECT_FALSE(ticks.GetSatTimeRef().IsGPS());
+    CSatelliteTimeAndTickCount ticks;
     ticks.set(gps, 7);
-    EXPECT_TRUE(ticks.GetSatTimeRef().IsGPS());
-    const CSatelliteTimeAndTickCount copied(ticks);
-    EXPECT_TRUE(copied.GetSatTimeRef().IsGPS());
-    EXPECT_EQ(copied, CSatelliteTimeAndTickCount(gps, 7)) << "the flag does not count";
-
-    assigned.Clear();
-    EXPECT_FALSE(assigned.IsSet() || assigned.IsGPS());
+    EXPECT_TRUE(assigned.IsGPS());
+    EXPECT_TRUE(CSatelliteTimeAndLeapSeconds(leap).GetSatTimeRef().IsGPS());
+    EXPECT_TRUE(CSatelliteTimeAndTickCount(ticks).GetSatTimeRef().IsGPS());
+    EXPECT_FALSE(CSatelliteTime(gps).IsGPS());
+    EXPECT_FALSE(leap.GetSatTime().IsGPS());
+    EXPECT_FALSE(CSatelliteTimeAndTickCount(gps, 7).GetSatTimeRef().IsGPS());
+    EXPECT_EQ(ticks, CSatelliteTimeAndTickCount(gps, 7)) << "the flag does not count";
 }
 
 TEST_F(SatelliteTime, ChangingTheScaleHappensOnce) {
     CSatelliteTime time;
-    for (int i = 0; i < 2; ++i) {
-        time.AdjustFromUTCToGPSTime();
-        EXPECT_EQ(time, m_gps);
-        EXPECT_TRUE(time.IsGPS());
-    }
-    for (int i = 0; i < 2; ++i) {
-        time.AdjustFromGPSToUTCTime();
-        EXPECT_EQ(time, m_utc);
-        EXPECT_FALSE(time.IsGPS());
-    }
+    time.AdjustFromUTCToGPSTime();
+    time.AdjustFromUTCToGPSTime();
+    EXPECT_EQ(time, m_gps);
+    time.AdjustFromGPSToUTCTime();
+    time.AdjustFromGPSToUTCTime();
+    EXPECT_EQ(time, m_utc);
 }
 
 TEST_F(SatelliteTime, Outputs) {
@@ -102,10 +86,8 @@ TEST_F(SatelliteTime, Outputs) {
     DBTIMESTAMP stamp;
     time.getSatelliteTime(text);
     time.getSatelliteTime(mjd);
-    time.getSatelliteTime(stamp);
     EXPECT_EQ(text, "01:02:03");
     EXPECT_EQ(mjd, SMjdTime(2019, 1, 1, 1, 2, 3.0).GetAsMjd());
-    EXPECT_EQ(stamp.second, 3);
     m_clock.local = TestClock::stamp(2020, 6, 1, 20, 0, 1);
     time.getLocalSatelliteTime(text);
     time.getLocalSatelliteTime(stamp);
@@ -119,27 +101,6 @@ TEST_F(SatelliteTime, LeapSecondsOfARecordChangeAtTheStartOfTheDay) {
     EXPECT_EQ(record.GetLeapSeconds(SMjdTime(2017, 1, 1, 0, 0, 0.0)), 18);
     record.SetLeapSecondsData(30, 31, 60000);
     EXPECT_EQ(record.GetLeapSeconds(SMjdTime(59999.9)), 30);
-}
-
-/// Loads from every short length, writes into every short buffer, and gives the golden bytes back.
-template <class Record>
-void expectSavedForm(const Record& record, Record other, const Bytes& golden) {
-    ASSERT_EQ(record.getSize(), golden.size());
-    EXPECT_EQ(saved(record), golden);
-    const Record before(other);
-    for (std::size_t size = 0; size < golden.size(); ++size) {
-        const Bytes part(golden.begin(), golden.begin() + static_cast<std::ptrdiff_t>(size));
-        EXPECT_FALSE(other.loadData(part.data(), part.size())) << size;
-        Bytes untouched(size, 0xEE);
-        record.saveData(untouched.data(), untouched.size());
-        EXPECT_EQ(untouched, Bytes(size, 0xEE)) << size;
-    }
-    EXPECT_FALSE(other.loadData(nullptr, golden.size()));
-    EXPECT_TRUE(other == before);
-    Bytes longer = golden;
-    longer.push_back(0xEE);
-    EXPECT_TRUE(other.loadData(longer.data(), longer.size()));
-    EXPECT_TRUE(other == record);
 }
 
 TEST_F(SatelliteTime, SavedForms) {
@@ -157,10 +118,7 @@ TEST_F(SatelliteTime, SavedForms) {
 
     expectSavedForm(CSatelliteTimeRelative(kTicks), CSatelliteTimeRelative(), hex("08 07 06 05 04 03 02 01"));
 
-    Bytes infinite = saved(ticks);
-    infinite[11] = 0x7F;
-    infinite[10] = 0xF0;
-    infinite[9] = 0;
+    const Bytes infinite = hex("9A E1 00 00  00 00 00 00 00 00 F0 7F 08 07 06 05 04 03 02 01");
     CSatelliteTimeAndTickCount kept(time, 5);
     EXPECT_FALSE(kept.loadData(infinite.data(), infinite.size()));
     EXPECT_EQ(kept, CSatelliteTimeAndTickCount(time, 5));
@@ -168,21 +126,15 @@ TEST_F(SatelliteTime, SavedForms) {
 
 TEST_F(SatelliteTime, TicksMoveWithTheInstant) {
     m_clock.ticks = 5000;
-    struct Row {
-        double seconds;
-        std::uint64_t want;
-    };
-    const Row rows[] = {{1.0, 6000}, {0.0014, 5001}, {0.0015, 5002}, {-1.0, 4001}, {1e300, 5000}};
-    for (const Row& row : rows) {
+    const std::pair<double, std::uint64_t> rows[] = {{0.0014, 5001}, {0.0015, 5002}, {-1.0, 4001}, {1e300, 5000}};
+    for (const auto& [seconds, want] : rows) {
         CSatelliteTimeAndTickCount time;
-        time.addSeconds(row.seconds);
-        EXPECT_EQ(time.getAsAbsoluteTicks(), row.want) << row.seconds;
+        time.addSeconds(seconds);
+        EXPECT_EQ(time.getAsAbsoluteTicks(), want) << seconds;
     }
     CSatelliteTimeAndTickCount time(CSatelliteTime(true), 1);
     time.addSeconds(2.0);
     EXPECT_NEAR(time.getAsMjd(), m_gps.GetAsMjd() + 2.0 / 86400.0, 1e-10);
-    time.setToUtcNow();
-    EXPECT_EQ(time, CSatelliteTimeAndTickCount(CSatelliteTime(), 5000));
 }
 
 TEST_F(SatelliteTime, RelativeTimes) {
@@ -198,9 +150,6 @@ TEST_F(SatelliteTime, RelativeTimes) {
     EXPECT_EQ(time.getAsMjd(reference), reference.getAsMjd() + 1000 / 86400000.0);
     time.set(4999);
     EXPECT_EQ(time.getAsRelativeTicks(reference), std::numeric_limits<std::uint64_t>::max()) << "wraps";
-    m_clock.ticks = 77;
-    time.setToNow();
-    EXPECT_EQ(time, CSatelliteTimeRelative(77));
 }
 
 }  // namespace
