@@ -24,6 +24,11 @@ int runProgram(const std::vector<std::string>& arguments) {
         try {
             app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         } catch (const CLI::ParseError& error) {
+            const bool unknown =
+                !arguments.empty() && !arguments.front().starts_with('-') && app.get_subcommands().empty();
+            if (unknown)
+                throw Failure("there is no subcommand '" + arguments.front() + "'; halvex --help lists them",
+                              Failure::kWrongUsage);
             return app.exit(error, std::cout, std::cerr) == 0 ? 0 : Failure::kWrongUsage;
         }
         if (!std::cout.flush()) throw Failure("standard output: cannot be written");
