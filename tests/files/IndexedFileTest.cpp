@@ -177,7 +177,11 @@ TEST_F(SetOfTwoWeeks, CancellingKeepsThePlace) {
     EXPECT_EQ(collector.ends, 2);
     EXPECT_TRUE(reader.isEndOfFile());
 
-    EXPECT_FALSE(CIndexedReadFile().Read(0, 0)) << "nobody to notify";
+    CIndexedReadFile heir(reader);
+    std::uint32_t week = 0, milliseconds = 0;
+    EXPECT_TRUE(heir.getFirstBlockTime(week, milliseconds));
+    EXPECT_TRUE(week == 2000 && milliseconds == 604000000);
+    EXPECT_FALSE(reader.getFirstBlockTime(week, milliseconds)) << "the file went with the copy";
 }
 
 TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {

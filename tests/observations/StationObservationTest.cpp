@@ -37,6 +37,8 @@ TEST(StationObservation, SavedForm) {
                         "08 02 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"));
     const CHalvexStationObservation fresh;
     Bytes bytes = saved(fresh);
+    std::int32_t site = 0;
+    EXPECT_FALSE(fresh.getSiteID(site));
     ASSERT_EQ(bytes.size(), 32U);  // both clock offsets are counted, present or not
     bytes.resize(16);
     EXPECT_EQ(bytes, hex("00000000 00000000 0000 ffffffff 4000"));

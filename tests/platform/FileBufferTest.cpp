@@ -117,6 +117,10 @@ TEST(FileWriteBuffer, FullDiskKeepsAcceptedPiecesInTheirPlace) {
     const FileSizeLimit stillFull(16);
     EXPECT_TRUE(write(file, "6"));
     EXPECT_FALSE(file.Close()) << "the last byte is lost, and that is reported";
+    const FileSizeLimit noRoom(3);
+    std::uint32_t version = 2;
+    EXPECT_FALSE(file.Open(folder.path("new").c_str(), 8, 0, false, kShareReadWrite, &version));
+    EXPECT_EQ(readFile(folder.path("new")), "") << "no part of a version word";
 }
 
 TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
@@ -143,6 +147,9 @@ TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     EXPECT_FALSE(file.GetLastError());
     const unsigned char* window = file.GetData(0, 4096);
     EXPECT_EQ(file.GetData(96, 4000), window + 96) << "no copy inside the window";
+    CFileReadBuffer heir(file);
+    EXPECT_FALSE(file.IsOpen());
+    EXPECT_EQ(heir.GetData(96, 4000), window + 96);
 }
 
 TEST(FileReadBuffer, FollowsAFileThatGrowsOrIsCutOff) {

@@ -115,6 +115,8 @@ TEST(MjdTime, MjdString) {
     char buffer[20];
     SMjdTime::FromDayAndMilliseconds(-2, 86399999.99999).GetAsMJDString(buffer, sizeof buffer);
     EXPECT_STREQ(buffer, "-1.000000000");
+    SMjdTime(-0.75).GetAsMJDString(buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "-0.750000000");
     SMjdTime(57754.25).GetAsMJDString(buffer, 6);
     EXPECT_STREQ(buffer, "57754");
 }
