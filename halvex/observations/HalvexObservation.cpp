@@ -71,6 +71,7 @@ void CHalvexObservation::Reset() {
     m_elevationMask = 0.0;
     m_azimuth = 0.0;
     for (Slot& slot : m_slots) slot.flags = 0;
+    measure();
 }
 
 bool CHalvexObservation::getPrn(unsigned char& prn) const {
@@ -81,17 +82,17 @@ bool CHalvexObservation::getPrn(unsigned char& prn) const {
 
 void CHalvexObservation::setIssueOfData(unsigned char issueOfData) {
     m_issueOfData = issueOfData;
-    m_validity |= kIssueOfDataValid;
+    setValid(kIssueOfDataValid);
 }
 
 void CHalvexObservation::setElevationMask(double degrees) {
     m_elevationMask = degrees;
-    m_validity |= kElevationMaskValid;
+    setValid(kElevationMaskValid);
 }
 
 void CHalvexObservation::setAzimuth(double degrees) {
     m_azimuth = degrees;
-    m_validity |= kAzimuthValid;
+    setValid(kAzimuthValid);
 }
 
 bool CHalvexObservation::getIssueOfData(unsigned char& issueOfData) const {
@@ -125,7 +126,10 @@ template <class T>
 void CHalvexObservation::setValue(unsigned frequency, T Slot::*member, T value, Flag valid) {
     if (frequency >= kSlots) return;
     m_slots[frequency].*member = value;
-    m_slots[frequency].flags |= valid;
+    std::uint32_t& flags = m_slots[frequency].flags;
+    if ((flags & valid) != 0) return;
+    flags |= valid;
+    measure();
 }
 
 template <class T>
@@ -301,10 +305,6 @@ auto CHalvexObservation::withSet(std::uint32_t flags, Use&& use) {
     }
 }
 
-std::size_t CHalvexObservation::getSize() const {
-    return savedSize();
-}
-
 std::size_t CHalvexObservation::savedSize(const unsigned char* from, std::size_t left) {
     if (left < kSmallestSize) return 0;
     std::size_t size = headSize(from[CPrnID::kSavedSize]);
@@ -355,7 +355,9 @@ unsigned char* CHalvexObservation::write(unsigned char* to) const {
 
 const unsigned char* CHalvexObservation::read(const unsigned char* from) {
     m_prnId.readFrom(from);
-    return fields<Fetch>(from + CPrnID::kSavedSize, *this);
+    const unsigned char* const end = fields<Fetch>(from + CPrnID::kSavedSize, *this);
+    m_size = static_cast<std::uint16_t>(end - from);
+    return end;
 }
 
 bool CHalvexObservation::SaveData(unsigned char* buffer, std::size_t size, std::size_t& offset) const {

@@ -149,7 +149,7 @@ public:
     /// buffer) object and offset stay as they were and nothing past the buffer is touched.
     bool SaveData(unsigned char* buffer, std::size_t size, std::size_t& offset) const;
     bool LoadData(const unsigned char* buffer, std::size_t size, std::size_t& offset);
-    [[nodiscard]] std::size_t getSize() const;
+    [[nodiscard]] std::size_t getSize() const { return m_size; }
     /// A record with nothing valid: no saved form is shorter.
     static constexpr std::size_t kSmallestSize = CPrnID::kSavedSize + 1 + std::size_t{kSlots} * (4 + 2);
     /// A record with everything valid: none is longer.
@@ -216,7 +216,7 @@ private:
     bool getValue(unsigned frequency, T Slot::*member, T& value, Flag valid) const;
 
     /// Saved sizes of a slot and of what stands before the slots, by their flags: summed up once for every
-    /// combination of bits, because every epoch is measured before it is written.
+    /// combination of bits.
     static constexpr unsigned kSizesShift = 14;
     static constexpr auto kSizes = [] {
         std::array<std::uint8_t, 2048> sizes{};
@@ -242,10 +242,15 @@ private:
     static constexpr std::size_t headSize(std::uint8_t validity) {
         return kHeadSizes[validity & (kHeadSizes.size() - 1)];
     }
-    [[nodiscard]] std::size_t savedSize() const {
+    /// Keeps m_size what the flags say; called whenever one of them changes that decides what is persisted.
+    void measure() {
         std::size_t size = headSize(m_validity);
         for (const Slot& slot : m_slots) size += slotSize(slot.flags);
-        return size;
+        m_size = static_cast<std::uint16_t>(size);
+    }
+    void setValid(Validity valid) {
+        m_validity |= valid;
+        measure();
     }
     template <class Use>
     static auto withSet(std::uint8_t validity, Use&& use);
@@ -262,6 +267,7 @@ private:
     CPrnID m_prnId;
     std::uint8_t m_validity = 0;
     std::uint8_t m_issueOfData = 0;
+    std::uint16_t m_size = kSmallestSize;  // of the saved form: every epoch is measured before it is written
     double m_elevationMask = 0.0;  // degrees
     double m_azimuth = 0.0;        // degrees
     std::array<Slot, kSlots> m_slots;

@@ -309,7 +309,7 @@ std::size_t CHalvexStationObservation::getSize() const {
     std::size_t size = 16 + 16;
     if (status(kSmoothingIntervalValid)) size += 2;
     if (status(kDopplerRateValid)) size += 2;
-    for (const CHalvexObservation& each : m_observations) size += each.savedSize();
+    for (const CHalvexObservation& each : m_observations) size += each.getSize();
     return size;
 }
 
