@@ -45,7 +45,7 @@ fs::path registryFile() {
         const char* text = std::getenv(name);
         return fs::path(text != nullptr ? text : "");
     };
-    if (const fs::path file = environment("HALVEX_REGISTRY"); !file.empty()) return file;
+    if (fs::path file = environment("HALVEX_REGISTRY"); !file.empty()) return file;
     if (const fs::path folder = environment("XDG_CONFIG_HOME"); folder.is_absolute()) {
         return folder / "halvex" / "registry.info";
     }
