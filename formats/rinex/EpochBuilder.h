@@ -32,8 +32,8 @@ struct LossCounts {
 
 /// Turns epochs of a RINEX file into station epochs: values to slots (SignalSlots.h), loss of lock from the indicator,
 /// lock counts, GPS time. Each value comes from the first signal of its order that the satellite has in that epoch.
-/// Holds the state of a station from epoch to epoch: from which signal a phase came last (a change is a loss of lock) and
-/// since when it is tracked (a phase that misses an epoch counts its lock anew). One thread at a time.
+/// Holds the state of a station from epoch to epoch: from which signal a phase came last (a change is a loss of lock)
+/// and since when it is tracked (a phase that misses an epoch counts its lock anew). One thread at a time.
 class EpochBuilder {
 public:
     explicit EpochBuilder(const ObservationHeader& header) { setHeader(header); }

@@ -268,7 +268,7 @@ private:
     std::uint8_t m_validity = 0;
     std::uint8_t m_issueOfData = 0;
     std::uint16_t m_size = kSmallestSize;  // of the saved form: every epoch is measured before it is written
-    double m_elevationMask = 0.0;  // degrees
-    double m_azimuth = 0.0;        // degrees
+    double m_elevationMask = 0.0;          // degrees
+    double m_azimuth = 0.0;                // degrees
     std::array<Slot, kSlots> m_slots;
 };
