@@ -20,17 +20,25 @@ if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     exit 0
 fi
 
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null && as_root=(sudo)
+fi
+as_root_or_say() {
+    if [ "$(id -u)" -ne 0 ] && [ ${#as_root[@]} -eq 0 ]; then echo "please run as root: $*" >&2; exit 1; fi
+    "${as_root[@]}" "$@"
+}
+
 missing=()
 for package in "${wanted[@]}"; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
-
-as_root=()
-if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || { echo "please install as root: ${missing[*]}" >&2; exit 1; }
-    as_root=(sudo)
+if [ ${#missing[@]} -ne 0 ]; then
+    echo "installing: ${missing[*]}"
+    as_root_or_say apt-get update -qq
+    as_root_or_say env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
-echo "installing: ${missing[*]}"
-"${as_root[@]}" apt-get update -qq
-DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# A locale that writes decimals with a comma, for the tests' second run.
+if [ "${1:-build}" = ci ] && ! locale -a | grep -qiE '^de_DE\.utf-?8$'; then
+    as_root_or_say localedef -i de_DE -f UTF-8 de_DE.UTF-8
+fi

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
@@ -78,9 +79,9 @@ class Pace {
 public:
     explicit Pace(const std::string& speed) {
         if (speed == "max") return;
-        char* end = nullptr;
-        m_speed = std::strtod(speed.c_str(), &end);
-        if (*end != '\0' || !(m_speed > 0.0)) {
+        const char* const last = speed.data() + speed.size();
+        const auto [end, error] = std::from_chars(speed.data(), last, m_speed);
+        if (error != std::errc() || end != last || !(m_speed > 0.0)) {
             throw Failure("'" + speed + "' is no speed: write a number above 0 (1 is real time) or max",
                           Failure::kWrongUsage);
         }
