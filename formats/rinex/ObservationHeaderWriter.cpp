@@ -88,12 +88,10 @@ private:
 std::string timeText(SMjdTime time, TimeSystem system) {
     constexpr double kLastPlace = 1e-4;  // [ms]; rounded before the second is taken out, so that it never prints as 60
     time.RoundTo(kLastPlace);
-    std::array<int, 5> fields{};
-    double second = 0.0;
-    time.GetAsDate(fields[0], fields[1], fields[2], fields[3], fields[4], second);
+    const SMjdCalendar date = time.GetCalendar();
     std::string text;
-    for (const int field : fields) text += integer(field, 6);
-    text += decimal(second, 13, 7) + "     ";
+    for (const int field : {date.year, date.month, date.day, date.hour, date.minute}) text += integer(field, 6);
+    text += decimal(date.second, 13, 7) + "     ";
     return text.append(timeSystemName(system));
 }
 

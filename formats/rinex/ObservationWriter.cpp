@@ -150,13 +150,11 @@ bool ObservationWriter::close() {
 
 bool ObservationWriter::write(const CHalvexStationObservation& station, const Signals& signals) {
     const SMjdTime time(station.getGPSWeek(), static_cast<double>(station.getGPSFraction()) / 1000.0);
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-    double second = 0.0;
-    time.GetAsDate(year, month, day, hour, minute, second);
-    const auto milliseconds = static_cast<int>(std::llround(second * 1000.0));
+    const SMjdCalendar date = time.GetCalendar();
+    const auto milliseconds = static_cast<int>(std::llround(date.second * 1000.0));
     auto out = std::back_inserter(m_text);
-    fmt::format_to(out, "> {:04} {:02} {:02} {:02} {:02} {:2}.{:03}0000  0{:3}", year, month, day, hour, minute,
-                   milliseconds / 1000, milliseconds % 1000,
+    fmt::format_to(out, "> {:04} {:02} {:02} {:02} {:02} {:2}.{:03}0000  0{:3}", date.year, date.month, date.day,
+                   date.hour, date.minute, milliseconds / 1000, milliseconds % 1000,
                    std::ranges::count_if(station.observations(), hasName, satelliteOf));
     double offset = 0.0;
     if (station.getClockOffsetCode(offset)) {

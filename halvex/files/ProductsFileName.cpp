@@ -46,15 +46,6 @@ void copyCut(const std::string& text, char* buffer, std::size_t size) {
     text.copy(buffer, size - 1);
 }
 
-struct Calendar {
-    int year, month, day, hour, minute, dayOfYear;
-    double second;
-
-    explicit Calendar(const CTimeBase& time) : dayOfYear(time.GetDayOfYear()) {
-        time.GetAsDate(year, month, day, hour, minute, second);
-    }
-};
-
 template <class... Values>
 std::string print(const char* format, Values... values) {
     std::array<char, 160> text{};  // four characters of site, some numbers: never cut
@@ -63,10 +54,11 @@ std::string print(const char* format, Values... values) {
 }
 
 std::string rinexLongName(const char* siteCode, const RnxLongFileNameParam& parameters, int week, double seconds) {
-    const Calendar date{CGPSTime(week, seconds)};
+    const CGPSTime start(week, seconds);
+    const SMjdCalendar date = start.GetCalendar();
     return print("%.4s%u%u%.3s_%c_%4.4d%3.3d%2.2d%2.2d_%.3s", upperCase(orUnknown(siteCode)).c_str(),
                  parameters.getMonumentNumber(), parameters.getReceiverNumber(),
-                 parameters.getSiteCountryCode().c_str(), parameters.getDataSource(), date.year, date.dayOfYear,
+                 parameters.getSiteCountryCode().c_str(), parameters.getDataSource(), date.year, start.GetDayOfYear(),
                  date.hour, date.minute, parameters.getProductLength().c_str());
 }
 
@@ -76,11 +68,12 @@ std::string rinexShortName(const char* siteCode, int week, double seconds,
     std::string site = orUnknown(siteCode);
     if (siteCodeType == CProductsFileName::SITECODE_LOWER) site = lowerCase(site);
     if (siteCodeType == CProductsFileName::SITECODE_UPPER) site = upperCase(site);
-    const Calendar date{CGPSTime(week, seconds)};
+    const CGPSTime start(week, seconds);
+    const SMjdCalendar date = start.GetCalendar();
     const std::string minutes =
         fileNameType == CProductsFileName::RINEX_SUBHOURLY ? print("%2.2d", date.minute) : std::string();
     const int session = fileNameType == CProductsFileName::RINEX_DAILY ? '0' : 'a' + date.hour;
-    return print("%.4s%3.3d%c%s.%2.2d", site.c_str(), date.dayOfYear, session, minutes.c_str(), date.year % 100);
+    return print("%.4s%3.3d%c%s.%2.2d", site.c_str(), start.GetDayOfYear(), session, minutes.c_str(), date.year % 100);
 }
 
 /// The four parts of a file name; put together again they give it back, unless a part is longer than it may be.
@@ -151,7 +144,7 @@ int give(const std::optional<std::string>& text, CString& to) {
 }
 
 int createLogName(const char* prefix, const CTimeBase& time, CString& name) {
-    const Calendar date{time};
+    const SMjdCalendar date = time.GetCalendar();
     name = CString(prefix) + print("%04d%02d%02d_%02d%02d%02d.log", date.year, date.month, date.day, date.hour,
                                    date.minute, static_cast<int>(date.second))
                                  .c_str();

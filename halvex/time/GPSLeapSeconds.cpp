@@ -253,14 +253,7 @@ bool CGPSLeapSeconds::ValidateGPSLeapSeconds(const SGPSLeapSeconds& old, const S
     if (lsf != oldLsf - 1 && lsf != oldLsf + 1) return false;
     if (lsfMjd <= old.leapSecondsFutureMjd) return false;
     if (lsfMjd > dayFromNow(kHorizonDays)) return false;
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    double second = 0.0;
-    startOfDay(lsfMjd).GetAsDate(year, month, day, hour, minute, second);
-    if (day != 1) return false;
+    if (startOfDay(lsfMjd).GetCalendar().day != 1) return false;
     return now.GetMjdDay() > old.leapSecondsFutureMjd;
 }
 
@@ -471,14 +464,8 @@ int GetDefaultLeapSecondsConfirmMjd() {
 
 std::string GetLeapSecondsMjd(int mjd) {
     if (mjd == 0) return "-";
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    double second = 0.0;
-    startOfDay(mjd).GetAsDate(year, month, day, hour, minute, second);
-    return fmt::format("{:02}.{:02}.{}", day, month, year);
+    const SMjdCalendar date = startOfDay(mjd).GetCalendar();
+    return fmt::format("{:02}.{:02}.{}", date.day, date.month, date.year);
 }
 
 bool UpdateLeapSecondsCheckFutureMjd(SGPSLeapSeconds& set, const SMjdTime& now, bool byDay) {

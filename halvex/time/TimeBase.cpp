@@ -12,17 +12,6 @@
 
 namespace {
 
-struct Calendar {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    double second = 0.0;
-
-    explicit Calendar(const SMjdTime& instant) { instant.GetAsDate(year, month, day, hour, minute, second); }
-};
-
 std::uint16_t word(int value) {
     return static_cast<std::uint16_t>(std::clamp<int>(value, 0, std::numeric_limits<std::uint16_t>::max()));
 }
@@ -32,7 +21,7 @@ double secondsOf(const SYSTEMTIME& stamp) {
 }
 
 /// Date and time of day to the second, cut.
-SYSTEMTIME wholeSeconds(const Calendar& calendar) {
+SYSTEMTIME wholeSeconds(const SMjdCalendar& calendar) {
     SYSTEMTIME stamp;
     stamp.wYear = word(calendar.year);
     stamp.wMonth = word(calendar.month);
@@ -126,7 +115,7 @@ unsigned int CTimeBase::GetFractionOfMinutes() const {
 }
 
 void CTimeBase::ToDbTimeStamp(DBTIMESTAMP& stamp) const {
-    const Calendar calendar(*this);
+    const SMjdCalendar calendar = GetCalendar();
     const auto atMost = [](int value, int limit) { return word(std::min(value, limit)); };
     stamp.year = static_cast<std::int16_t>(std::clamp<int>(calendar.year, std::numeric_limits<std::int16_t>::min(),
                                                            std::numeric_limits<std::int16_t>::max()));
@@ -140,7 +129,7 @@ void CTimeBase::ToDbTimeStamp(DBTIMESTAMP& stamp) const {
 }
 
 void CTimeBase::ToSystemTime(SYSTEMTIME& stamp) const {
-    const Calendar calendar(*this);
+    const SMjdCalendar calendar = GetCalendar();
     const std::uint16_t dayOfWeek = stamp.wDayOfWeek;
     stamp = wholeSeconds(calendar);
     stamp.wDayOfWeek = dayOfWeek;
@@ -148,7 +137,7 @@ void CTimeBase::ToSystemTime(SYSTEMTIME& stamp) const {
 }
 
 CString CTimeBase::Format(const char* pattern) const {
-    const SYSTEMTIME stamp = wholeSeconds(Calendar(*this));
+    const SYSTEMTIME stamp = wholeSeconds(GetCalendar());
     const auto date = os::toVariantDate(stamp);
     const auto back = date ? os::fromVariantDate(*date) : std::nullopt;
     if (!back || !sameToTheSecond(stamp, *back)) return "Invalid DateTime.";
@@ -190,8 +179,8 @@ void CTimeBase::FormatRegional(CString& date, CString& timeOfDay) const {
 }
 
 int CTimeBase::Compare(const CTimeBase& other, bool timeOfDayOnly, bool toTheMinute) const {
-    const Calendar mine(*this);
-    const Calendar theirs(other);
+    const SMjdCalendar mine = GetCalendar();
+    const SMjdCalendar theirs = other.GetCalendar();
     if (!timeOfDayOnly) {
         if (const int result = order(mine.year, theirs.year)) return result;
         if (const int result = order(mine.month, theirs.month)) return result;

@@ -10,6 +10,7 @@
 
 #include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/platform/kernix/FileReadBuffer.h"
+#include "halvex/time/TimeBase.h"
 #include "tools/halvex/Tool.h"
 
 namespace halvex::tool {
@@ -75,19 +76,7 @@ public:
 }  // namespace
 
 void EpochClock::set(const SMjdTime& time) {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-    double second = 0.0;
-    time.GetAsDate(year, month, day, hour, minute, second);
-    const auto milliseconds = static_cast<int>(std::lround(second * 1000.0));
-    const auto word = [](int value) { return static_cast<std::uint16_t>(value); };
-    m_now = {word(year),
-             word(month),
-             0,
-             word(day),
-             word(hour),
-             word(minute),
-             word(milliseconds / 1000),
-             word(milliseconds % 1000)};
+    CTimeBase(time).ToSystemTime(m_now);
 }
 
 SMjdTime epochTime(const CHalvexStationObservation& station) {

@@ -70,13 +70,12 @@ SMjdTime parseTime(const std::string& text) {
 }
 
 std::string formatTime(const SMjdTime& time) {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-    double second = 0.0;
     SMjdTime rounded = time;
     rounded.RoundTo(1.0, SMjdTime::kUnitMillisecond);
-    rounded.GetAsDate(year, month, day, hour, minute, second);
-    const auto ms = static_cast<int>(std::lround(second * 1000.0));
-    std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", year, month, day, hour, minute, ms / 1000);
+    const SMjdCalendar date = rounded.GetCalendar();
+    const auto ms = static_cast<int>(std::lround(date.second * 1000.0));
+    std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", date.year, date.month, date.day, date.hour,
+                                   date.minute, ms / 1000);
     if (ms % 1000 != 0) text += fmt::format(".{:03}", ms % 1000);
     return text;
 }

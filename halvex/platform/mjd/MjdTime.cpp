@@ -151,17 +151,25 @@ void SMjdTime::SetAsGpsWeekAndDayNumber(int week, int dayNumber) {
     set(kMjdOfGpsWeek0 + 7.0 * week + (static_cast<double>(dayNumber) - 1.0), 0.0);
 }
 
-void SMjdTime::GetAsDate(int& year, int& month, int& day, int& hour, int& minute, double& second) const {
+SMjdCalendar SMjdTime::GetCalendar() const {
     const Date date = dateOfMjd(m_day);
-    year = static_cast<int>(date.year);
-    month = date.month;
-    day = date.day;
     // The whole part by integers, so that the second is below 60 and exact where the milliseconds are.
     const double whole = std::floor(m_milliseconds);
     const auto milliseconds = static_cast<std::int32_t>(whole);
-    hour = milliseconds / 3600000;
-    minute = milliseconds / 60000 % 60;
-    second = std::min((milliseconds % 60000 + (m_milliseconds - whole)) / 1000.0, std::nextafter(60.0, 0.0));
+    const double second =
+        std::min((milliseconds % 60000 + (m_milliseconds - whole)) / 1000.0, std::nextafter(60.0, 0.0));
+    return {static_cast<int>(date.year), date.month, date.day, milliseconds / 3600000,
+            milliseconds / 60000 % 60,   second};
+}
+
+void SMjdTime::GetAsDate(int& year, int& month, int& day, int& hour, int& minute, double& second) const {
+    const SMjdCalendar calendar = GetCalendar();
+    year = calendar.year;
+    month = calendar.month;
+    day = calendar.day;
+    hour = calendar.hour;
+    minute = calendar.minute;
+    second = calendar.second;
 }
 
 void SMjdTime::SetAsDate(int year, int month, int day, int hour, int minute, double second) {

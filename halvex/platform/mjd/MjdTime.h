@@ -9,6 +9,16 @@
 /// How an instant keeps its time. There is one mode: the milliseconds of the day as they are, nothing rounded.
 enum eMjdAccuracyMode { eMjdAccuracyFull = 1 };
 
+/// Date of the proleptic Gregorian calendar and time of day. Plain value.
+struct SMjdCalendar {
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    double second = 0.0;  ///< below 60
+};
+
 /// An instant as Modified Julian Date: day number and milliseconds of that day in [0, 86 400 000). It knows no time
 /// scale: the same numbers are read as GPS, UTC or local time by whoever holds them, and every day has 86 400 s.
 ///
@@ -62,7 +72,8 @@ public:
     void GetAsGpsWeekAndDayNumber(int& week, int& dayNumber) const;
     void SetAsGpsWeekAndDayNumber(int week, int dayNumber);
 
-    /// Calendar date and time of day; the second is below 60.
+    [[nodiscard]] SMjdCalendar GetCalendar() const;
+    /// The same through references.
     void GetAsDate(int& year, int& month, int& day, int& hour, int& minute, double& second) const;
     void SetAsDate(int year, int month, int day, int hour, int minute, double second);
     /// 1 for 1 January.
