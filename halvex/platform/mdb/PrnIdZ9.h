@@ -18,6 +18,7 @@ public:
     [[nodiscard]] constexpr CALN::SCalSatID getCalSatID() const { return m_id; }
     [[nodiscard]] constexpr CALN::eCALSATSYSTEM getSystem() const { return m_id.system; }
     [[nodiscard]] constexpr unsigned char getNumber() const { return m_id.number; }
+    void setFromCalSatID(const CALN::SCalSatID& id) { m_id = id; }
     /// The system is a known one and the number within 1 and the system's maximum.
     [[nodiscard]] bool isValid() const;
 

@@ -8,17 +8,17 @@
 
 namespace os {
 
-/// A few integers that belong together, published by one thread and read by any number of others as a whole: a reader
+/// A few numbers that belong together, published by one thread and read by any number of others as a whole: a reader
 /// never sees parts of two publications. Reading takes no lock and writes nothing shared, so readers do not slow each
 /// other down. Zeros before the first publication.
 ///
 /// Two copies take turns: a publication goes into the one that is not being read and then becomes current. A reader has
 /// to start again only when a whole publication went by while it read; it never waits for a writer that was
 /// interrupted.
-template <std::size_t Count>
+template <std::size_t Count, class Number = std::int32_t>
 class alignas(64) Published {
 public:
-    using Values = std::array<std::int32_t, Count>;
+    using Values = std::array<Number, Count>;
 
     /// One writer at a time: the caller sees to that.
     void publish(const Values& values) {
@@ -44,7 +44,7 @@ private:
     }
 
     std::atomic<std::uint32_t> m_current{0};
-    std::array<std::array<std::atomic<std::int32_t>, Count>, 2> m_copies{};
+    std::array<std::array<std::atomic<Number>, Count>, 2> m_copies{};
 };
 
 }  // namespace os
