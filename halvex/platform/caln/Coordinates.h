@@ -78,11 +78,16 @@ public:
 
     /// North, east and up parts of a difference of positions.
     [[nodiscard]] ORBIT_COORD northEastUp(const ORBIT_COORD& difference) const;
+
     [[nodiscard]] const ORBIT_COORD& site() const { return m_site; }
+    /// Unit vectors; east has no z part.
+    [[nodiscard]] const ORBIT_COORD& north() const { return m_north; }
+    [[nodiscard]] const ORBIT_COORD& east() const { return m_east; }
+    [[nodiscard]] const ORBIT_COORD& up() const { return m_up; }
 
 private:
     ORBIT_COORD m_site;
-    ORBIT_COORD m_north, m_east, m_up;  // unit vectors
+    ORBIT_COORD m_north, m_east, m_up;
 };
 
 }  // namespace halvex

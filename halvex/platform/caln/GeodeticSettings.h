@@ -12,6 +12,8 @@ public:
     struct PZ90ToWGS84 {
         std::array<std::array<double, 3>, 3> rotation;  ///< R with the scale in it, row by row
         ORBIT_COORD translation;                        ///< T [m]
+
+        friend bool operator==(const PZ90ToWGS84&, const PZ90ToWGS84&) = default;
     };
 
     /// Parameters from PZ-90.11, the frame of GLONASS broadcast orbits since 2014, to ITRF2008, with which WGS-84

@@ -83,4 +83,49 @@ inline constexpr std::array<SatelliteSystem, 7> kSatelliteSystems{{
     return nullptr;
 }
 
+/// Satellites of all systems within their maxima; as an array index each has a place, see satelliteIndex.
+inline constexpr int kSatellites = [] {
+    int sum = 0;
+    for (const SatelliteSystem& system : kSatelliteSystems) sum += system.maxNumber;
+    return sum;
+}();
+
+/// Place of a satellite among all, 0 to kSatellites - 1, by system and number; -1 for what is none.
+[[nodiscard]] constexpr int satelliteIndex(const CALN::SCalSatID& id) {
+    int before = 0;
+    for (const SatelliteSystem& system : kSatelliteSystems) {
+        if (system.code == id.system) {
+            return id.number >= 1 && id.number <= system.maxNumber ? before + id.number - 1 : -1;
+        }
+        before += system.maxNumber;
+    }
+    return -1;
+}
+/// The satellite at that place.
+[[nodiscard]] constexpr CALN::SCalSatID satelliteAt(int index) {
+    for (const SatelliteSystem& system : kSatelliteSystems) {
+        if (index < system.maxNumber) return {system.code, static_cast<unsigned char>(index + 1)};
+        index -= system.maxNumber;
+    }
+    return {};
+}
+
 }  // namespace halvex
+
+namespace CALN {
+
+/// Largest satellite number of a system; 0 for what is none.
+[[nodiscard]] constexpr unsigned char getMaxSatNumber(eCALSATSYSTEM system) {
+    const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
+    return entry != nullptr ? entry->maxNumber : static_cast<unsigned char>(0);
+}
+
+}  // namespace CALN
+
+/// The table's maxima under the name that the library's callers use.
+class CSatelliteSystem {
+public:
+    [[nodiscard]] static constexpr unsigned char GetMaxSatelliteNumber(CALN::eCALSATSYSTEM system) {
+        return CALN::getMaxSatNumber(system);
+    }
+};

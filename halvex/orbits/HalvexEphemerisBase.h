@@ -1,0 +1,23 @@
+#pragma once
+
+#include "halvex/orbits/HalvexOrbitBase.h"
+
+/// Broadcast ephemeris of one satellite.
+class HALVEX_EXPORT IHalvexEphemerisBase : public IHalvexOrbitBase {
+public:
+    ~IHalvexEphemerisBase() override;
+
+    /// Version of the saved form of CHalvexEphemeris.
+    static int GetVersionID() { return 14; }
+
+    [[nodiscard]] CALN::eCALEPHEMERISTYPE GetOrbitType() const override { return CALN::eCALEPHEMERISTYPE_EPHEMERIS; }
+    /// How far from its reference time a buffer prefers this ephemeris to none [min]. IsValid does not ask it.
+    [[nodiscard]] virtual double GetEphemerisValidatyTimeframeMinutes() const = 0;
+    /// Which of a system's navigation messages it came by; 0 where there is no choice.
+    [[nodiscard]] virtual unsigned int GetNavigationType() const;
+
+protected:
+    IHalvexEphemerisBase() = default;
+    IHalvexEphemerisBase(const IHalvexEphemerisBase&) = default;
+    IHalvexEphemerisBase& operator=(const IHalvexEphemerisBase&) = default;
+};

@@ -1,0 +1,157 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+
+#include "halvex/platform/caln/AlmanacRecords.h"
+#include "halvex/platform/caln/EphemerisRecord.h"
+
+// Kepler orbits with the corrections of broadcast ephemerides. One kernel, for a single satellite (Number = double) and
+// for several at once (Number = a pack of doubles, see OrbitBatch).
+
+namespace halvex::kepler {
+
+/// What a system's interface document fixes: gravitational parameter [m^3/s^2] and rotation rate of the Earth [rad/s].
+/// The broadcast elements were fitted with these, so newer values would be wrong.
+struct Constants {
+    double gm;
+    double earthRate;
+};
+inline constexpr Constants kGps{3.986005e14, 7.2921151467e-5};         ///< IS-GPS-200, table 20-IV; QZSS and NavIC too
+inline constexpr Constants kGalileo{3.986004418e14, 7.2921151467e-5};  ///< Galileo OS SIS ICD, 5.1.1
+inline constexpr Constants kBeidou{3.986004418e14, 7.2921150e-5};      ///< BDS-SIS-ICD-B1I, 5.2.4.12 (CGCS2000)
+
+/// Orbits lower than this are none of a navigation satellite: their elements are rubbish [m].
+inline constexpr double kSmallestSemiMajorAxis = 2.0e7;
+inline constexpr double kHalfWeek = 302400.0;
+inline constexpr double kWeek = 604800.0;
+
+/// Brings a time from a reference into half a week on either side, with one correction each way and no loop: an absurd
+/// reference time stays absurd but costs nothing. IS-GPS-200, 20.3.3.4.3.
+inline double withinHalfWeek(double seconds) {
+    if (seconds < -kHalfWeek) seconds += kWeek;
+    if (seconds > kHalfWeek) seconds -= kWeek;
+    return seconds;
+}
+
+/// Elements of one orbit, or of several side by side, with what does not depend on time worked out.
+template <class Number>
+struct Elements {
+    Number a{}, aDot{};                    // semi-major axis [m], its rate [m/s]
+    Number meanMotion{}, meanMotionDot{};  // with its correction [rad/s]; half of its rate [rad/s^2]
+    Number m0{}, e{}, rootOneMinusE2{};
+    Number omega{}, omega0{}, nodeRate{}, earthAngle{};  // node: omega0 + nodeRate tk - earthAngle
+    Number i0{}, idot{};
+    Number cuc{}, cus{}, crc{}, crs{}, cic{}, cis{};
+};
+inline constexpr std::size_t kElements = sizeof(Elements<double>) / sizeof(double);
+
+/// `inertialNode`: the node's longitude counts in a frame that does not turn with the Earth (geostationary BeiDou).
+inline Elements<double> elementsOf(const CALN::CALX_SAT_EPHEMERIS_COMMON& r, const Constants& constants,
+                                   bool inertialNode = false) {
+    Elements<double> o;
+    o.a = r.sqrtA * r.sqrtA;
+    o.aDot = r.aDot;
+    o.meanMotion = std::sqrt(constants.gm / (o.a * o.a * o.a)) + r.deltaN;
+    o.meanMotionDot = 0.5 * r.deltaNDot;
+    o.m0 = r.m0;
+    o.e = r.e;
+    o.rootOneMinusE2 = std::sqrt(1.0 - r.e * r.e);
+    o.omega = r.omega;
+    o.omega0 = r.omega0;
+    o.nodeRate = inertialNode ? r.omegaDot : r.omegaDot - constants.earthRate;
+    o.earthAngle = constants.earthRate * r.toe;
+    o.i0 = r.i0;
+    o.idot = r.idot;
+    o.cuc = r.cuc;
+    o.cus = r.cus;
+    o.crc = r.crc;
+    o.crs = r.crs;
+    o.cic = r.cic;
+    o.cis = r.cis;
+    return o;
+}
+
+inline Elements<double> elementsOf(const CALN::CALX_SAT_ALMANAC_COMMON& r, const Constants& constants) {
+    CALN::CALX_SAT_EPHEMERIS_COMMON ephemeris;
+    ephemeris.toe = r.toa;
+    ephemeris.m0 = r.m0;
+    ephemeris.e = r.e;
+    ephemeris.sqrtA = r.sqrtA;
+    ephemeris.omega0 = r.omega0;
+    ephemeris.i0 = r.i;
+    ephemeris.omega = r.omega;
+    ephemeris.omegaDot = r.omegaDot;
+    return elementsOf(ephemeris, constants);
+}
+
+inline bool sameValue(double left, double right) {
+    return left == right;
+}
+
+inline void sineAndCosine(double angle, double& sine, double& cosine) {
+    sine = std::sin(angle);
+    cosine = std::cos(angle);
+}
+
+template <class Number>
+struct Position {
+    Number x, y, z;
+};
+
+/// Earth-fixed position `tk` seconds from the reference time. IS-GPS-200, 20.3.3.4.3 and table 20-IV; with aDot and
+/// meanMotionDot table 30-II. No velocity, no clock, no relativity.
+///
+/// Kepler's equation by ten fixed-point steps; the true anomaly takes the sine of the estimate before the last step and
+/// the cosine of the last. A step that gives its estimate back to the bit would go on doing so: the rest is left out.
+template <class Number>
+inline Position<Number> position(const Elements<Number>& o, const Number& tk) {
+    using std::atan2;
+    using std::cos;
+    using std::sin;
+
+    const Number m = o.m0 + (o.meanMotion + o.meanMotionDot * tk) * tk;
+    Number anomaly = m;
+    Number sine{};
+    for (int step = 0; step < 10; ++step) {
+        sine = sin(anomaly);
+        const Number next = m + o.e * sine;
+        const bool settled = sameValue(next, anomaly);
+        anomaly = next;
+        if (settled) break;
+    }
+    const Number cosine = cos(anomaly);
+    const Number phi = atan2(o.rootOneMinusE2 * sine, cosine - o.e) + o.omega;
+    Number s2, c2;
+    sineAndCosine(phi + phi, s2, c2);
+    const Number u = phi + (o.cus * s2 + o.cuc * c2);
+    const Number r = (o.a + o.aDot * tk) * (1.0 - o.e * cosine) + (o.crc * c2 + o.crs * s2);
+    const Number i = o.i0 + (o.cic * c2 + o.cis * s2) + o.idot * tk;
+    const Number node = o.omega0 + o.nodeRate * tk - o.earthAngle;
+
+    Number sinU, cosU, sinI, cosI, sinNode, cosNode;
+    sineAndCosine(u, sinU, cosU);
+    sineAndCosine(i, sinI, cosI);
+    sineAndCosine(node, sinNode, cosNode);
+    const Number x = r * cosU;
+    const Number y = r * sinU;
+    return {x * cosNode - y * cosI * sinNode, x * sinNode + y * cosI * cosNode, y * sinI};
+}
+
+/// Geostationary BeiDou satellites: from the tilted inertial frame of position() with an inertial node to the
+/// Earth-fixed one, by -5 degrees about x and the Earth's turn since the reference time about z. BDS-SIS-ICD-B1I,
+/// 5.2.4.12.
+inline Position<double> turnGeostationary(const Position<double>& p, double tk) {
+    constexpr double kSinTilt = -0.087155742747658174;  // of -5 degrees
+    constexpr double kCosTilt = 0.99619469809174553;
+    double sine = 0.0;
+    double cosine = 0.0;
+    sineAndCosine(kBeidou.earthRate * tk, sine, cosine);
+    const double y = kCosTilt * p.y + kSinTilt * p.z;
+    const double z = -kSinTilt * p.y + kCosTilt * p.z;
+    return {cosine * p.x + sine * y, -sine * p.x + cosine * y, z};
+}
+
+}  // namespace halvex::kepler
