@@ -98,25 +98,8 @@ bool CHalvexEphemeris::IsDataValid() {
 
 bool CHalvexEphemeris::CalcSatPosCartesian(double gpsSecondsOfWeek, ORBIT_COORD& position) const {
     if (m_data.sqrtA * m_data.sqrtA < kepler::kSmallestSemiMajorAxis) return false;
-    CALN::CALX_SAT_EPHEMERIS_COMMON orbit;
-    orbit.toe = m_data.toe;
-    orbit.m0 = m_data.m0;
-    orbit.deltaN = m_data.deltaN;
-    orbit.e = m_data.e;
-    orbit.sqrtA = m_data.sqrtA;
-    orbit.omega0 = m_data.omega0;
-    orbit.i0 = m_data.i0;
-    orbit.omega = m_data.omega;
-    orbit.omegaDot = m_data.omegaDot;
-    orbit.idot = m_data.idot;
-    orbit.cuc = m_data.cuc;
-    orbit.cus = m_data.cus;
-    orbit.crc = m_data.crc;
-    orbit.crs = m_data.crs;
-    orbit.cic = m_data.cic;
-    orbit.cis = m_data.cis;
-    const double tk = kepler::withinHalfWeek(gpsSecondsOfWeek - orbit.toe);
-    const auto [x, y, z] = kepler::position(kepler::elementsOf(orbit, kepler::kGps), tk);
+    const double tk = kepler::withinHalfWeek(gpsSecondsOfWeek - m_data.toe);
+    const auto [x, y, z] = kepler::position(kepler::elementsOf(m_data, kepler::kGps), tk);
     position = {x, y, z};
     return true;
 }

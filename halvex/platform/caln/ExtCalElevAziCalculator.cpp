@@ -37,9 +37,18 @@ struct GlonassOrbit {
     double reference = 0.0;  // [s of the GPS week]
 };
 
+/// An instant as one number, for comparisons that need not see a microsecond [s since MJD 0].
+double secondsOf(const SMjdTime& t) {
+    return t.GetMjdDay() * 86400.0 + t.GetMjdFractMilliseconds() / 1000.0;
+}
+
 /// One orbit of one satellite.
 struct Orbit {
-    SMjdTime reference;  // GPS scale
+    Orbit(const SMjdTime& referenceTime, bool isHealthy, auto orbitMotion)
+        : reference(referenceTime), seconds(secondsOf(referenceTime)), healthy(isHealthy), motion(orbitMotion) {}
+
+    SMjdTime reference;     // GPS scale
+    double seconds = 0.0;   // the same, see secondsOf
     bool healthy = false;
     std::variant<KeplerOrbit, GlonassOrbit, glonass::AlmanacElements> motion;
 };
@@ -84,23 +93,20 @@ public:
         *(at - 1) = std::move(orbit);
         return true;
     }
-    /// The one nearest to `t` within `timeframe` seconds; of two equally near ones the later.
-    [[nodiscard]] const Orbit* nearest(const SMjdTime& t, double timeframe) const {
-        const auto after = std::lower_bound(m_orbits.begin(), m_orbits.end(), t,
-                                            [](const Orbit& o, const SMjdTime& time) { return o.reference < time; });
+    /// The one nearest to the instant within `timeframe` seconds; of two equally near ones the later.
+    [[nodiscard]] const Orbit* nearest(double t, double timeframe) const {
+        const auto after = std::partition_point(m_orbits.begin(), m_orbits.end(),
+                                                [t](const Orbit& orbit) { return orbit.seconds < t; });
         const Orbit* best = nullptr;
-        double distance = timeframe;
-        if (after != m_orbits.end() && after->reference.GetDifferenceInSeconds(t) <= distance) {
-            best = &*after;
-            distance = after->reference.GetDifferenceInSeconds(t);
-        }
+        if (after != m_orbits.end() && after->seconds - t <= timeframe) best = &*after;
         if (after != m_orbits.begin()) {
             const Orbit& before = *(after - 1);
-            const double back = t.GetDifferenceInSeconds(before.reference);
-            if (back < distance || (best == nullptr && back <= distance)) best = &before;
+            const double distance = t - before.seconds;
+            if (distance <= timeframe && (best == nullptr || distance < best->seconds - t)) best = &before;
         }
         return best;
     }
+    [[nodiscard]] bool empty() const { return m_orbits.empty(); }
     void clear() { m_orbits.clear(); }
 
 private:
@@ -140,8 +146,8 @@ struct ExtCalElevAziCalculator::State {
     halvex::OrbitBatch batch;
     std::uint64_t uses = 0;
 
-    [[nodiscard]] const Orbit* choose(std::size_t satellite, const SMjdTime& t, eCALEPHEMERISTYPE& type) const {
-        if (mode != kModeAlmanacs) {
+    [[nodiscard]] const Orbit* choose(std::size_t satellite, double t, eCALEPHEMERISTYPE& type) const {
+        if (mode != kModeAlmanacs && !ephemerides[satellite].empty()) {
             type = eCALEPHEMERISTYPE_EPHEMERIS;
             const double limit =
                 timeframe > 0.0 ? timeframe : timeframeOf(halvex::satelliteAt(static_cast<int>(satellite)).system);
@@ -204,6 +210,7 @@ const Epoch& ExtCalElevAziCalculator::State::fill(const SMjdTime& t,
     batch.clear();
 
     std::array<bool, kAllSatellites> healthy{};
+    const double instant = secondsOf(t);
     const double seconds = t.GetGpsSeconds();
     const auto add = [&epoch, &healthy](std::size_t satellite, const ORBIT_COORD& position) {
         epoch.satellites[epoch.count] = static_cast<std::uint8_t>(satellite);
@@ -215,7 +222,7 @@ const Epoch& ExtCalElevAziCalculator::State::fill(const SMjdTime& t,
     };
     for (std::size_t satellite = 0; satellite < kAllSatellites; ++satellite) {
         eCALEPHEMERISTYPE type{};
-        const Orbit* orbit = choose(satellite, t, type);
+        const Orbit* orbit = choose(satellite, instant, type);
         if (orbit == nullptr) continue;
         healthy[satellite] = orbit->healthy;
         if (const auto* motion = std::get_if<KeplerOrbit>(&orbit->motion)) {
@@ -398,7 +405,7 @@ std::optional<ExtCalElevAziCalculator::SatellitePosition> ExtCalElevAziCalculato
 
     const std::shared_lock guard(m_state->lock);
     SatellitePosition result;
-    const Orbit* orbit = m_state->choose(static_cast<std::size_t>(index), t, result.type);
+    const Orbit* orbit = m_state->choose(static_cast<std::size_t>(index), secondsOf(t), result.type);
     if (orbit == nullptr) return std::nullopt;
     result.referenceTime = orbit->reference;
     result.healthy = orbit->healthy;

@@ -5,9 +5,6 @@
 #include <cmath>
 #include <cstddef>
 
-#include "halvex/platform/caln/AlmanacRecords.h"
-#include "halvex/platform/caln/EphemerisRecord.h"
-
 // Kepler orbits with the corrections of broadcast ephemerides. One kernel, for a single satellite (Number = double) and
 // for several at once (Number = a pack of doubles, see OrbitBatch).
 
@@ -48,43 +45,39 @@ struct Elements {
 };
 inline constexpr std::size_t kElements = sizeof(Elements<double>) / sizeof(double);
 
-/// `inertialNode`: the node's longitude counts in a frame that does not turn with the Earth (geostationary BeiDou).
-inline Elements<double> elementsOf(const CALN::CALX_SAT_EPHEMERIS_COMMON& r, const Constants& constants,
-                                   bool inertialNode = false) {
+/// Of any record that names the elements as CALX_SAT_EPHEMERIS_COMMON does. `inertialNode`: the node's longitude counts
+/// in a frame that does not turn with the Earth (geostationary BeiDou).
+template <class Record>
+inline Elements<double> elementsOf(const Record& r, const Constants& constants, bool inertialNode = false) {
     Elements<double> o;
     o.a = r.sqrtA * r.sqrtA;
-    o.aDot = r.aDot;
-    o.meanMotion = std::sqrt(constants.gm / (o.a * o.a * o.a)) + r.deltaN;
-    o.meanMotionDot = 0.5 * r.deltaNDot;
+    o.meanMotion = std::sqrt(constants.gm / (o.a * o.a * o.a));
     o.m0 = r.m0;
     o.e = r.e;
     o.rootOneMinusE2 = std::sqrt(1.0 - r.e * r.e);
     o.omega = r.omega;
     o.omega0 = r.omega0;
     o.nodeRate = inertialNode ? r.omegaDot : r.omegaDot - constants.earthRate;
-    o.earthAngle = constants.earthRate * r.toe;
-    o.i0 = r.i0;
-    o.idot = r.idot;
-    o.cuc = r.cuc;
-    o.cus = r.cus;
-    o.crc = r.crc;
-    o.crs = r.crs;
-    o.cic = r.cic;
-    o.cis = r.cis;
+    if constexpr (requires { r.toa; }) {  // an almanac
+        o.earthAngle = constants.earthRate * r.toa;
+        o.i0 = r.i;
+    } else {
+        o.meanMotion += r.deltaN;
+        o.earthAngle = constants.earthRate * r.toe;
+        o.i0 = r.i0;
+        o.idot = r.idot;
+        o.cuc = r.cuc;
+        o.cus = r.cus;
+        o.crc = r.crc;
+        o.crs = r.crs;
+        o.cic = r.cic;
+        o.cis = r.cis;
+    }
+    if constexpr (requires { r.aDot; }) {
+        o.aDot = r.aDot;
+        o.meanMotionDot = 0.5 * r.deltaNDot;
+    }
     return o;
-}
-
-inline Elements<double> elementsOf(const CALN::CALX_SAT_ALMANAC_COMMON& r, const Constants& constants) {
-    CALN::CALX_SAT_EPHEMERIS_COMMON ephemeris;
-    ephemeris.toe = r.toa;
-    ephemeris.m0 = r.m0;
-    ephemeris.e = r.e;
-    ephemeris.sqrtA = r.sqrtA;
-    ephemeris.omega0 = r.omega0;
-    ephemeris.i0 = r.i;
-    ephemeris.omega = r.omega;
-    ephemeris.omegaDot = r.omegaDot;
-    return elementsOf(ephemeris, constants);
 }
 
 inline bool sameValue(double left, double right) {
