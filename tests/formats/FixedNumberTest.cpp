@@ -1,10 +1,10 @@
 #include "formats/io/FixedNumber.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <locale.h>
 
-#include <array>
 #include <bit>
-#include <cstdio>
 #include <cstdlib>
 #include <random>
 #include <sstream>
@@ -13,11 +13,13 @@
 namespace halvex {
 namespace {
 
+/// What strtod gives in a program without a locale.
 double viaStrtod(std::string text) {
+    static const locale_t none = ::newlocale(LC_ALL_MASK, "C", nullptr);
     for (char& c : text) {
         if (c == 'D' || c == 'd') c = 'e';
     }
-    return std::strtod(text.c_str(), nullptr);
+    return ::strtod_l(text.c_str(), nullptr, none);
 }
 
 TEST(FixedNumber, NumbersAreWhatStrtodMakesOfThem) {
@@ -51,18 +53,17 @@ TEST(FixedNumber, WhatIsNoNumberIsTold) {
 /// character that may disturb, in every column.
 TEST(FixedNumber, ObservationFieldsGoTheFastWayExactly) {
     std::mt19937_64 random(1980);
-    std::array<char, 32> text{};
     std::int64_t limit = 1;
     for (int digits = 1; digits <= 13; ++digits) {
         limit *= 10;
         for (int i = 0; i < 20000; ++i) {
             std::int64_t mantissa = static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(limit));
             if (digits < 13 && i % 2 == 0) mantissa = -mantissa;
-            std::snprintf(text.data(), text.size(), "%14.3f", static_cast<double>(mantissa) / 1000.0);
+            std::string text = fmt::format("{:14.3f}", static_cast<double>(mantissa) / 1000.0);
             if (text[8] == ' ' && text[9] == '0') text[9] = ' ';  // FORTRAN may leave out the zero before the point
             double value = 0.0;
-            ASSERT_EQ(parseF14d3(text.data(), value), Field::number) << text.data();
-            ASSERT_EQ(value, viaStrtod(text.data())) << text.data();
+            ASSERT_EQ(parseF14d3(text.data(), value), Field::number) << text;
+            ASSERT_EQ(value, viaStrtod(text)) << text;
         }
     }
 }

@@ -1,10 +1,10 @@
 #include "formats/rinex/ObservationReader.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include "formats/rinex/SatelliteName.h"
 #include "tests/formats/Gzip.h"
@@ -28,12 +28,6 @@ std::string header2(const std::string& types, const std::string& number = "2.11"
     return version(number, system) + record(types, "# / TYPES OF OBSERV") + endOfHeader();
 }
 
-std::string printed(double value) {
-    std::ostringstream text;
-    text << value;
-    return text.str();
-}
-
 /// All that the reader gives, a word for each thing, so that a test states it in one line.
 std::string story(ObservationReader& reader, std::size_t most = 10000) {
     std::string text;
@@ -50,7 +44,7 @@ std::string story(ObservationReader& reader, std::size_t most = 10000) {
         for (const auto& satellite : epoch.satellites) {
             text += ' ' + satelliteName(satellite.id);
             for (const ObservedValue& v : epoch.valuesOf(satellite)) {
-                text += v.present ? '=' + printed(v.value) : "=-";
+                text += v.present ? fmt::format("={}", v.value) : "=-";
                 if (v.lossOfLock != 0 || v.signalStrength != 0) {
                     text += '/' + std::to_string(v.lossOfLock) + std::to_string(v.signalStrength);
                 }

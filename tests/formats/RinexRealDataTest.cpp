@@ -72,7 +72,7 @@ bool ofIndependentReader(const fs::path& file, Totals& totals) {
         totals.satellites += epoch.satellites.size();
         for (const auto& [satellite, values] : epoch.satellites) {
             for (const auto& [code, printed] : values) {
-                const double value = std::strtod(printed.text.c_str(), nullptr);
+                const double value = printed.number();
                 if (value != 0.0) addValue(value, printed.lossOfLock == ' ' ? 0 : printed.lossOfLock - '0', totals);
             }
         }

@@ -25,8 +25,8 @@ std::vector<double> timeOf(const PrintedEpoch& epoch) {
 }
 
 /// "-.353" and "-0.353" are the same digits.
-long long thousandths(const std::string& text) {
-    return std::llround(std::strtod(text.c_str(), nullptr) * 1000.0);
+long long thousandths(const PrintedValue& value) {
+    return std::llround(value.number() * 1000.0);
 }
 
 /// The name under which a source has what a replayed file calls `code`.
@@ -76,14 +76,14 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
         ASSERT_EQ(other.satellites.size(), epoch.satellites.size()) << epoch.time;
         for (const auto& [name, values] : epoch.satellites) {
             ++counts.satellites;
-            for (const auto& [type, value] : values) counts.values += thousandths(value.text) != 0 ? 1U : 0U;
+            for (const auto& [type, value] : values) counts.values += thousandths(value) != 0 ? 1U : 0U;
             const auto found = other.satellites.find(name);
             ASSERT_NE(found, other.satellites.end()) << epoch.time << " " << name;
             for (const auto& [code, value] : found->second) {
                 ++replayedValues;
                 const auto from = values.find(sourceType(values, code, name[0]));
                 ASSERT_NE(from, values.end()) << epoch.time << " " << name << " " << code;
-                const long long difference = std::llabs(thousandths(value.text) - thousandths(from->second.text));
+                const long long difference = std::llabs(thousandths(value) - thousandths(from->second));
                 if (code[0] == 'D' && difference == 1) {
                     ++roundedDoppler;
                 } else {

@@ -13,7 +13,6 @@
 #include "halvex/platform/kernix/IndexedFileRecord.h"
 #include "halvex/platform/mjd/MjdTime.h"
 #include "tests/formats/RinexText.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/RunTool.h"
 
 namespace halvex::test {
@@ -75,13 +74,6 @@ inline std::vector<std::string> filesIn(const std::string& folder) {
 
 inline std::size_t lines(const std::string& text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-}
-
-/// What stands behind the header of a RINEX file.
-inline std::string bodyOf(const std::string& name) {
-    const std::string text = readFile(name);
-    const std::size_t end = text.find("END OF HEADER\n");
-    return end == std::string::npos ? "(no header)" : text.substr(end);
 }
 
 }  // namespace halvex::test
