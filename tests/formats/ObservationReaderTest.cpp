@@ -182,22 +182,15 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
 }
 
 TEST(ObservationReader, FilesThatEndEarly) {
-    const std::string epoch = std::string(kEpoch3) + "G05         1.000\n";
-    EXPECT_EQ(story(readerOf(header3() + epoch)), "! f:6: the file ends inside an epoch: 1 of 2 satellites\n");
-    EXPECT_EQ(story(readerOf(header3() + ">                              4  2\n" + record("x", "COMMENT"))),
-              "! f:6: the file ends inside an epoch: 1 of 2 header records\n");
-    EXPECT_EQ(story(readerOf(header2("     6    C1    L1    C2    L2    D1    S1") +
-                             " 05  3 24 13 10  1.0000000  0  2G05G06\n         1.000\n\n         1.000\n")),
-              "! f:7: the file ends inside an epoch: 1 of 2 satellites\n");
-    EXPECT_EQ(story(readerOf(header3() + "no epoch\nnone again\n")), "! f:5: an epoch line begins with \">\"\n");
-
-    std::string longText = header3();
-    for (int i = 0; i < 300; ++i) longText += epoch + "S20 " + std::to_string(i * 7919) + '\n';
-    const std::string packed = test::gzip(longText);
-    EXPECT_EQ(story(readerOf(packed)), story(readerOf(longText)));
-    const std::string told = story(readerOf(packed.substr(0, packed.size() - 300)));
-    EXPECT_TRUE(told.ends_with("the compressed file is cut off\n"));
-    EXPECT_EQ(std::ranges::count(told, '!'), 1);
+    const std::pair<std::string, const char*> rows[] = {
+        {header3() + kEpoch3 + "G05         1.000\n", "6: the file ends inside an epoch: 1 of 2 satellites"},
+        {header3() + ">                              4  2\n" + record("x", "COMMENT"),
+         "6: the file ends inside an epoch: 1 of 2 header records"},
+        {header2("     6    C1    L1    C2    L2    D1    S1") +
+             " 05  3 24 13 10  1.0000000  0  2G05G06\n         1.000\n\n         1.000\n",
+         "7: the file ends inside an epoch: 1 of 2 satellites"},
+        {header3() + "no epoch\nnone again\n", "5: an epoch line begins with \">\""}};
+    for (const auto& [text, error] : rows) EXPECT_EQ(story(readerOf(text)), "! f:" + std::string(error) + '\n');
 }
 
 /// 64 MB of epochs in 64 members of a compressed file: peak memory stays where the first epochs have brought it.
@@ -223,9 +216,9 @@ TEST(ObservationReader, MemoryDoesNotGrowWithTheFile) {
 
 /// Cut or damaged anywhere, a file gives epochs and errors, and comes to an end.
 TEST(ObservationReader, DamageAnywhereComesToAnEnd) {
-    const std::string text = header3() + kEpoch3 + "G05         1.50017        -2.000 8\nS58         3.000\n" +
-                             ">                              4  1\n" + record("G  100   1 L1C", "SYS / SCALE FACTOR") +
-                             kEpoch3 + "G05         1.50017        -2.000 8\nS58         3.000\n";
+    const std::string epoch = std::string(kEpoch3) + "G05         1.50017        -2.000 8\nS58         3.000\n";
+    const std::string text = header3() + epoch + ">                              4  1\n" +
+                             record("G  100   1 L1C", "SYS / SCALE FACTOR") + epoch;
     for (std::size_t i = 0; i < text.size(); ++i) {
         story(readerOf(text.substr(0, i)));
         for (const char c : {'\n', ' ', '9', '>', '\xff'}) {
