@@ -40,12 +40,6 @@ std::string sourceType(const std::map<std::string, PrintedValue>& source, const 
     return {precise ? 'P' : code[0], code[1]};
 }
 
-struct Counts {
-    std::size_t epochs = 0;
-    std::size_t satellites = 0;
-    std::size_t values = 0;
-};
-
 class ArchiveRealData : public testing::TestWithParam<const char*> {};
 
 TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
@@ -65,24 +59,22 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
     std::vector<PrintedEpoch> again;
     ASSERT_TRUE(
         readIndependently(folder.path("again.rnx"), [&](const PrintedEpoch& epoch) { again.push_back(epoch); }));
-    Counts counts;
-    std::size_t replayedValues = 0;
-    std::size_t roundedDoppler = 0;
+    std::size_t epochs = 0, satellites = 0, values = 0, replayedValues = 0, roundedDoppler = 0;
     ASSERT_TRUE(readIndependently(source, [&](const PrintedEpoch& epoch) {
         if (epoch.flag == '6') return;
-        ASSERT_LT(counts.epochs, again.size());
-        const PrintedEpoch& other = again[counts.epochs++];
+        ASSERT_LT(epochs, again.size());
+        const PrintedEpoch& other = again[epochs++];
         ASSERT_EQ(timeOf(other), timeOf(epoch));
         ASSERT_EQ(other.satellites.size(), epoch.satellites.size()) << epoch.time;
-        for (const auto& [name, values] : epoch.satellites) {
-            ++counts.satellites;
-            for (const auto& [type, value] : values) counts.values += thousandths(value) != 0 ? 1U : 0U;
+        for (const auto& [name, printed] : epoch.satellites) {
+            ++satellites;
+            for (const auto& [type, value] : printed) values += thousandths(value) != 0 ? 1U : 0U;
             const auto found = other.satellites.find(name);
             ASSERT_NE(found, other.satellites.end()) << epoch.time << " " << name;
             for (const auto& [code, value] : found->second) {
                 ++replayedValues;
-                const auto from = values.find(sourceType(values, code, name[0]));
-                ASSERT_NE(from, values.end()) << epoch.time << " " << name << " " << code;
+                const auto from = printed.find(sourceType(printed, code, name[0]));
+                ASSERT_NE(from, printed.end()) << epoch.time << " " << name << " " << code;
                 const long long difference = std::llabs(thousandths(value) - thousandths(from->second));
                 if (code[0] == 'D' && difference == 1) {
                     ++roundedDoppler;
@@ -92,7 +84,7 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
             }
         }
     }));
-    EXPECT_EQ(counts.epochs, again.size());
+    EXPECT_EQ(epochs, again.size());
 
     // Nothing is dropped in silence: what did not come back has been counted.
     std::size_t lost = 0;
@@ -100,9 +92,9 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
         for (const auto& [code, count] : input["notInTheRecord"].items()) lost += count.get<std::size_t>();
         EXPECT_EQ(input["other"]["Doppler values rounded to a float"].get<std::size_t>(), roundedDoppler);
     }
-    EXPECT_EQ(replayedValues + lost, counts.values);
-    std::cout << GetParam() << ": " << counts.epochs << " epochs, " << counts.satellites << " satellites, "
-              << replayedValues << " values alike, " << lost << " have no place in the record\n";
+    EXPECT_EQ(replayedValues + lost, values);
+    std::cout << GetParam() << ": " << epochs << " epochs, " << satellites << " satellites, " << replayedValues
+              << " values alike, " << lost << " have no place in the record\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -74,14 +74,8 @@ TEST(Info, WhatWasGoodIsToldBeforeTheFault) {
     const ToolRun run = runTool({"info", folder.path("f"), folder.path("g"), "--json"});
     EXPECT_EQ(run.status, 1);
     const json found = json::parse(run.out);
-    EXPECT_EQ(found[0]["epochs"], 1);
-    EXPECT_EQ(found[1]["epochs"], 1);
+    EXPECT_TRUE(found[0]["epochs"] == 1 && found[1]["epochs"] == 1) << run.out;
     EXPECT_EQ(run.err, "halvex: " + folder.path("f") + ":9: G05: columns 4 to 17: \"  20000000.1x3\" is no number\n");
-
-    const ToolRun missing = runTool({"info", folder.path("g"), folder.path("none"), "--json"});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(json::parse(missing.out)[0]["epochs"], 1);
-    EXPECT_EQ(missing.err, "halvex: " + folder.path("none") + ": cannot be opened: No such file or directory\n");
 }
 
 }  // namespace

@@ -16,19 +16,15 @@ struct ToolRun {
     std::string err;
 };
 
-/// Runs the tool within the test, its output caught.
-inline ToolRun runTool(const std::vector<std::string>& arguments) {
-    std::ostringstream out;
-    std::ostringstream err;
-    std::streambuf* const outBefore = std::cout.rdbuf(out.rdbuf());
+/// Runs the tool within the test, its output caught, or handed to `sink`.
+inline ToolRun runTool(const std::vector<std::string>& arguments, std::streambuf* sink = nullptr) {
+    const std::ostringstream out, err;
+    std::streambuf* const outBefore = std::cout.rdbuf(sink != nullptr ? sink : out.rdbuf());
     std::streambuf* const errBefore = std::cerr.rdbuf(err.rdbuf());
-    ToolRun run;
-    run.status = tool::runProgram(arguments);
+    const int status = tool::runProgram(arguments);
     std::cout.rdbuf(outBefore);
     std::cerr.rdbuf(errBefore);
-    run.out = out.str();
-    run.err = err.str();
-    return run;
+    return {status, out.str(), err.str()};
 }
 
 }  // namespace halvex::test
