@@ -75,6 +75,9 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
                 ++replayedValues;
                 const auto from = printed.find(sourceType(printed, code, name[0]));
                 ASSERT_NE(from, printed.end()) << epoch.time << " " << name << " " << code;
+                if (code[0] == 'L' && from->second.lost()) {
+                    ASSERT_TRUE(value.lost()) << epoch.time << " " << name << " " << code;
+                }
                 const long long difference = std::llabs(thousandths(value) - thousandths(from->second));
                 if (code[0] == 'D' && difference == 1) {
                     ++roundedDoppler;
@@ -95,6 +98,16 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
     EXPECT_EQ(replayedValues + lost, values);
     std::cout << GetParam() << ": " << epochs << " epochs, " << satellites << " satellites, " << replayedValues
               << " values alike, " << lost << " have no place in the record\n";
+}
+
+TEST(ArchiveRealDataFault, CostsItsEpochAlone) {
+    const char* const data = std::getenv("HALVEX_DATA");
+    if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to archive";
+    const TemporaryFolder folder;
+    const std::string source = (fs::path(data) / "odd/test_input_rinex3_obs_BadLineSize.15o").string();
+    const ToolRun run = runTool({"archive", source, "--out", folder.path("archive"), "--keep-going", "--json"});
+    EXPECT_EQ(run.err, "halvex: " + source + ":35: G05: column 115: signal strength \"z\" is not 0 to 9\n");
+    EXPECT_EQ(nlohmann::json::parse(run.out)["sets"][0]["epochs"], 36);
 }
 
 INSTANTIATE_TEST_SUITE_P(
