@@ -1,16 +1,82 @@
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <filesystem>
+#include <csignal>
 #include <tuple>
 
-#include "tests/files/IndexedSet.h"
-#include "tests/support/FileSizeLimit.h"
+#include "halvex/files/IndexedRead.h"
+#include "halvex/files/IndexedWrite.h"
+#include "halvex/platform/kernix/IndexedFileRecord.h"
+#include "halvex/time/TimeBase.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestClock.h"
 
 using namespace halvex::test;
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Blocks = std::vector<std::string>;
+
+namespace {
+
+const std::string kVersion2("\2\0\0\0", 4);
+
+/// A record and an index entry, written out byte by byte.
+std::string littleEndian(std::uint64_t value, int bytes) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i));
+    return text;
+}
+std::string record(unsigned week, unsigned milliseconds, std::string_view block) {
+    return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(block.size(), 4) + std::string(block);
+}
+std::string entry(unsigned week, unsigned milliseconds, std::uint64_t position) {
+    return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(position, 8);
+}
+
+/// Sets the clock to a GPS week and milliseconds of week, read as UTC.
+void setClock(TestClock& clock, int week, double milliseconds) {
+    CTimeBase(week, milliseconds / 1000.0).ToSystemTime(clock.utc);
+}
+
+/// What was logged since the last call, each line as "LEVEL SOURCE: MESSAGE".
+std::vector<std::string> taken(CapturedLog& log) {
+    std::vector<std::string> lines;
+    for (const auto& [source, level, message] : log.take()) {
+        lines.push_back(std::to_string(level) + " " + source + ": " + message);
+    }
+    return lines;
+}
+
+/// Keeps the blocks of a replay; cancels after `cancelAfter` of them.
+class Collector final : public IIndexedReadNotify {
+public:
+    void OnIndexedBlock(const unsigned char* block, std::uint64_t size) override {
+        blocks.emplace_back(reinterpret_cast<const char*>(block), size);
+        if (blocks.size() == cancelAfter) reader->cancelRead();
+    }
+    void OnIndexedReadEnd() override { ++ends; }
+
+    std::vector<std::string> blocks;
+    int ends = 0;
+    std::size_t cancelAfter = 0;
+    CIndexedReadFile* reader = nullptr;
+};
+
+std::vector<std::string> replay(const std::string& fileName, unsigned week = 0, unsigned milliseconds = 0) {
+    Collector collector;
+    CIndexedReadFile reader(&collector);
+    if (reader.Open(fileName.c_str())) reader.Read(week, milliseconds);
+    return collector.blocks;
+}
+
+void addBlock(CIndexedWriteFile& set, std::string_view block) {
+    set.AddBlock(reinterpret_cast<const unsigned char*>(block.data()), static_cast<std::uint32_t>(block.size()));
+}
+
+}  // namespace
 
 TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     const TemporaryFolder folder;
@@ -83,22 +149,6 @@ TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     EXPECT_EQ(readFile(base + "t"), kept) << "an index of another version costs the index alone";
     EXPECT_EQ(readFile(base + "i"), kVersion2);
     EXPECT_FALSE(CIndexedWriteFile().Open(std::string(259, 'n').c_str(), false)) << "name with suffix too long";
-}
-
-TEST(IndexedWriteFile, BlocksThatFindNoRoomAreMissingWhole) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
-    Blocks want;
-    {
-        CIndexedWriteFile set;
-        ASSERT_TRUE(set.Open(base.c_str(), true));
-        const FileSizeLimit full(20000);
-        for (char c = 'a'; c < 'k'; ++c) addBlock(set, std::string(3000, c));
-        EXPECT_EQ(std::filesystem::file_size(base), 18000u);
-        set.Close();
-    }
-    for (char c = 'a'; c < 'g'; ++c) want.push_back(std::string(3000, c));
-    EXPECT_EQ(replay(base + "t"), want);
 }
 
 namespace {
@@ -191,16 +241,6 @@ TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
         writeFile(name, whole.substr(0, length));
         want.resize((length - 4) / 15);
         EXPECT_EQ(replay(name), want) << length;
-
-        CFileReadBuffer file;
-        ASSERT_TRUE(file.Open(name.c_str()));
-        std::uint64_t position = 0, size = 1;
-        const unsigned char* data = nullptr;
-        std::size_t walked = 0;
-        bool more = CIndexedReadFile::getFirstBlock(file, position, data, size);
-        for (; more; more = CIndexedReadFile::getNextBlock(file, position, data, size)) ++walked;
-        EXPECT_EQ(walked, want.size()) << length;
-        EXPECT_TRUE(data == nullptr && size == 0);
     }
     writeFile(name, kVersion2 + record(2000, 0, "whole") + "\xd0\7\1\0\0\0\xff\xff\xff\xff"s + "short");
     EXPECT_THAT(replay(name), ElementsAre("whole")) << "a size of 4 GiB";
@@ -251,4 +291,145 @@ TEST(IndexedReadFile, TransformsToTheBlocksAlone) {
     writeFile(timeInfo, two);
     EXPECT_FALSE(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), timeInfo.c_str())) << "onto itself";
     EXPECT_EQ(readFile(timeInfo), two);
+}
+
+namespace {
+
+/// Every entry of the index leads to a record of its own time.
+void expectIndexFits(const std::string& base) {
+    const std::string index = readFile(base + "i"), timeInfo = readFile(base + "t");
+    ASSERT_EQ((index.size() - 4) % CIndexedFileIndex::kSavedSize, 0u);
+    for (std::size_t at = 4; at < index.size(); at += CIndexedFileIndex::kSavedSize) {
+        const auto found = CIndexedFileIndex::load(reinterpret_cast<const unsigned char*>(index.data()) + at);
+        ASSERT_LE(found.position + CIndexedFileRecordHeader::kSavedSize, timeInfo.size());
+        EXPECT_EQ(timeInfo.substr(found.position, 6), index.substr(at, 6));
+    }
+}
+
+/// Opens the set for appending with a new writer and adds one block in week 2100.
+void append(const std::string& base, std::string_view block) {
+    TestClock clock;
+    setClock(clock, 2100, 0);
+    CIndexedWriteFile set;
+    ASSERT_TRUE(set.Open(base.c_str(), false));
+    addBlock(set, block);
+}
+
+const std::string kTwoRecords = kVersion2 + record(2000, 1, "one") + record(2000, 2, "two");
+const std::string kThird = record(2000, 600001, "three");
+const std::string kIndex = kVersion2 + entry(2000, 1, 4) + entry(2000, 600001, 30);
+
+}  // namespace
+
+TEST(IndexedRepair, ASetCutAnywhereIsAppendedToCleanly) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    const std::string whole = kTwoRecords + kThird + "torn";
+    CapturedLog log;
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        for (std::size_t indexLength = 0; indexLength <= kIndex.size(); indexLength += length % 3 + 1) {
+            SCOPED_TRACE(testing::Message() << length << ' ' << indexLength);
+            writeFile(base + "t", whole.substr(0, length));
+            writeFile(base + "i", kIndex.substr(0, indexLength));
+            append(base, "new");
+            Blocks want = {"one", "two", "three"};
+            want.resize(length < 17 ? 0 : length < 30 ? 1 : length < 45 ? 2 : 3);
+            want.emplace_back("new");
+            EXPECT_EQ(replay(base + "t"), want);
+            expectIndexFits(base);
+        }
+    }
+    writeFile(base + "t", whole.substr(0, 35));
+    writeFile(base + "i", kIndex);
+    log.take();
+    append(base, "new");
+    EXPECT_THAT(
+        taken(log),
+        ElementsAre("2 CIndexedWriteFile::Open: incomplete last record cut off file " + base + "t, 5 bytes",
+                    "2 CIndexedWriteFile::Open: index entries without a record cut off file " + base + "i, 14 bytes"));
+}
+
+TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    std::string damaged = kTwoRecords;
+    damaged.replace(23, 4, "\xff\xff\xff\xff");  // the size of the second record
+    const std::pair<std::string, std::string> rows[] = {
+        {kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull), damaged + kThird},
+        {kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
+        {"\1\0\0\0"s, damaged.substr(0, 17)}};
+    for (const auto& [index, want] : rows) {
+        CapturedLog log;
+        writeFile(base + "t", damaged + kThird + "torn");
+        writeFile(base + "i", index);
+        append(base, "new");
+        EXPECT_EQ(readFile(base + "t"), want + record(2100, 0, "new"));
+    }
+}
+
+TEST(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
+    const TemporaryFolder folder;
+    const std::string base = folder.path("set");
+    CapturedLog log;
+    CIndexedWriteFile owner;
+    ASSERT_TRUE(owner.Open(base.c_str(), true));
+    writeFile(base + "t", kTwoRecords + "torn");
+    writeFile(base + "i", kIndex);
+    ASSERT_TRUE(CIndexedWriteFile().Open(base.c_str(), false));
+    EXPECT_EQ(readFile(base + "t"), kTwoRecords + "torn");
+    EXPECT_EQ(readFile(base + "i"), kIndex);
+    EXPECT_THAT(taken(log), IsEmpty());
+}
+
+namespace {
+
+std::string numberedBlock(int number) {
+    return std::to_string(number) +
+           std::string(static_cast<std::size_t>(number * 797 % 9000), static_cast<char>('a' + number % 26));
+}
+
+/// Writes numbered blocks until it is killed; after each that is flushed, tells so with a byte.
+[[noreturn]] void writeUntilKilled(const std::string& base, int toParent) {
+    TestClock clock;
+    setClock(clock, 2000, 0);
+    CIndexedWriteFile set;
+    if (!set.Open(base.c_str(), false)) ::_exit(1);
+    for (int number = 0;; ++number) {
+        setClock(clock, 2000, number * 200000.0);
+        addBlock(set, numberedBlock(number));
+        if (number % 3 != 0) continue;
+        set.Flush();
+        if (::write(toParent, "x", 1) != 1) ::_exit(1);
+    }
+}
+
+}  // namespace
+
+TEST(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
+    for (int flushes = 1; flushes <= 24; ++flushes) {
+        SCOPED_TRACE(flushes);
+        const TemporaryFolder folder;
+        const std::string base = folder.path("set");
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) writeUntilKilled(base, ends[1]);
+        ::close(ends[1]);
+        char byte = 0;
+        for (int i = 0; i < flushes; ++i) ASSERT_EQ(::read(ends[0], &byte, 1), 1);
+        ASSERT_EQ(::kill(child, SIGKILL), 0);  // wherever it is by now
+        ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+        ::close(ends[0]);
+
+        CapturedLog log;
+        append(base, "new");
+        Blocks blocks = replay(base + "t");
+        ASSERT_FALSE(blocks.empty());
+        EXPECT_EQ(blocks.back(), "new");
+        blocks.pop_back();
+        EXPECT_GE(blocks.size(), static_cast<std::size_t>(3 * flushes - 2)) << "what was flushed is there";
+        for (std::size_t i = 0; i < blocks.size(); ++i) ASSERT_EQ(blocks[i], numberedBlock(static_cast<int>(i)));
+        expectIndexFits(base);
+    }
 }
