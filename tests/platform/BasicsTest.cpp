@@ -1,17 +1,22 @@
-#include "halvex/platform/kernix/Logging.h"
-
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cmath>
 #include <ctime>
+#include <optional>
 #include <tuple>
 #include <vector>
 
+#include "halvex/platform/bss/GpsC.h"
+#include "halvex/platform/kernix/Logging.h"
 #include "halvex/platform/kernix/PrnID.h"
 #include "halvex/platform/mdb/PrnIdZ9.h"
 #include "halvex/platform/mjd/MjdTime.h"
-#include "halvex/platform/os/Clock.h"
+#include "halvex/platform/os/DateFormat.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/Environment.h"
+#include "tests/support/TestClock.h"
 
 namespace {
 
@@ -61,6 +66,61 @@ TEST(SatelliteTable, MaximumNumbersAndLetters) {
         EXPECT_FALSE(MDB::CPrnIdZ9(system->code, static_cast<unsigned char>(last + 1)).isValid());
     }
     EXPECT_EQ(halvex::systemOfLetter('X'), nullptr);
+}
+
+TEST(DateFormat, PatternsInTheCLocale) {
+    const ScopedVariable zone("TZ", "Pacific/Kiritimati");
+    const ScopedVariable language("LC_ALL", "de_DE.UTF-8");
+    std::setlocale(LC_ALL, "");
+    const SYSTEMTIME stamp = TestClock::stamp(2016, 12, 31, 23, 5, 9, 999);
+    const std::pair<const char*, const char*> rows[] = {
+        {"%Y-%m-%d %H:%M:%S", "2016-12-31 23:05:09"},
+        {"%A %a %B %b %j %p %I", "Saturday Sat December Dec 366 PM 11"},
+        {"%x %X %c", "12/31/16 23:05:09 Sat Dec 31 23:05:09 2016"},
+        {"%Ey%Od [%Z%z] %%Y 100%", "1631 [] %Y 100%"},
+        {"%s %q %_d %999999999d %#d %n %E", "%s %q %_d %999999999d %#d \n %E"},
+        {nullptr, ""}};
+    for (const auto& [pattern, want] : rows) EXPECT_EQ(os::formatDate(pattern, stamp), want) << want;
+    std::setlocale(LC_ALL, "C");
+}
+
+TEST(VariantDate, KnownDaysInBothDirectionsAndImpossibleOnes) {
+    const std::pair<SYSTEMTIME, std::optional<double>> rows[] = {
+        {TestClock::stamp(1899, 12, 29, 6), -1.25},       {TestClock::stamp(100, 1, 1), -657434.0},
+        {TestClock::stamp(9999, 12, 31, 12), 2958465.5},  {TestClock::stamp(99, 12, 31), std::nullopt},
+        {TestClock::stamp(10000, 1, 1), std::nullopt},    {TestClock::stamp(2017, 2, 29), std::nullopt},
+        {TestClock::stamp(2017, 1, 1, 24), std::nullopt}, {TestClock::stamp(2017, 1, 1, 0, 0, 60), std::nullopt}};
+    for (const auto& [stamp, date] : rows) {
+        EXPECT_EQ(os::toVariantDate(stamp), date);
+        if (!date) continue;
+        EXPECT_EQ(os::toVariantDate(os::fromVariantDate(*date).value()), date);
+    }
+    EXPECT_EQ(os::fromVariantDate(29226.0)->wDayOfWeek, 0);
+    EXPECT_EQ(os::fromVariantDate(0.99999999999)->wDay, 31) << "rounds into the next day";
+    for (const double date : {std::nan(""), 1e300, -657435.0, 2958466.0, 2958465.9999999999}) {
+        EXPECT_EQ(os::fromVariantDate(date), std::nullopt) << date;
+    }
+}
+
+TEST(CentralLeapSeconds, KindDecidesWhoIsHeard) {
+    using Announcement = std::tuple<std::int16_t, std::int16_t, int, int, int>;  // LS, LSF, week, day, kind
+    const std::tuple<const char*, Announcement, int, bool> steps[] = {
+        {"nothing but zeros", {0, 0, 0, 1, 1}, -7, false},
+        {"unknown kind", {17, 18, 1930, 1, 2}, -7, false},
+        {"automatic", {17, 18, 1930, 1, 3}, 17, true},
+        {"manual over automatic, no announcement", {19, 19, 0, 0, 1}, 19, false},
+        {"automatic against manual", {17, 18, 1930, 1, 3}, 19, false},
+        {"manual again, day out of range", {20, 20, 1930, 8, 1}, 20, false},
+        {"reset", {0, 0, 0, 1, 1}, -7, false},
+        {"automatic after the reset", {17, 18, 1930, 7, 3}, 17, true},
+        {"automatic zeros empty it", {0, 0, 0, 1, 3}, -7, false}};
+    for (const auto& [what, announcement, wantLs, wantFuture] : steps) {
+        std::apply(BSS::TIM::GpsC::setGpsLeapSecondsData, announcement);
+        BSS::TIM::UtcLeapSecond result{.leapSeconds = -7};
+        EXPECT_EQ(BSS::TIM::GpsC::getUtcLeapSecond(result), wantLs == -7 ? -1 : 0) << what;
+        EXPECT_EQ(result.leapSeconds, wantLs) << what;
+        EXPECT_EQ(result.futureValid, wantFuture) << what;
+    }
 }
 
 }  // namespace

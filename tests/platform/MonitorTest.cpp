@@ -12,29 +12,22 @@ namespace {
 
 using namespace halvex::test;
 
-TEST(Monitor, ElementsAreInTheTreeForTheirLife) {
+TEST(Monitor, ElementsAreInTheTreeForTheirLifeAndATakenPathGetsANumber) {
     CMonitorTree tree;
     const ScopedMonitorTree installed(tree);
     {
-        CMonitorElementContainer container("LeapSeconds/Automatic");
-        CMonitorElement(container, "Gone").Set(1.0);
-        CMonitorElement current(container, "Current");
-        current.Increment(0.5);
-        EXPECT_EQ(tree.value("LeapSeconds/Automatic", "Current"), 0.5);
+        CMonitorElementContainer first("Queue/Raw");
+        std::optional<CMonitorElementContainer> second(std::in_place, "Queue/Raw");
+        EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#3");
+        second.reset();
+        EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#2");
+        CMonitorElement(first, "Gone").Set(1.0);
+        CMonitorElement size(first, "Size");
+        size.Increment(0.5);
+        EXPECT_EQ(tree.value("Queue/Raw", "Size"), 0.5);
         EXPECT_EQ(tree.snapshot().size(), 1U);
     }
     EXPECT_EQ(tree.openMetrics(), "# EOF\n");
-}
-
-TEST(Monitor, ATakenPathGetsANumber) {
-    CMonitorTree tree;
-    const ScopedMonitorTree installed(tree);
-    const CMonitorElementContainer first("Queue/Raw");
-    std::optional<CMonitorElementContainer> second(std::in_place, "Queue/Raw");
-    const CMonitorElementContainer third("Queue/Raw");
-    EXPECT_EQ(third.path(), "Queue/Raw#3");
-    second.reset();
-    EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#2");
 }
 
 TEST(Monitor, OpenMetricsText) {
