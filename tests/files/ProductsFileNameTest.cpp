@@ -132,13 +132,3 @@ TEST(ProductsFileName, ChangedNamesOfOtherProducts) {
     EXPECT_EQ(Names::CreateQCFileName("QC_", CGPSTime(2022, 3, 4, 5, 6, 7.9), name), 1);
     EXPECT_EQ(name, "QC_20220304_050607.log");
 }
-
-TEST(ProductsFileName, NamesOfCompressionsAndExamples) {
-    const char* const names[] = {"None", "Zip", "GZip", "Unix compress", ""};
-    for (const int type : {0, 1, 2, 3, 4}) {
-        CString name("before");
-        EXPECT_EQ(Names::GetCompressionTypeNames(compression(type), name), type < 4 ? 1 : 0);
-        EXPECT_EQ(name, names[type]) << type;
-        EXPECT_EQ(Names::Test(static_cast<unsigned>(type)), type < 4 ? 1 : 0);
-    }
-}

@@ -147,14 +147,4 @@ TEST(StationObservation, LossesAndCountsThatGoDownAreReportedOnce) {
     EXPECT_TRUE(updatedLoss(epochWith(false, 150)));
 }
 
-TEST(StationObservation, IdentifierConversionKeepsWhatBothSidesKnow) {
-    for (const halvex::SatelliteSystem& system : halvex::kSatelliteSystems) {
-        const MDB::CPrnIdZ9 satellite(system.code, system.maxNumber);
-        const CPrnID converted = CHalvexStationObservation::getDepricatedPrnTypeFromNew(satellite);
-        EXPECT_EQ(CHalvexStationObservation::getNewPrnTypeFromDeprecated(converted), satellite) << system.name;
-    }
-    const CPrnID unknown(5, static_cast<CPrnID::PrnType>(0x80));
-    EXPECT_FALSE(CHalvexStationObservation::getNewPrnTypeFromDeprecated(unknown).isValid());
-}
-
 }  // namespace

@@ -2,12 +2,9 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "tests/formats/IndependentRinex.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/tools/RunTool.h"
+#include "tests/tools/Station.h"
 
 namespace halvex::test {
 namespace {
