@@ -10,9 +10,7 @@
 namespace halvex::rinex {
 namespace {
 
-using test::endOfHeader;
-using test::record;
-using test::version;
+using namespace test;
 
 std::string field(double value, const std::string& digits = "  ") {
     return fmt::format("{:14.3f}{}", value, digits);
@@ -34,7 +32,7 @@ constexpr std::uint32_t kFriday = 5 * 86400000;
 /// The station epochs of a file, with its builder.
 struct Built {
     explicit Built(const std::string& text) {
-        ObservationReader reader = test::readerOf(text);
+        ObservationReader reader = readerOf(text);
         builder.emplace(reader.header());
         ObservationEpoch epoch;
         std::uint32_t changes = 0;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 #include "formats/rinex/ObservationHeaderWriter.h"
 #include "formats/rinex/ObservationReader.h"
@@ -12,7 +13,7 @@
 namespace halvex::rinex {
 namespace {
 
-using test::TemporaryFolder;
+using namespace test;
 
 constexpr CALN::SCalSatID kG05{CALN::eCALSATSYSTEM_GPS, 5};
 
@@ -44,7 +45,7 @@ std::string body(const ObservationHeader& header, const std::vector<CHalvexStati
     for (const CHalvexStationObservation& each : stations) EXPECT_TRUE(writer.write(each, preferred));
     EXPECT_TRUE(writer.close());
     if (unwritten != nullptr) *unwritten = writer.unwritten();
-    return test::bodyOf(folder.path("f"));
+    return bodyOf(folder.path("f"));
 }
 
 CHalvexObservation full() {
@@ -80,26 +81,23 @@ TEST(ObservationWriter, ColumnsArePinned) {
 }
 
 TEST(ObservationWriter, ValuesAtTheLimitsOfTheColumns) {
-    struct Row {
-        double value;
-        const char* text;  // null: blank, and counted
-    };
-    const Row rows[] = {{9999999999.999, "9999999999.999"},
-                        {10000000000.0, nullptr},
-                        {-999999999.999, "-999999999.999"},
-                        {-999999999.9999, nullptr},
-                        {-0.5, "        -0.500"},
-                        {0.0004999, "         0.000"},
-                        {1.0005001, "         1.001"},
-                        {-std::numeric_limits<double>::infinity(), nullptr},
-                        {std::numeric_limits<double>::quiet_NaN(), nullptr}};
-    for (const Row& row : rows) {
+    // want: empty: blank, and counted
+    const std::tuple<double, const char*> rows[] = {{9999999999.999, "9999999999.999"},
+                                                    {10000000000.0, ""},
+                                                    {-999999999.999, "-999999999.999"},
+                                                    {-999999999.9999, ""},
+                                                    {-0.5, "        -0.500"},
+                                                    {0.0004999, "         0.000"},
+                                                    {1.0005001, "         1.001"},
+                                                    {-std::numeric_limits<double>::infinity(), ""},
+                                                    {std::numeric_limits<double>::quiet_NaN(), ""}};
+    for (const auto& [value, want] : rows) {
         CHalvexObservation gps(CPrnID(5, CPrnID::PRN_GPS));
-        gps.setPseudorangeC(0, row.value);
+        gps.setPseudorangeC(0, value);
         std::uint64_t unwritten = 0;
-        const std::string text = body(header({kG05}), {station(0, {gps})}, &unwritten);
-        EXPECT_EQ(text.substr(text.find('\n') + 1), "G05" + std::string(row.text != nullptr ? row.text : "") + "\n");
-        EXPECT_EQ(unwritten, row.text != nullptr ? 0U : 1U) << row.value;
+        EXPECT_EQ(body(header({kG05}), {station(0, {gps})}, &unwritten),
+                  "> 2020 12 27 00 00  0.0000000  0  1\nG05" + std::string(want) + "\n");
+        EXPECT_EQ(unwritten, *want == 0 ? 1U : 0U) << value;
     }
 }
 
@@ -130,7 +128,7 @@ TEST(ObservationWriter, HeaderIsInGpsTime) {
     const TemporaryFolder folder;
     ObservationWriter writer;
     ASSERT_TRUE(writer.open(folder.path("f"), beidou) && writer.close());
-    const ObservationReader reader = test::readerOf(test::readFile(folder.path("f")));
+    const ObservationReader reader = readerOf(readFile(folder.path("f")));
     EXPECT_EQ(reader.header().version, 3.05);
     EXPECT_EQ(reader.header().timeSystem, TimeSystem::gps);
     EXPECT_EQ(reader.header().leapSeconds, 18) << "counted from BeiDou time before";
@@ -141,11 +139,7 @@ TEST(ObservationWriter, AFileThatTakesNoMoreIsTold) {
     const TemporaryFolder folder;
     ObservationWriter writer;
     EXPECT_FALSE(writer.open(folder.path("no/folder"), header({kG05})));
-    ASSERT_TRUE(writer.open("/dev/full", header({kG05})));
-    EXPECT_TRUE(writer.write(station(0, {full()}), preferred)) << "still in the buffer";
-    EXPECT_FALSE(writer.close());
-
-    const test::FileSizeLimit limit(100000);
+    const FileSizeLimit limit(100000);
     ASSERT_TRUE(writer.open(folder.path("f"), header({kG05})));
     int written = 0;
     while (written < 1000 && writer.write(station(0, {full()}), preferred)) ++written;

@@ -1,11 +1,9 @@
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <locale.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -53,25 +51,7 @@ TEST(FixedNumber, WhatIsNoNumberIsTold) {
     EXPECT_EQ(integer, -123456789);
 }
 
-/// The fast way for F14.3 against strtod: numbers of every length and sign, and against the general way: every
-/// character that may disturb, in every column.
-TEST(FixedNumber, ObservationFieldsGoTheFastWayExactly) {
-    std::mt19937_64 random(1980);
-    std::int64_t limit = 1;
-    for (int digits = 1; digits <= 13; ++digits) {
-        limit *= 10;
-        for (int i = 0; i < 20000; ++i) {
-            std::int64_t mantissa = static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(limit));
-            if (digits < 13 && i % 2 == 0) mantissa = -mantissa;
-            std::string text = fmt::format("{:14.3f}", static_cast<double>(mantissa) / 1000.0);
-            if (text[8] == ' ' && text[9] == '0') text[9] = ' ';  // FORTRAN may leave out the zero before the point
-            double value = 0.0;
-            ASSERT_EQ(parseF14d3(text.data(), value), Field::number) << text;
-            ASSERT_EQ(value, viaStrtod(text)) << text;
-        }
-    }
-}
-
+/// The fast way for F14.3 against the general one: every character that may disturb, in every column.
 TEST(FixedNumber, FastAndGeneralWayRefuseAlike) {
     for (const std::string base : {"  23629347.915", "-123456789.012", "9999999999.999", "         1.000"}) {
         for (std::size_t place = 0; place < 14 * 256; ++place) {
@@ -105,21 +85,6 @@ TEST(LineReader, EndsOfLines) {
     EXPECT_EQ(linesOf("a\r\n\r\nb\r").lines, Want({"a", "", "b"}));
     EXPECT_EQ(linesOf("\n\nc\n").lines, Want({"", "", "c"}));
     EXPECT_EQ(linesOf("\x1f").lines, Want({"\x1f"}));
-}
-
-/// Lines of every length up to a few hundred, more than two blocks of them.
-TEST(LineReader, LinesCrossBlocksPlainAndCompressed) {
-    std::string text;
-    for (std::size_t i = 0; text.size() < 400000; ++i) text += std::string(i % 301, 'x') + std::to_string(i) + '\n';
-    const std::size_t half = text.size() / 2;
-    for (const std::string& bytes :
-         {text, test::gzip(text), test::gzip(text.substr(0, half)) + test::gzip(text.substr(half))}) {
-        const Lines result = linesOf(bytes);
-        std::string joined;
-        for (const std::string& line : result.lines) joined += line + '\n';
-        EXPECT_EQ(joined, text);
-        EXPECT_EQ(result.error, "");
-    }
 }
 
 TEST(LineReader, WhatIsNoTextIsRefusedWithItsLine) {

@@ -3,12 +3,14 @@
 #include <clocale>
 #include <cmath>
 #include <ctime>
+#include <limits>
 #include <optional>
+#include <thread>
 #include <tuple>
 #include <vector>
 
-#include "halvex/platform/bss/GpsC.h"
 #include "halvex/platform/kernix/Logging.h"
+#include "halvex/platform/kernix/Monitor.h"
 #include "halvex/platform/kernix/PrnID.h"
 #include "halvex/platform/mdb/PrnIdZ9.h"
 #include "halvex/platform/mjd/MjdTime.h"
@@ -102,25 +104,65 @@ TEST(VariantDate, KnownDaysInBothDirectionsAndImpossibleOnes) {
     }
 }
 
-TEST(CentralLeapSeconds, KindDecidesWhoIsHeard) {
-    using Announcement = std::tuple<std::int16_t, std::int16_t, int, int, int>;  // LS, LSF, week, day, kind
-    const std::tuple<const char*, Announcement, int, bool> steps[] = {
-        {"nothing but zeros", {0, 0, 0, 1, 1}, -7, false},
-        {"unknown kind", {17, 18, 1930, 1, 2}, -7, false},
-        {"automatic", {17, 18, 1930, 1, 3}, 17, true},
-        {"manual over automatic, no announcement", {19, 19, 0, 0, 1}, 19, false},
-        {"automatic against manual", {17, 18, 1930, 1, 3}, 19, false},
-        {"manual again, day out of range", {20, 20, 1930, 8, 1}, 20, false},
-        {"reset", {0, 0, 0, 1, 1}, -7, false},
-        {"automatic after the reset", {17, 18, 1930, 7, 3}, 17, true},
-        {"automatic zeros empty it", {0, 0, 0, 1, 3}, -7, false}};
-    for (const auto& [what, announcement, wantLs, wantFuture] : steps) {
-        std::apply(BSS::TIM::GpsC::setGpsLeapSecondsData, announcement);
-        BSS::TIM::UtcLeapSecond result{.leapSeconds = -7};
-        EXPECT_EQ(BSS::TIM::GpsC::getUtcLeapSecond(result), wantLs == -7 ? -1 : 0) << what;
-        EXPECT_EQ(result.leapSeconds, wantLs) << what;
-        EXPECT_EQ(result.futureValid, wantFuture) << what;
+TEST(Monitor, ElementsAreInTheTreeForTheirLifeAndATakenPathGetsANumber) {
+    CMonitorTree tree;
+    const ScopedMonitorTree installed(tree);
+    {
+        CMonitorElementContainer first("Queue/Raw");
+        std::optional<CMonitorElementContainer> second(std::in_place, "Queue/Raw");
+        EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#3");
+        second.reset();
+        EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#2");
+        CMonitorElement(first, "Gone").Set(1.0);
+        CMonitorElement size(first, "Size");
+        size.Increment(0.5);
+        EXPECT_EQ(tree.value("Queue/Raw", "Size"), 0.5);
+        EXPECT_EQ(tree.snapshot().size(), 1U);
     }
+    EXPECT_EQ(tree.openMetrics(), "# EOF\n");
+}
+
+TEST(Monitor, OpenMetricsText) {
+    CMonitorTree tree;
+    const ScopedMonitorTree installed(tree);
+    const CommaLocale comma;
+    CMonitorElementContainer container("a\"b\\c\nd");
+    CMonitorElement number(container, "Number");
+    CMonitorElement infinite(container, "Infinite");
+    CMonitorTimer timer(container, "Timer");
+    number.Set(1234567.25);
+    infinite.Set(-std::numeric_limits<double>::infinity());
+    const std::string labels = "{container=\"a\\\"b\\\\c\\nd\",element=";
+    EXPECT_EQ(tree.openMetrics(),
+              "# TYPE halvex_value gauge\n# HELP halvex_value Value of a monitoring element.\nhalvex_value" + labels +
+                  "\"Number\"} 1234567.25\nhalvex_value" + labels +
+                  "\"Infinite\"} -Inf\n# TYPE halvex_run_seconds summary\n# UNIT halvex_run_seconds seconds\n"
+                  "# HELP halvex_run_seconds How often a timed step ran and how long it took in all.\n"
+                  "halvex_run_seconds_count" +
+                  labels + "\"Timer\"} 0\nhalvex_run_seconds_sum" + labels + "\"Timer\"} 0\n# EOF\n");
+}
+
+TEST(Monitor, SnapshotsWhileOthersComeAndGo) {
+    CMonitorTree tree;
+    const ScopedMonitorTree installed(tree);
+    CMonitorElementContainer shared("Shared");
+    CMonitorElement sum(shared, "Sum");
+    const auto work = [&sum] {
+        for (int i = 0; i < 500; ++i) {
+            CMonitorElementContainer container("Queue/Raw");
+            CMonitorElement(container, "In").Increment();
+            sum.Increment();
+        }
+    };
+    std::thread first(work);
+    std::thread second(work);
+    for (int i = 0; i < 200; ++i) {
+        for (const CMonitorTree::Entry& entry : tree.snapshot()) EXPECT_GE(entry.value, 0.0);
+    }
+    first.join();
+    second.join();
+    EXPECT_EQ(sum.value(), 1000.0);
+    EXPECT_EQ(tree.snapshot().size(), 1U);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <future>
 #include <latch>
 #include <mutex>
@@ -11,7 +10,6 @@
 #include <vector>
 
 #include "halvex/platform/kernix/LockFreeSpinLock.h"
-#include "halvex/platform/os/Published.h"
 
 namespace {
 
@@ -82,21 +80,4 @@ TEST(SyncGuard, CountsUnderContentionComeOutRight) {
     EXPECT_EQ(guarded, 20000);
     EXPECT_EQ(spun, 20000);
     EXPECT_EQ(unequal, 0) << "nobody writes while a reader is inside";
-}
-
-TEST(Published, NoReaderSeesPartsOfTwoPublications) {
-    constexpr std::int32_t kLast = 2000000;
-    os::Published<8> published;
-    std::thread writer([&] {
-        for (std::int32_t i = 1; i <= kLast; ++i) published.publish({i, i, i, i, i, i, i, i});
-    });
-    int torn = 0;
-    std::int32_t newest = 0;
-    while (newest != kLast) {  // so that the two overlap, whoever starts first
-        const auto values = published.read();
-        newest = values[0];
-        if (std::ranges::count(values, newest) != 8) ++torn;
-    }
-    writer.join();
-    EXPECT_EQ(torn, 0);
 }

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <thread>
+#include <tuple>
 
 #include "halvex/files/IndexedWrite.h"
 #include "tests/formats/Gzip.h"

@@ -32,17 +32,14 @@ TEST_F(Replay, FromAndTo) {
         std::size_t epochs;
     };
     const Row rows[] = {
-        {"everything", "", "", first, last, 60},
         {"before the first, after the last", "2021-01-01", "2021-02-01", first, last, 60},
         {"between epochs", "2021-01-02T23:35:00.001", "2021-01-02T23:36:59.999", "2021-01-02T23:36:00",
          "2021-01-02T23:36:00", 1},
-        {"at an index entry", "2021-01-02T23:40", "2021-01-02T23:40", "2021-01-02T23:40:00", "2021-01-02T23:40:00", 1},
         {"across an index entry", "2021-01-02 23:39", "2021-01-02 23:51", "2021-01-02T23:39:00", "2021-01-02T23:51:00",
          13},
         {"across the week's end", "2138:604740", "2139:60", "2021-01-02T23:59:00", "2021-01-03T00:01:00", 3},
         {"a week before: its time of week is in the index", "2020-12-26T23:55", "", first, last, 60},
         {"behind the last", "2021-01-03T00:29:00.001", "", "", "", 0},
-        {"up to before the first", "", "2021-01-02T23:29:59", "", "", 0},
         {"the wrong way round", "2021-01-03", "2021-01-02", "", "", 0},
     };
     for (const Row& row : rows) {
