@@ -16,8 +16,6 @@ namespace halvex::test {
 struct PrintedValue {
     std::string text;
     char lossOfLock = ' ';
-    friend bool operator==(const PrintedValue&, const PrintedValue&) = default;
-
     [[nodiscard]] bool lost() const { return lossOfLock != ' ' && (lossOfLock - '0') % 2 != 0; }
     /// The number that the text stands for, in any locale.
     [[nodiscard]] double number() const {

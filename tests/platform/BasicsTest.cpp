@@ -3,16 +3,20 @@
 #include <clocale>
 #include <cmath>
 #include <ctime>
+#include <future>
+#include <latch>
 #include <limits>
+#include <mutex>
 #include <optional>
 #include <thread>
 #include <tuple>
 #include <vector>
 
+#include "halvex/platform/kernix/LockFreeSpinLock.h"
 #include "halvex/platform/kernix/Logging.h"
 #include "halvex/platform/kernix/Monitor.h"
 #include "halvex/platform/kernix/PrnID.h"
-#include "halvex/platform/mdb/PrnIdZ9.h"
+#include "halvex/platform/kernix/SyncGuard.h"
 #include "halvex/platform/mjd/MjdTime.h"
 #include "halvex/platform/os/DateFormat.h"
 #include "tests/support/Bytes.h"
@@ -23,7 +27,6 @@
 namespace {
 
 using namespace halvex::test;
-using Lines = std::vector<CapturedLog::Line>;
 
 TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
     CapturedLog captured;
@@ -31,9 +34,8 @@ TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
     log.Log("A::b", 3, "buffer too small '{0}','{1}'", std::size_t{7}, 8);
     log.Log("A::b", 2, "file {}, at {:.1f}", std::string("x{}y"), 0.25);
     log.Log("A::b", 1, "too few {} {} {", 1);
-    EXPECT_EQ(captured.take(), (Lines{{"A::b", 3, "buffer too small '7','8'"},
-                                      {"A::b", 2, "file x{}y, at 0.2"},
-                                      {"A::b", 1, "too few {} {} {"}}));
+    EXPECT_EQ(captured.take(), (std::vector<std::string>{"3 A::b: buffer too small '7','8'",
+                                                         "2 A::b: file x{}y, at 0.2", "1 A::b: too few {} {} {"}));
 }
 
 TEST(Clock, ShowsTheTimeOfTheSystem) {
@@ -54,20 +56,6 @@ TEST(PrnID, TakesOnlyKnownSatellitesButLoadsAny) {
     ASSERT_TRUE(id.loadData(strange, 2));
     EXPECT_FALSE(id.IsValid());
     EXPECT_EQ(saved(id), hex("c8 83"));
-}
-
-TEST(SatelliteTable, MaximumNumbersAndLetters) {
-    const std::tuple<char, int, unsigned char> rows[] = {{'G', 1, 32}, {'R', 2, 24}, {'E', 3, 36}, {'S', 4, 39},
-                                                         {'C', 5, 63}, {'J', 6, 10}, {'I', 7, 14}};
-    for (const auto& [letter, code, last] : rows) {
-        const halvex::SatelliteSystem* system = halvex::systemOfLetter(letter);
-        ASSERT_EQ(system, halvex::systemOfTypeBit(static_cast<std::uint8_t>(1U << (code - 1)))) << letter;
-        EXPECT_EQ(system->code, code);
-        EXPECT_FALSE(MDB::CPrnIdZ9(system->code, 0).isValid());
-        EXPECT_TRUE(MDB::CPrnIdZ9(system->code, last).isValid());
-        EXPECT_FALSE(MDB::CPrnIdZ9(system->code, static_cast<unsigned char>(last + 1)).isValid());
-    }
-    EXPECT_EQ(halvex::systemOfLetter('X'), nullptr);
 }
 
 TEST(DateFormat, PatternsInTheCLocale) {
@@ -163,6 +151,73 @@ TEST(Monitor, SnapshotsWhileOthersComeAndGo) {
     second.join();
     EXPECT_EQ(sum.value(), 1000.0);
     EXPECT_EQ(tree.snapshot().size(), 1U);
+}
+
+/// Whether another thread could lock now, in the given mode; it unlocks again.
+bool othersMay(ISyncGuard& guard, bool write) {
+    return std::async(std::launch::async,
+                      [&] {
+                          const bool locked = write ? guard.TryLockWrite() : guard.TryLockRead();
+                          if (locked) write ? guard.UnlockWrite() : guard.UnlockRead();
+                          return locked;
+                      })
+        .get();
+}
+
+TEST(SyncGuard, WhoKeepsWhomOut) {
+    CCriticalSectionSyncGuard section;
+    CReaderWriterSyncGuard shared;
+    const std::tuple<ISyncGuard*, bool, bool> rows[] = {
+        {&section, false, false}, {&section, true, false}, {&shared, false, true}, {&shared, true, false}};
+    for (const auto& [guard, holdForWriting, readersEnter] : rows) {
+        {
+            const CReadWriteLock lock(*guard, holdForWriting);
+            EXPECT_EQ(othersMay(*guard, false), readersEnter);
+            EXPECT_FALSE(othersMay(*guard, true));
+        }
+        EXPECT_TRUE(othersMay(*guard, true)) << "free again";
+    }
+    const CReadWriteLock outer(section, false);
+    ASSERT_TRUE(section.TryLockWrite()) << "recursive in either mode";
+    section.UnlockWrite();
+    EXPECT_FALSE(othersMay(section, false)) << "still inside";
+}
+
+TEST(SyncGuard, AWaitingWriterIsNotOvertakenByNewReaders) {
+    CReaderWriterSyncGuard guard;
+    guard.LockRead();
+    std::thread writer([&] { const CReadWriteLock lock(guard, true); });
+    while (othersMay(guard, false)) std::this_thread::yield();  // until the writer waits
+    guard.UnlockRead();
+    writer.join();
+    EXPECT_TRUE(othersMay(guard, true));
+}
+
+TEST(SyncGuard, CountsUnderContentionComeOutRight) {
+    CReaderWriterSyncGuard guard;
+    LockFreeSpinLock spin;
+    int guarded = 0, spun = 0, unequal = 0;
+    std::latch start(4);
+    const auto count = [&] {
+        start.arrive_and_wait();
+        for (int i = 0; i < 5000; ++i) {
+            {
+                const CReadWriteLock lock(guard, true);
+                ++guarded;
+            }
+            const CReadWriteLock lock(guard, false);
+            const int seen = guarded;
+            const std::lock_guard spinning(spin);
+            ++spun;
+            if (seen != guarded) ++unequal;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) threads.emplace_back(count);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(guarded, 20000);
+    EXPECT_EQ(spun, 20000);
+    EXPECT_EQ(unequal, 0) << "nobody writes while a reader is inside";
 }
 
 }  // namespace

@@ -13,13 +13,11 @@ TEST(MjdTime, KnownInstants) {
     const std::tuple<const char*, SMjdTime, std::int32_t, double> rows[] = {
         {"GPS epoch", SMjdTime(0, 0.0), 44244, 0.0},
         {"month 13", SMjdTime(2020, 13, 1, 0, 0, 0.0), 59215, 0.0},
-        {"month 0", SMjdTime(2021, 0, 1, 0, 0, 0.0), 59184, 0.0},
         {"31 February of a leap year", SMjdTime(2020, 2, 31, 0, 0, 0.0), 58910, 0.0},
         {"negative hour", SMjdTime(2021, 1, 1, -1, 0, 0.0), 59214, 82800000.0},
         {"second 86400", SMjdTime(2021, 1, 1, 0, 0, 86400.0), 59216, 0.0},
         {"negative seconds of week", SMjdTime(1, -0.25), 44250, 86399750.0},
         {"before 1858", SMjdTime(1858, 11, 16, 23, 59, 59.0), -1, 86399000.0},
-        {"a decimal is met exactly", SMjdTime(2021, 1, 1, 0, 0, 8.03), 59215, 8030.0},
         {"RINEX seventh decimal", SMjdTime(2021, 1, 1, 0, 0, 1.2345678), 59215, 1234.5678},
     };
     for (const auto& [what, time, day, milliseconds] : rows) {
