@@ -230,6 +230,16 @@ TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
         writeFile(name, whole.substr(0, length));
         want.resize((length - 4) / 15);
         EXPECT_EQ(replay(name), want) << length;
+
+        CFileReadBuffer file;
+        ASSERT_TRUE(file.Open(name.c_str()));
+        std::uint64_t position = 0, size = 1;
+        const unsigned char* data = nullptr;
+        std::size_t walked = 0;
+        bool more = CIndexedReadFile::getFirstBlock(file, position, data, size);
+        for (; more; more = CIndexedReadFile::getNextBlock(file, position, data, size)) ++walked;
+        EXPECT_EQ(walked, want.size()) << length;
+        EXPECT_TRUE(data == nullptr && size == 0);
     }
     writeFile(name, kVersion2 + record(2000, 0, "whole") + "\xd0\7\1\0\0\0\xff\xff\xff\xff"s + "short");
     EXPECT_THAT(replay(name), ElementsAre("whole")) << "a size of 4 GiB";
