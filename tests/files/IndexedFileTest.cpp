@@ -67,16 +67,21 @@ void addBlock(CIndexedWriteFile& set, std::string_view block) {
     set.AddBlock(reinterpret_cast<const unsigned char*>(block.data()), static_cast<std::uint32_t>(block.size()));
 }
 
-}  // namespace
-
-TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
+/// The names of a set in a folder of its own.
+class IndexedSet : public testing::Test {
+protected:
     const TemporaryFolder folder;
     const std::string base = folder.path("set");
+    const std::string name = base + "t";
+};
+using IndexedWriteFile = IndexedSet;
+using IndexedReadFile = IndexedSet;
+using IndexedRepair = IndexedSet;
+
+TEST_F(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     TestClock clock;
     setClock(clock, 1581, 210960250);
     CIndexedWriteFile set;
-    std::uint32_t week = 1, milliseconds = 1;
-    EXPECT_FALSE(set.GetLastWriteTime(week, milliseconds));
     ASSERT_TRUE(set.Open(base.c_str(), true));
     addBlock(set, "abc");
     EXPECT_EQ(readFile(base + "i").size(), 18u) << "the entry is on disk before its record";
@@ -88,14 +93,9 @@ TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     EXPECT_EQ(readFile(base), "abc\xff");
     EXPECT_EQ(readFile(base + "t"), "\2\0\0\0"s + first + "\3\0\0\0"s + "abc" + second + "\1\0\0\0\xff"s);
     EXPECT_EQ(readFile(base + "i"), "\2\0\0\0"s + first + "\4\0\0\0\0\0\0\0"s + second + "\x11\0\0\0\0\0\0\0"s);
-    EXPECT_TRUE(set.GetLastWriteTime(week, milliseconds));
-    EXPECT_EQ(week, 1581u);
-    EXPECT_EQ(milliseconds, 211560250u);
 }
 
-TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
+TEST_F(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
     TestClock clock;
     enum Step { stay, reopen };
     const std::tuple<unsigned, unsigned, Step, bool> rows[] = {
@@ -119,9 +119,7 @@ TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
     }
 }
 
-TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set"), bystander = folder.path("set2");
+TEST_F(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     const std::string other("\3\0\0\0data", 8), kept = kVersion2 + record(1, 2, "kept");
     CapturedLog log;
     for (const char* suffix : {"", "t", "i", "2"}) writeFile(base + suffix, other);
@@ -132,7 +130,7 @@ TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
                     "3 CIndexedWriteFile::Open: CIndexedWriteFile::Open wrong version -> deleted file " + base +
                         "t, version 3"));
     EXPECT_EQ(readFile(base + "t") + readFile(base + "i") + readFile(base), kVersion2 + kVersion2);
-    EXPECT_EQ(readFile(bystander), other);
+    EXPECT_EQ(readFile(base + "2"), other);
 
     writeFile(base + "t", kept);
     writeFile(base + "i", other);
@@ -142,10 +140,8 @@ TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     EXPECT_FALSE(CIndexedWriteFile().Open(std::string(259, 'n').c_str(), false)) << "name with suffix too long";
 }
 
-namespace {
-
 /// Four records in two weeks, 15 bytes each, and an index of all of them.
-class SetOfTwoWeeks : public testing::Test {
+class SetOfTwoWeeks : public IndexedSet {
 protected:
     SetOfTwoWeeks() {
         writeFile(name, kVersion2 + record(2000, 604000000, "first") + record(2000, 604600000, "secnd") +
@@ -153,11 +149,7 @@ protected:
         writeFile(name + "i", kVersion2 + entry(2000, 604000000, 4) + entry(2000, 604600000, 19) +
                                   entry(2001, 400000, 34) + entry(2001, 604300000, 49));
     }
-    const TemporaryFolder folder;
-    const std::string name = folder.path("sett");
 };
-
-}  // namespace
 
 TEST_F(SetOfTwoWeeks, ReplayStartsWhereTheIndexAndTheScanLead) {
     const std::tuple<const char*, unsigned, unsigned, std::size_t> rows[] = {
@@ -245,9 +237,7 @@ TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
     EXPECT_THAT(replay(name), ElementsAre("whole")) << "a size of 4 GiB";
 }
 
-TEST(IndexedReadFile, WrongVersionsAreDeleted) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("sett");
+TEST_F(IndexedReadFile, WrongVersionsAreDeleted) {
     CapturedLog log;
     CIndexedReadFile reader;
     writeFile(name, "");
@@ -269,9 +259,8 @@ TEST(IndexedReadFile, WrongVersionsAreDeleted) {
     EXPECT_EQ(readFile(name + "tt"), "x");
 }
 
-TEST(IndexedReadFile, TransformsToTheBlocksAlone) {
-    const TemporaryFolder folder;
-    const std::string timeInfo = folder.path("sett"), raw = folder.path("raw");
+TEST_F(IndexedReadFile, TransformsToTheBlocksAlone) {
+    const std::string raw = folder.path("raw");
     const std::string two = kVersion2 + record(1, 1, "abc") + record(1, 2, "de"), empty = record(1, 3, "");
     const std::tuple<const char*, std::string, bool, std::string> rows[] = {
         {"whole", two, true, "abcde"},
@@ -282,17 +271,15 @@ TEST(IndexedReadFile, TransformsToTheBlocksAlone) {
         {"no record", kVersion2, false, ""},
         {"other version", "\1\0\0\0"s + two.substr(4), false, "before"}};
     for (const auto& [what, content, want, wantRaw] : rows) {
-        writeFile(timeInfo, content);
+        writeFile(name, content);
         writeFile(raw, "before");
-        EXPECT_EQ(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), raw.c_str()), want) << what;
+        EXPECT_EQ(CIndexedReadFile::TransformTimeInfoFileToRaw(name.c_str(), raw.c_str()), want) << what;
         EXPECT_EQ(readFile(raw), wantRaw) << what;
     }
-    writeFile(timeInfo, two);
-    EXPECT_FALSE(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), timeInfo.c_str())) << "onto itself";
-    EXPECT_EQ(readFile(timeInfo), two);
+    writeFile(name, two);
+    EXPECT_FALSE(CIndexedReadFile::TransformTimeInfoFileToRaw(name.c_str(), name.c_str())) << "onto itself";
+    EXPECT_EQ(readFile(name), two);
 }
-
-namespace {
 
 /// Every entry of the index leads to a record of its own time.
 void expectIndexFits(const std::string& base) {
@@ -318,11 +305,7 @@ const std::string kTwoRecords = kVersion2 + record(2000, 1, "one") + record(2000
 const std::string kThird = record(2000, 600001, "three");
 const std::string kIndex = kVersion2 + entry(2000, 1, 4) + entry(2000, 600001, 30);
 
-}  // namespace
-
-TEST(IndexedRepair, ASetCutAnywhereIsAppendedToCleanly) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
+TEST_F(IndexedRepair, ASetCutAnywhereIsAppendedToCleanly) {
     const std::string whole = kTwoRecords + kThird + "torn";
     CapturedLog log;
     for (std::size_t length = 0; length <= whole.size(); ++length) {
@@ -348,9 +331,7 @@ TEST(IndexedRepair, ASetCutAnywhereIsAppendedToCleanly) {
                     "2 CIndexedWriteFile::Open: index entries without a record cut off file " + base + "i, 14 bytes"));
 }
 
-TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
+TEST_F(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
     std::string damaged = kTwoRecords;
     damaged.replace(23, 4, "\xff\xff\xff\xff");  // the size of the second record
     const std::pair<std::string, std::string> rows[] = {
@@ -366,9 +347,7 @@ TEST(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
     }
 }
 
-TEST(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
+TEST_F(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
     CapturedLog log;
     CIndexedWriteFile owner;
     ASSERT_TRUE(owner.Open(base.c_str(), true));
@@ -379,8 +358,6 @@ TEST(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
     EXPECT_EQ(readFile(base + "i"), kIndex);
     EXPECT_THAT(log.take(), IsEmpty());
 }
-
-namespace {
 
 std::string numberedBlock(int number) {
     return std::to_string(number) +
@@ -402,13 +379,10 @@ std::string numberedBlock(int number) {
     }
 }
 
-}  // namespace
-
-TEST(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
+TEST_F(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
     for (int flushes = 1; flushes <= 24; ++flushes) {
         SCOPED_TRACE(flushes);
-        const TemporaryFolder folder;
-        const std::string base = folder.path("set");
+        CIndexedReadFile::DeleteIndexedFile(base.c_str());
         int ends[2];
         ASSERT_EQ(::pipe(ends), 0);
         const pid_t child = ::fork();
@@ -432,3 +406,5 @@ TEST(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
         expectIndexFits(base);
     }
 }
+
+}  // namespace

@@ -102,7 +102,7 @@ TEST(EpochBuilder, WhichCodeGoesToWhichSlot) {
         {"Galileo E5b between E1 and E5a", "3.05", "E    6 C1X C5X C7X C8X C6X L7X", 'E', "C1|C3L6|C2", 2},
         {"SBAS", "3.05", "S    3 C1C L5I C5I", 'S', "C1||C3L2", 0},
         {"BeiDou B1I, B2I, B3I", "3.05", "C    3 C2I C7I C6I", 'C', "C1|C2|C3", 0},
-        {"BeiDou B1C has no slot", "3.03", "C    2 C1X C2I", 'C', "C2||", 1},
+        {"BeiDou B1C has no slot", "3.03", "C    2 C1X C7I", 'C', "|C2|", 1},
         {"BeiDou B1I by its name in 3.02", "3.02", "C    3 C1I L1I C7I", 'C', "C1L2|C3|", 0},
         {"QZSS", "3.05", "J    3 C1C L2X C5X", 'J', "C1|L2|C3", 0},
         {"NavIC", "3.05", "I    2 C5A C9A", 'I', "||C1", 1},

@@ -63,6 +63,10 @@ TEST(Observation, LoadingBringsCostasAndReplacesWhatTheRecordLacks) {
     EXPECT_TRUE(loaded.getCosta(0, costa));
     EXPECT_EQ(costa, 0x2A);
     EXPECT_EQ(savedForm(loaded), bytes);
+    CHalvexObservation fresh;
+    offset = 0;
+    ASSERT_TRUE(fresh.LoadData(bytes.data(), bytes.size(), offset));
+    EXPECT_EQ(loaded, fresh) << "nothing is left of what was absent";
 }
 
 /// The record stands behind five other bytes.
@@ -91,7 +95,6 @@ TEST(Observation, EveryShortBufferIsRefusedAndLeavesAllAsItWas) {
 TEST(Observation, InvalidSlotChangesNothing) {
     CHalvexObservation observation = fullObservation();
     observation.setPhase(3, 1.0, true);
-    observation.setContLockCount(3, 1);
     observation.setLossOfLock(3, true);
     observation.SetCycleSlip(3, 1);
     EXPECT_FALSE(observation.SetAmbiguityValue(3, 1.0));

@@ -153,6 +153,17 @@ TEST(StationObservation, LossesAndCountsThatGoDownAreReportedOnce) {
     EXPECT_TRUE(updatedLoss(epochWith(false, 150)));
 }
 
+TEST(StationObservation, IdentifiersOfEitherKind) {
+    for (int code = 1; code <= 7; ++code) {
+        const CPrnID old(9, static_cast<CPrnID::PrnType>(1 << (code - 1)));
+        const MDB::CPrnIdZ9 satellite(static_cast<CALN::eCALSATSYSTEM>(code), 9);
+        EXPECT_EQ(CHalvexStationObservation::getNewPrnTypeFromDeprecated(old), satellite) << code;
+        EXPECT_EQ(CHalvexStationObservation::getDepricatedPrnTypeFromNew(satellite), old) << code;
+    }
+    const CPrnID unknown(5, static_cast<CPrnID::PrnType>(0x80));
+    EXPECT_FALSE(CHalvexStationObservation::getNewPrnTypeFromDeprecated(unknown).isValid());
+}
+
 TEST(UniqueID, WordsNumberTextAndOrder) {
     const CHalvexUniqueSiteID site(5, 3);
     EXPECT_EQ(site.getUniqueSiteID(), 12884901893);

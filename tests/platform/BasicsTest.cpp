@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cmath>
 #include <ctime>
@@ -19,6 +20,7 @@
 #include "halvex/platform/kernix/SyncGuard.h"
 #include "halvex/platform/mjd/MjdTime.h"
 #include "halvex/platform/os/DateFormat.h"
+#include "halvex/platform/os/Published.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/Environment.h"
@@ -218,6 +220,23 @@ TEST(SyncGuard, CountsUnderContentionComeOutRight) {
     EXPECT_EQ(guarded, 20000);
     EXPECT_EQ(spun, 20000);
     EXPECT_EQ(unequal, 0) << "nobody writes while a reader is inside";
+}
+
+TEST(Published, NoReaderSeesPartsOfTwoPublications) {
+    constexpr std::int32_t kLast = 2000000;
+    os::Published<8> published;
+    std::thread writer([&] {
+        for (std::int32_t i = 1; i <= kLast; ++i) published.publish({i, i, i, i, i, i, i, i});
+    });
+    int torn = 0;
+    std::int32_t newest = 0;
+    while (newest != kLast) {  // so that the two overlap, whoever starts first
+        const auto values = published.read();
+        newest = values[0];
+        if (std::ranges::count(values, newest) != 8) ++torn;
+    }
+    writer.join();
+    EXPECT_EQ(torn, 0);
 }
 
 }  // namespace

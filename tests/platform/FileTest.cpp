@@ -38,29 +38,34 @@ std::uint64_t positionOf(CFileWriteBuffer& file) {
     return position;
 }
 
+class File : public testing::Test {
+protected:
+    const TemporaryFolder folder;
+    const std::string name = folder.path("file");
+};
+using FileWriteBuffer = File;
+using FileReadBuffer = File;
+
 }  // namespace
 
-TEST(File, RefusesWhatIsNotARegularFileByACode) {
-    const TemporaryFolder folder;
+TEST_F(File, RefusesWhatIsNotARegularFileByACode) {
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
     const std::pair<std::string, std::errc> rows[] = {
         {"", std::errc::invalid_argument},
         {folder.path(""), std::errc::is_a_directory},
         {folder.path("pipe"), std::errc::invalid_argument},
         {folder.path("no/such/file"), std::errc::no_such_file_or_directory}};
-    for (const auto& [name, want] : rows) {
+    for (const auto& [path, want] : rows) {
         os::File file;
-        EXPECT_EQ(file.openForReading(name.c_str(), kShareReadWrite), want) << name;
-        EXPECT_TRUE(file.openForWriting(name.c_str(), kShareReadWrite)) << name;
-        EXPECT_FALSE(file.isOpen()) << name;
+        EXPECT_EQ(file.openForReading(path.c_str(), kShareReadWrite), want) << path;
+        EXPECT_TRUE(file.openForWriting(path.c_str(), kShareReadWrite)) << path;
+        EXPECT_FALSE(file.isOpen()) << path;
     }
     EXPECT_EQ(os::File().openForReading(nullptr, kShareReadWrite), std::errc::invalid_argument);
     EXPECT_EQ(os::File().openForWriting(folder.path("file").c_str(), 1), std::errc::invalid_argument) << "share mode";
 }
 
-TEST(File, ShareModesHoldWithinTheProcessAndAcrossProcesses) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("file");
+TEST_F(File, ShareModesHoldWithinTheProcessAndAcrossProcesses) {
     const std::tuple<std::uint32_t, std::uint32_t, std::errc> rows[] = {
         {kShareReadWrite, kShareReadWrite, std::errc{}},
         {kShareNone, kShareReadWrite, std::errc::device_or_resource_busy},
@@ -81,9 +86,8 @@ TEST(File, ShareModesHoldWithinTheProcessAndAcrossProcesses) {
     }
 }
 
-TEST(FileWriteBuffer, VersionWordIsWrittenOrReported) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("file"), old = "\1\2\3\4old";
+TEST_F(FileWriteBuffer, VersionWordIsWrittenOrReported) {
+    const std::string old = "\1\2\3\4old";
     const std::tuple<std::string, bool, std::uint32_t, std::string> rows[] = {{"", false, 2, kVersion2},
                                                                               {"\7\7\7", false, 2, kVersion2},
                                                                               {kVersion2, false, 2, kVersion2},
@@ -105,9 +109,7 @@ TEST(FileWriteBuffer, VersionWordIsWrittenOrReported) {
     }
 }
 
-TEST(FileWriteBuffer, PiecesStayWholeAndPositionsCountTheBuffer) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("file");
+TEST_F(FileWriteBuffer, PiecesStayWholeAndPositionsCountTheBuffer) {
     CFileWriteBuffer file;
     ASSERT_TRUE(file.Open(name.c_str(), 10, 0, true, kShareReadWrite, nullptr));
     using Add = bool (*)(CFileWriteBuffer&, const std::string&);
@@ -135,9 +137,7 @@ TEST(FileWriteBuffer, PiecesStayWholeAndPositionsCountTheBuffer) {
     EXPECT_EQ(readFile(name), all + "tail!?") << "the destructor flushes";
 }
 
-TEST(FileWriteBuffer, FullDiskKeepsAcceptedPiecesInTheirPlace) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("file");
+TEST_F(FileWriteBuffer, FullDiskKeepsAcceptedPiecesInTheirPlace) {
     CFileWriteBuffer file;
     ASSERT_TRUE(file.Open(name.c_str(), 8, 0, true, kShareReadWrite, nullptr));
     ASSERT_TRUE(file.WriteUnbuffered("0000", 4));
@@ -167,10 +167,8 @@ TEST(FileWriteBuffer, FullDiskKeepsAcceptedPiecesInTheirPlace) {
     EXPECT_EQ(readFile(folder.path("new")), "") << "no part of a version word";
 }
 
-TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
+TEST_F(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     constexpr std::size_t kSize = 3 << 20;
-    const TemporaryFolder folder;
-    const std::string name = folder.path("file");
     std::mt19937 rng(3);
     std::string content(kSize, '\0');
     std::ranges::generate(content, [&] { return static_cast<char>(rng()); });
@@ -196,9 +194,7 @@ TEST(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     EXPECT_EQ(heir.GetData(96, 4000), window + 96);
 }
 
-TEST(FileReadBuffer, FollowsAFileThatGrowsOrIsCutOff) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("file");
+TEST_F(FileReadBuffer, FollowsAFileThatGrowsOrIsCutOff) {
     writeFile(name, "12345");
     CFileReadBuffer file;
     std::uint32_t version = 0;

@@ -194,6 +194,8 @@ TEST_F(LeapSeconds, TheCentralStoreFillsInForASetWithoutLs) {
     EXPECT_FALSE(CGPSLeapSeconds::getInstance().Validate());
     EXPECT_EQ(GetGPSLeapSeconds(SMjdTime(58000.0)), 0);
     BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 1955, 7, 1);
+    BSS::TIM::GpsC::setGpsLeapSecondsData(1, 2, 1930, 1, 3);  // automatic against manual
+    BSS::TIM::GpsC::setGpsLeapSecondsData(1, 2, 1930, 1, 2);  // of no kind
     EXPECT_EQ(inForce(), Values(18, 19, kJuly2017));
     BSS::TIM::GpsC::setGpsLeapSecondsData(18, 19, 0, 0, 1);
     EXPECT_EQ(inForce(), Values(18, 19, -1)) << "the day stays as the caller had it";
