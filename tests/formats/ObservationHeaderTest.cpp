@@ -144,6 +144,7 @@ TEST(ObservationHeader, FaultsAreToldWithTheirLine) {
          "f:3: TIME OF FIRST OBS: time system \".0000000     GPS\" is not known"},
         {with("  2010     2    29     0     0    0.0000000", "TIME OF LAST OBS"),
          "f:3: TIME OF LAST OBS: \"  2010     2    29     0     0    0.0000000\" is no time"},
+        {with("    -1.000", "INTERVAL"), "f:3: INTERVAL: an interval is not negative"},
     };
     for (const auto& [text, error] : rows) EXPECT_EQ(readerOf(text).error().text(), error) << text;
 }

@@ -147,6 +147,7 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
         {"> 2024 07 08 00 00  1.0000000  0 -1\n", "5: the count \" -1\" behind the epoch flag is none"},
         {"> 2024 07 08 00 00  1.0000000  0  0      0.1x\n", "5: the receiver clock offset \"0.1x\" is no number"},
         {"G05\n", "5: an epoch line begins with \">\""},
+        {"\n\n", "5: a blank line where an epoch should begin"},
         {one3 + "G45\n", "6: satellite G45: GPS has satellites 1 to 32"},
         {one3 + "\n", "6: a satellite is missing"},
         {"> 2024 07 08 00 00  1.0000000  0  2\nG05\nG05\n", "7: satellite G05 stands twice in this epoch"},

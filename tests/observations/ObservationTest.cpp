@@ -165,6 +165,9 @@ TEST(Observation, Plausibility) {
     const std::tuple<const char*, Change, bool> rows[] = {
         {"lower bound of a range", [](CHalvexObservation& o) { o.setPseudorangeC(0, 15000000.0); }, true},
         {"below it", [](CHalvexObservation& o) { o.setPseudorangeC(0, 14999999.0); }, false},
+        {"above it", [](CHalvexObservation& o) { o.setPseudorangeP(1, 30000000.1); }, false},
+        {"Doppler beyond", [](CHalvexObservation& o) { o.setDoppler(1, 35001.0F); }, false},
+        {"C/N0 bound", [](CHalvexObservation& o) { o.setCNO(0, 500.0F); }, true},
         {"range is no number", [](CHalvexObservation& o) { o.setPseudorangeC(1, kNaN); }, false},
         {"Doppler bound", [](CHalvexObservation& o) { o.setDoppler(0, -35000.0F); }, true},
         {"C/N0 negative", [](CHalvexObservation& o) { o.setCNO(0, -0.1F); }, false},

@@ -91,17 +91,6 @@ TEST(MjdTime, TheLastMomentBelongsToWhatItEnds) {
     EXPECT_LT(instant.GetGpsSeconds(), 604800.0);
 }
 
-TEST(MjdTime, RoundTo) {
-    const std::tuple<double, double, int, double> rows[] = {{1234.5, 10.0, 2, 1230.0}, {1234.5, 1.0, 2, 1235.0},
-                                                            {1499.9, 1.0, 3, 1000.0},  {86399600.0, 1.0, 3, 86400000.0},
-                                                            {1234.5, 0.0, 3, 1234.5},  {1234.5, 1.0, 9, 1234.5}};
-    for (const auto& [milliseconds, step, unit, want] : rows) {
-        SMjdTime time = SMjdTime::FromDayAndMilliseconds(59215, milliseconds);
-        time.RoundTo(step, unit);
-        EXPECT_EQ(time, SMjdTime::FromDayAndMilliseconds(59215, want)) << milliseconds << ' ' << unit;
-    }
-}
-
 TEST(MjdTime, MjdString) {
     char buffer[20];
     SMjdTime::FromDayAndMilliseconds(-2, 86399999.99999).GetAsMJDString(buffer, sizeof buffer);
