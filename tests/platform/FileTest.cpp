@@ -175,9 +175,9 @@ TEST_F(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     writeFile(name, content);
     CFileReadBuffer file;
     ASSERT_TRUE(file.Open(name.c_str()));
-    for (int i = 0; i < 500; ++i) {
+    for (std::uint64_t i = 0; i < 500; ++i) {
         const std::uint64_t position = rng() % (kSize + 1), room = kSize - position;
-        for (const std::uint64_t size : {rng() % (room + 1), room, std::min<std::uint64_t>(room, i)}) {
+        for (const std::uint64_t size : {rng() % (room + 1), room, std::min(room, i)}) {
             const unsigned char* data = file.GetData(position, size);
             ASSERT_NE(data, nullptr) << position << '+' << size;
             ASSERT_EQ(std::memcmp(data, content.data() + position, size), 0) << position << '+' << size;

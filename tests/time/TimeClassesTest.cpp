@@ -181,13 +181,13 @@ TEST_F(SatelliteTime, NowOnEitherScale) {
 
 TEST_F(SatelliteTime, GivenInstantsAreRawReadings) {
     DBTIMESTAMP stamp;
-    CTimeBase(2020, 6, 1, 12, 0, 0.0).ToDbTimeStamp(stamp);
+    CTimeBase(2020, 6, 1, 12, 0, 0.25).ToDbTimeStamp(stamp);
     EXPECT_EQ(CSatelliteTime(2020, 6, 1, 12, 0, 0.0), m_utc);
     EXPECT_EQ(CSatelliteTime(2020, 153, 43200.0), m_utc);
     EXPECT_EQ(CSatelliteTime(2108, 129600.0), m_utc);
     EXPECT_EQ(CSatelliteTime(59001.5), m_utc);
-    EXPECT_EQ(CSatelliteTime(stamp), m_utc);
-    EXPECT_EQ(CSatelliteTime(stamp, false), SMjdTime(59001.5));
+    EXPECT_EQ(CSatelliteTime(stamp), SMjdTime(2020, 6, 1, 11, 59, 57.75));
+    EXPECT_EQ(CSatelliteTime(stamp, false), SMjdTime(2020, 6, 1, 12, 0, 0.25));
 }
 
 TEST_F(SatelliteTime, AssigningAndSettingKeepTheFlagCopyingDoesNot) {
