@@ -1,10 +1,17 @@
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <filesystem>
+#include <csignal>
 #include <tuple>
 
-#include "tests/files/IndexedSet.h"
-#include "tests/support/FileSizeLimit.h"
+#include "halvex/files/IndexedRead.h"
+#include "halvex/files/IndexedWrite.h"
+#include "halvex/platform/kernix/IndexedFileRecord.h"
+#include "halvex/time/TimeBase.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestClock.h"
 
 using namespace halvex::test;
 using namespace std::string_literals;
@@ -12,14 +19,69 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Blocks = std::vector<std::string>;
 
-TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
+namespace {
+
+const std::string kVersion2("\2\0\0\0", 4);
+
+/// A record and an index entry, written out byte by byte.
+std::string littleEndian(std::uint64_t value, int bytes) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i));
+    return text;
+}
+std::string record(unsigned week, unsigned milliseconds, std::string_view block) {
+    return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(block.size(), 4) + std::string(block);
+}
+std::string entry(unsigned week, unsigned milliseconds, std::uint64_t position) {
+    return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(position, 8);
+}
+
+/// Sets the clock to a GPS week and milliseconds of week, read as UTC.
+void setClock(TestClock& clock, int week, double milliseconds) {
+    CTimeBase(week, milliseconds / 1000.0).ToSystemTime(clock.utc);
+}
+
+/// Keeps the blocks of a replay; cancels after `cancelAfter` of them.
+class Collector final : public IIndexedReadNotify {
+public:
+    void OnIndexedBlock(const unsigned char* block, std::uint64_t size) override {
+        blocks.emplace_back(reinterpret_cast<const char*>(block), size);
+        if (blocks.size() == cancelAfter) reader->cancelRead();
+    }
+    void OnIndexedReadEnd() override { ++ends; }
+
+    std::vector<std::string> blocks;
+    int ends = 0;
+    std::size_t cancelAfter = 0;
+    CIndexedReadFile* reader = nullptr;
+};
+
+std::vector<std::string> replay(const std::string& fileName, unsigned week = 0, unsigned milliseconds = 0) {
+    Collector collector;
+    CIndexedReadFile reader(&collector);
+    if (reader.Open(fileName.c_str())) reader.Read(week, milliseconds);
+    return collector.blocks;
+}
+
+void addBlock(CIndexedWriteFile& set, std::string_view block) {
+    set.AddBlock(reinterpret_cast<const unsigned char*>(block.data()), static_cast<std::uint32_t>(block.size()));
+}
+
+/// The names of a set in a folder of its own.
+class IndexedSet : public testing::Test {
+protected:
     const TemporaryFolder folder;
     const std::string base = folder.path("set");
+    const std::string name = base + "t";
+};
+using IndexedWriteFile = IndexedSet;
+using IndexedReadFile = IndexedSet;
+using IndexedRepair = IndexedSet;
+
+TEST_F(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     TestClock clock;
     setClock(clock, 1581, 210960250);
     CIndexedWriteFile set;
-    std::uint32_t week = 1, milliseconds = 1;
-    EXPECT_FALSE(set.GetLastWriteTime(week, milliseconds));
     ASSERT_TRUE(set.Open(base.c_str(), true));
     addBlock(set, "abc");
     EXPECT_EQ(readFile(base + "i").size(), 18u) << "the entry is on disk before its record";
@@ -31,14 +93,9 @@ TEST(IndexedWriteFile, BytesOfTheThreeFilesArePinned) {
     EXPECT_EQ(readFile(base), "abc\xff");
     EXPECT_EQ(readFile(base + "t"), "\2\0\0\0"s + first + "\3\0\0\0"s + "abc" + second + "\1\0\0\0\xff"s);
     EXPECT_EQ(readFile(base + "i"), "\2\0\0\0"s + first + "\4\0\0\0\0\0\0\0"s + second + "\x11\0\0\0\0\0\0\0"s);
-    EXPECT_TRUE(set.GetLastWriteTime(week, milliseconds));
-    EXPECT_EQ(week, 1581u);
-    EXPECT_EQ(milliseconds, 211560250u);
 }
 
-TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
+TEST_F(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
     TestClock clock;
     enum Step { stay, reopen };
     const std::tuple<unsigned, unsigned, Step, bool> rows[] = {
@@ -62,20 +119,18 @@ TEST(IndexedWriteFile, AnEntryEveryTenMinutesOfTheWeekItWasCountedIn) {
     }
 }
 
-TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set"), bystander = folder.path("set2");
+TEST_F(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     const std::string other("\3\0\0\0data", 8), kept = kVersion2 + record(1, 2, "kept");
     CapturedLog log;
     for (const char* suffix : {"", "t", "i", "2"}) writeFile(base + suffix, other);
     ASSERT_TRUE(CIndexedWriteFile().Open(base.c_str(), false));
     EXPECT_THAT(
-        taken(log),
+        log.take(),
         ElementsAre("3 CIndexedWrite::Open: CIndexedWrite::Open wrong version -> deleted file " + base + "i, version 3",
                     "3 CIndexedWriteFile::Open: CIndexedWriteFile::Open wrong version -> deleted file " + base +
                         "t, version 3"));
     EXPECT_EQ(readFile(base + "t") + readFile(base + "i") + readFile(base), kVersion2 + kVersion2);
-    EXPECT_EQ(readFile(bystander), other);
+    EXPECT_EQ(readFile(base + "2"), other);
 
     writeFile(base + "t", kept);
     writeFile(base + "i", other);
@@ -85,26 +140,8 @@ TEST(IndexedWriteFile, WrongVersionsAreDeletedAndMadeAnew) {
     EXPECT_FALSE(CIndexedWriteFile().Open(std::string(259, 'n').c_str(), false)) << "name with suffix too long";
 }
 
-TEST(IndexedWriteFile, BlocksThatFindNoRoomAreMissingWhole) {
-    const TemporaryFolder folder;
-    const std::string base = folder.path("set");
-    Blocks want;
-    {
-        CIndexedWriteFile set;
-        ASSERT_TRUE(set.Open(base.c_str(), true));
-        const FileSizeLimit full(20000);
-        for (char c = 'a'; c < 'k'; ++c) addBlock(set, std::string(3000, c));
-        EXPECT_EQ(std::filesystem::file_size(base), 18000u);
-        set.Close();
-    }
-    for (char c = 'a'; c < 'g'; ++c) want.push_back(std::string(3000, c));
-    EXPECT_EQ(replay(base + "t"), want);
-}
-
-namespace {
-
 /// Four records in two weeks, 15 bytes each, and an index of all of them.
-class SetOfTwoWeeks : public testing::Test {
+class SetOfTwoWeeks : public IndexedSet {
 protected:
     SetOfTwoWeeks() {
         writeFile(name, kVersion2 + record(2000, 604000000, "first") + record(2000, 604600000, "secnd") +
@@ -112,11 +149,7 @@ protected:
         writeFile(name + "i", kVersion2 + entry(2000, 604000000, 4) + entry(2000, 604600000, 19) +
                                   entry(2001, 400000, 34) + entry(2001, 604300000, 49));
     }
-    const TemporaryFolder folder;
-    const std::string name = folder.path("sett");
 };
-
-}  // namespace
 
 TEST_F(SetOfTwoWeeks, ReplayStartsWhereTheIndexAndTheScanLead) {
     const std::tuple<const char*, unsigned, unsigned, std::size_t> rows[] = {
@@ -154,7 +187,7 @@ TEST_F(SetOfTwoWeeks, HostileIndexesAreNotFollowed) {
     for (const auto& [content, version] : {std::pair{"\2\0\0"s, "-1"}, {"\xff\xff\xff\xff"s, "4294967295"}}) {
         writeFile(name + "i", content);
         EXPECT_EQ(replay(name, 2000, 604600000), fromSecond);
-        EXPECT_THAT(taken(log), ElementsAre("3 CIndexedRead::GetIndexPos: CIndexedRead::GetIndexPos, wrong version -> "
+        EXPECT_THAT(log.take(), ElementsAre("3 CIndexedRead::GetIndexPos: CIndexedRead::GetIndexPos, wrong version -> "
                                             "deleted file " +
                                             name + "i, version " + version));
         EXPECT_EQ(readFile(name + "i"), "(missing)");
@@ -177,11 +210,9 @@ TEST_F(SetOfTwoWeeks, CancellingKeepsThePlace) {
     EXPECT_EQ(collector.ends, 2);
     EXPECT_TRUE(reader.isEndOfFile());
 
-    CIndexedReadFile heir(reader);
     std::uint32_t week = 0, milliseconds = 0;
-    EXPECT_TRUE(heir.getFirstBlockTime(week, milliseconds));
+    EXPECT_TRUE(reader.getFirstBlockTime(week, milliseconds));
     EXPECT_TRUE(week == 2000 && milliseconds == 604000000);
-    EXPECT_FALSE(reader.getFirstBlockTime(week, milliseconds)) << "the file went with the copy";
 }
 
 TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
@@ -206,9 +237,7 @@ TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
     EXPECT_THAT(replay(name), ElementsAre("whole")) << "a size of 4 GiB";
 }
 
-TEST(IndexedReadFile, WrongVersionsAreDeleted) {
-    const TemporaryFolder folder;
-    const std::string name = folder.path("sett");
+TEST_F(IndexedReadFile, WrongVersionsAreDeleted) {
     CapturedLog log;
     CIndexedReadFile reader;
     writeFile(name, "");
@@ -218,7 +247,7 @@ TEST(IndexedReadFile, WrongVersionsAreDeleted) {
     for (const auto& [content, version] : {std::pair{"\2\0\0"s, "-1"s}, {"\1\0\0\0"s, "1"s}}) {
         writeFile(name, content);
         EXPECT_FALSE(reader.Open(name.c_str()));
-        EXPECT_THAT(taken(log),
+        EXPECT_THAT(log.take(),
                     ElementsAre("3 CIndexedReadFile::Open: CIndexedReadFile::Open, wrong version -> deleted file " +
                                 name + ", version " + version));
         EXPECT_EQ(readFile(name), "(missing)");
@@ -230,9 +259,8 @@ TEST(IndexedReadFile, WrongVersionsAreDeleted) {
     EXPECT_EQ(readFile(name + "tt"), "x");
 }
 
-TEST(IndexedReadFile, TransformsToTheBlocksAlone) {
-    const TemporaryFolder folder;
-    const std::string timeInfo = folder.path("sett"), raw = folder.path("raw");
+TEST_F(IndexedReadFile, TransformsToTheBlocksAlone) {
+    const std::string raw = folder.path("raw");
     const std::string two = kVersion2 + record(1, 1, "abc") + record(1, 2, "de"), empty = record(1, 3, "");
     const std::tuple<const char*, std::string, bool, std::string> rows[] = {
         {"whole", two, true, "abcde"},
@@ -243,12 +271,140 @@ TEST(IndexedReadFile, TransformsToTheBlocksAlone) {
         {"no record", kVersion2, false, ""},
         {"other version", "\1\0\0\0"s + two.substr(4), false, "before"}};
     for (const auto& [what, content, want, wantRaw] : rows) {
-        writeFile(timeInfo, content);
+        writeFile(name, content);
         writeFile(raw, "before");
-        EXPECT_EQ(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), raw.c_str()), want) << what;
+        EXPECT_EQ(CIndexedReadFile::TransformTimeInfoFileToRaw(name.c_str(), raw.c_str()), want) << what;
         EXPECT_EQ(readFile(raw), wantRaw) << what;
     }
-    writeFile(timeInfo, two);
-    EXPECT_FALSE(CIndexedReadFile::TransformTimeInfoFileToRaw(timeInfo.c_str(), timeInfo.c_str())) << "onto itself";
-    EXPECT_EQ(readFile(timeInfo), two);
+    writeFile(name, two);
+    EXPECT_FALSE(CIndexedReadFile::TransformTimeInfoFileToRaw(name.c_str(), name.c_str())) << "onto itself";
+    EXPECT_EQ(readFile(name), two);
 }
+
+/// Every entry of the index leads to a record of its own time.
+void expectIndexFits(const std::string& base) {
+    const std::string index = readFile(base + "i"), timeInfo = readFile(base + "t");
+    ASSERT_EQ((index.size() - 4) % CIndexedFileIndex::kSavedSize, 0u);
+    for (std::size_t at = 4; at < index.size(); at += CIndexedFileIndex::kSavedSize) {
+        const auto found = CIndexedFileIndex::load(reinterpret_cast<const unsigned char*>(index.data()) + at);
+        ASSERT_LE(found.position + CIndexedFileRecordHeader::kSavedSize, timeInfo.size());
+        EXPECT_EQ(timeInfo.substr(found.position, 6), index.substr(at, 6));
+    }
+}
+
+/// Opens the set for appending with a new writer and adds one block in week 2100.
+void append(const std::string& base, std::string_view block) {
+    TestClock clock;
+    setClock(clock, 2100, 0);
+    CIndexedWriteFile set;
+    ASSERT_TRUE(set.Open(base.c_str(), false));
+    addBlock(set, block);
+}
+
+const std::string kTwoRecords = kVersion2 + record(2000, 1, "one") + record(2000, 2, "two");
+const std::string kThird = record(2000, 600001, "three");
+const std::string kIndex = kVersion2 + entry(2000, 1, 4) + entry(2000, 600001, 30);
+
+TEST_F(IndexedRepair, ASetCutAnywhereIsAppendedToCleanly) {
+    const std::string whole = kTwoRecords + kThird + "torn";
+    CapturedLog log;
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        for (std::size_t indexLength = 0; indexLength <= kIndex.size(); indexLength += length % 3 + 1) {
+            SCOPED_TRACE(testing::Message() << length << ' ' << indexLength);
+            writeFile(base + "t", whole.substr(0, length));
+            writeFile(base + "i", kIndex.substr(0, indexLength));
+            append(base, "new");
+            Blocks want = {"one", "two", "three"};
+            want.resize(length < 17 ? 0 : length < 30 ? 1 : length < 45 ? 2 : 3);
+            want.emplace_back("new");
+            EXPECT_EQ(replay(base + "t"), want);
+            expectIndexFits(base);
+        }
+    }
+    writeFile(base + "t", whole.substr(0, 35));
+    writeFile(base + "i", kIndex);
+    log.take();
+    append(base, "new");
+    EXPECT_THAT(
+        log.take(),
+        ElementsAre("2 CIndexedWriteFile::Open: incomplete last record cut off file " + base + "t, 5 bytes",
+                    "2 CIndexedWriteFile::Open: index entries without a record cut off file " + base + "i, 14 bytes"));
+}
+
+TEST_F(IndexedRepair, WholeRecordsBehindDamageStayWhenTheIndexKnowsThem) {
+    std::string damaged = kTwoRecords;
+    damaged.replace(23, 4, "\xff\xff\xff\xff");  // the size of the second record
+    const std::pair<std::string, std::string> rows[] = {
+        {kIndex + entry(2000, 9, 31) + entry(2000, 9, ~0ull), damaged + kThird},
+        {kVersion2 + entry(2001, 600001, 30) + entry(2000, 2, 30), damaged.substr(0, 17)},
+        {"\1\0\0\0"s, damaged.substr(0, 17)}};
+    for (const auto& [index, want] : rows) {
+        CapturedLog log;
+        writeFile(base + "t", damaged + kThird + "torn");
+        writeFile(base + "i", index);
+        append(base, "new");
+        EXPECT_EQ(readFile(base + "t"), want + record(2100, 0, "new"));
+    }
+}
+
+TEST_F(IndexedRepair, NothingIsCutWhileAnotherWriterHasTheRawFile) {
+    CapturedLog log;
+    CIndexedWriteFile owner;
+    ASSERT_TRUE(owner.Open(base.c_str(), true));
+    writeFile(base + "t", kTwoRecords + "torn");
+    writeFile(base + "i", kIndex);
+    ASSERT_TRUE(CIndexedWriteFile().Open(base.c_str(), false));
+    EXPECT_EQ(readFile(base + "t"), kTwoRecords + "torn");
+    EXPECT_EQ(readFile(base + "i"), kIndex);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+std::string numberedBlock(int number) {
+    return std::to_string(number) +
+           std::string(static_cast<std::size_t>(number * 797 % 9000), static_cast<char>('a' + number % 26));
+}
+
+/// Writes numbered blocks until it is killed; after each that is flushed, tells so with a byte.
+[[noreturn]] void writeUntilKilled(const std::string& base, int toParent) {
+    TestClock clock;
+    setClock(clock, 2000, 0);
+    CIndexedWriteFile set;
+    if (!set.Open(base.c_str(), false)) ::_exit(1);
+    for (int number = 0;; ++number) {
+        setClock(clock, 2000, number * 200000.0);
+        addBlock(set, numberedBlock(number));
+        if (number % 3 != 0) continue;
+        set.Flush();
+        if (::write(toParent, "x", 1) != 1) ::_exit(1);
+    }
+}
+
+TEST_F(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
+    for (int flushes = 1; flushes <= 24; ++flushes) {
+        SCOPED_TRACE(flushes);
+        CIndexedReadFile::DeleteIndexedFile(base.c_str());
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) writeUntilKilled(base, ends[1]);
+        ::close(ends[1]);
+        char byte = 0;
+        for (int i = 0; i < flushes; ++i) ASSERT_EQ(::read(ends[0], &byte, 1), 1);
+        ASSERT_EQ(::kill(child, SIGKILL), 0);  // wherever it is by now
+        ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+        ::close(ends[0]);
+
+        CapturedLog log;
+        append(base, "new");
+        Blocks blocks = replay(base + "t");
+        ASSERT_FALSE(blocks.empty());
+        EXPECT_EQ(blocks.back(), "new");
+        blocks.pop_back();
+        EXPECT_GE(blocks.size(), static_cast<std::size_t>(3 * flushes - 2)) << "what was flushed is there";
+        for (std::size_t i = 0; i < blocks.size(); ++i) ASSERT_EQ(blocks[i], numberedBlock(static_cast<int>(i)));
+        expectIndexFits(base);
+    }
+}
+
+}  // namespace

@@ -15,6 +15,7 @@ namespace {
 constexpr int kWeek = 2190;
 constexpr double kDay = 6 * 86400.0;
 
+using Change = int (*)(const char*, Names::TargetFileType, bool, CString&, bool, bool);
 Names::TargetFileType compression(int number) {
     return static_cast<Names::TargetFileType>(number);
 }
@@ -96,8 +97,8 @@ TEST(ProductsFileName, ChangedRinexNames) {
         {"/data/site0010.22o", 2, false, false, true, "site0010o.gz"},
         {"C:\\data\\site0010.22o", 3, false, false, false, "C:\\data\\site0010o.Z"},
         {"a/b\\c.d/site", 2, false, false, true, "site.gz"},
-        {"report.htm", 2, false, false, false, "reporth.gz"},
         {"report.html", 2, false, false, false, "report.gz"},
+        {"report.htm", 2, false, false, false, "reporth.gz"},
         {"X_01D_MO.rnx", 2, true, false, false, "X_01D_MO.rnx.gz"},
         {"X_01D_MO.obs", 1, true, true, false, "X_01D_MO.crx.zip"},
         {"dir/X_01D_MO.obs", 1, true, false, true, "X_01D_MO.rnx.zip"},
@@ -117,29 +118,17 @@ TEST(ProductsFileName, ChangedRinexNames) {
 TEST(ProductsFileName, ChangedNamesOfOtherProducts) {
     const std::tuple<const char*, int, bool, bool, const char*> rows[] = {
         {"d/site.T02", 2, false, false, "d/site.gz"},  {"d/site.T02", 2, false, true, "d/site02.gz"},
-        {"site.T02", 0, false, true, "site.T02"},      {"events.log", 2, false, false, "eventsl.gz"},
-        {"events.log", 1, false, false, "events.zip"}, {"events.log", 3, false, true, "eventsogl.Z"},
+        {"events.log", 2, false, false, "eventsl.gz"}, {"site.T02", 0, false, true, "site.T02"},
+        {"events.log", 3, false, true, "eventsogl.Z"}, {"events.log", 1, false, false, "events.zip"},
         {"site.T2", 2, false, true, "site.gz"},        {"site.T02", 1, true, true, "site.rnx.zip"}};
-    using Change = int (*)(const char*, Names::TargetFileType, bool, CString&, bool, bool);
-    const Change changes[] = {Names::ChangeMdbFileName, Names::ChangeQCFileName, Names::ChangeEventLogFileName};
-    for (const Change change : changes) {
+    CString name;
+    for (const auto change :
+         {Change(Names::ChangeMdbFileName), Change(Names::ChangeQCFileName), Change(Names::ChangeEventLogFileName)}) {
         for (const auto& [before, type, longName, keepNumber, want] : rows) {
-            CString name;
             EXPECT_EQ(change(before, compression(type), longName, name, keepNumber, false), 1);
             EXPECT_EQ(name, want) << before << ' ' << type;
         }
     }
-    CString name;
     EXPECT_EQ(Names::CreateQCFileName("QC_", CGPSTime(2022, 3, 4, 5, 6, 7.9), name), 1);
     EXPECT_EQ(name, "QC_20220304_050607.log");
-}
-
-TEST(ProductsFileName, NamesOfCompressionsAndExamples) {
-    const char* const names[] = {"None", "Zip", "GZip", "Unix compress", ""};
-    for (const int type : {0, 1, 2, 3, 4}) {
-        CString name("before");
-        EXPECT_EQ(Names::GetCompressionTypeNames(compression(type), name), type < 4 ? 1 : 0);
-        EXPECT_EQ(name, names[type]) << type;
-        EXPECT_EQ(Names::Test(static_cast<unsigned>(type)), type < 4 ? 1 : 0);
-    }
 }

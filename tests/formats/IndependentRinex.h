@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <charconv>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -15,7 +16,13 @@ namespace halvex::test {
 struct PrintedValue {
     std::string text;
     char lossOfLock = ' ';
-    friend bool operator==(const PrintedValue&, const PrintedValue&) = default;
+    [[nodiscard]] bool lost() const { return lossOfLock != ' ' && (lossOfLock - '0') % 2 != 0; }
+    /// The number that the text stands for, in any locale.
+    [[nodiscard]] double number() const {
+        double value = 0.0;
+        std::from_chars(text.data() + (text[0] == '+' ? 1 : 0), text.data() + text.size(), value);
+        return value;
+    }
 };
 
 /// An epoch with observations (flags 0, 1 and 6). Satellites are named "G05"; observations by their three-character

@@ -1,10 +1,10 @@
 #include "formats/rinex/ObservationReader.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include "formats/rinex/SatelliteName.h"
 #include "tests/formats/Gzip.h"
@@ -13,10 +13,7 @@
 namespace halvex::rinex {
 namespace {
 
-using test::endOfHeader;
-using test::readerOf;
-using test::record;
-using test::version;
+using namespace test;
 using Result = ObservationReader::Result;
 
 std::string header3() {
@@ -26,12 +23,6 @@ std::string header3() {
 
 std::string header2(const std::string& types, const std::string& number = "2.11", const std::string& system = "M") {
     return version(number, system) + record(types, "# / TYPES OF OBSERV") + endOfHeader();
-}
-
-std::string printed(double value) {
-    std::ostringstream text;
-    text << value;
-    return text.str();
 }
 
 /// All that the reader gives, a word for each thing, so that a test states it in one line.
@@ -50,7 +41,7 @@ std::string story(ObservationReader& reader, std::size_t most = 10000) {
         for (const auto& satellite : epoch.satellites) {
             text += ' ' + satelliteName(satellite.id);
             for (const ObservedValue& v : epoch.valuesOf(satellite)) {
-                text += v.present ? '=' + printed(v.value) : "=-";
+                text += v.present ? fmt::format("={}", v.value) : "=-";
                 if (v.lossOfLock != 0 || v.signalStrength != 0) {
                     text += '/' + std::to_string(v.lossOfLock) + std::to_string(v.signalStrength);
                 }
@@ -174,9 +165,6 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
     const Row rows2[] = {
         {"05  3 24 13 10  1.0000000  0  1G05\n         5.000\n", "4: an epoch line begins with a blank"},
         {" 05  3 24 13 10  1.0000000  0  1G05G06\n         5.000\n", "4: more satellites than the 1 counted"},
-        {" 05  3 24 13 10  1.0000000  0  1G05"
-         "                                      zz\n",
-         "4: the receiver clock offset \"     zz\" is no number"},
         {" 05  3 24 13 10  1.0000000  0  2G05G06\n         5.000\n",
          "6: G06: columns 1 to 14: \" 05  3 24 13 1\" is no number"},
         {" 05  3 24 13 10  1.0000000  0 13G01G02G03G04G05G06G07G08G09G10G11G12\n         5.000\n",
@@ -188,30 +176,23 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
 }
 
 TEST(ObservationReader, FilesThatEndEarly) {
-    const std::string epoch = std::string(kEpoch3) + "G05         1.000\n";
-    EXPECT_EQ(story(readerOf(header3() + epoch)), "! f:6: the file ends inside an epoch: 1 of 2 satellites\n");
-    EXPECT_EQ(story(readerOf(header3() + ">                              4  2\n" + record("x", "COMMENT"))),
-              "! f:6: the file ends inside an epoch: 1 of 2 header records\n");
-    EXPECT_EQ(story(readerOf(header2("     6    C1    L1    C2    L2    D1    S1") +
-                             " 05  3 24 13 10  1.0000000  0  2G05G06\n         1.000\n\n         1.000\n")),
-              "! f:7: the file ends inside an epoch: 1 of 2 satellites\n");
-    EXPECT_EQ(story(readerOf(header3() + "no epoch\nnone again\n")), "! f:5: an epoch line begins with \">\"\n");
-
-    std::string longText = header3();
-    for (int i = 0; i < 300; ++i) longText += epoch + "S20 " + std::to_string(i * 7919) + '\n';
-    const std::string packed = test::gzip(longText);
-    EXPECT_EQ(story(readerOf(packed)), story(readerOf(longText)));
-    const std::string told = story(readerOf(packed.substr(0, packed.size() - 300)));
-    EXPECT_TRUE(told.ends_with("the compressed file is cut off\n"));
-    EXPECT_EQ(std::ranges::count(told, '!'), 1);
+    const std::pair<std::string, const char*> rows[] = {
+        {header3() + kEpoch3 + "G05         1.000\n", "6: the file ends inside an epoch: 1 of 2 satellites"},
+        {header3() + ">                              4  2\n" + record("x", "COMMENT"),
+         "6: the file ends inside an epoch: 1 of 2 header records"},
+        {header2("     6    C1    L1    C2    L2    D1    S1") +
+             " 05  3 24 13 10  1.0000000  0  2G05G06\n         1.000\n\n         1.000\n",
+         "7: the file ends inside an epoch: 1 of 2 satellites"},
+        {header3() + "no epoch\nnone again\n", "5: an epoch line begins with \">\""}};
+    for (const auto& [text, error] : rows) EXPECT_EQ(story(readerOf(text)), "! f:" + std::string(error) + '\n');
 }
 
 /// 64 MB of epochs in 64 members of a compressed file: peak memory stays where the first epochs have brought it.
 TEST(ObservationReader, MemoryDoesNotGrowWithTheFile) {
     std::string epochs;
     while (epochs.size() < (1U << 20U)) epochs += std::string(kEpoch3) + "G05  23629347.915 8\nS20  23629347.915\n";
-    const std::string member = test::gzip(epochs);
-    std::string file = test::gzip(header3());
+    const std::string member = gzip(epochs);
+    std::string file = gzip(header3());
     for (int i = 0; i < 64; ++i) file += member;
     auto reader = readerOf(file);
     ObservationEpoch epoch;
@@ -229,9 +210,9 @@ TEST(ObservationReader, MemoryDoesNotGrowWithTheFile) {
 
 /// Cut or damaged anywhere, a file gives epochs and errors, and comes to an end.
 TEST(ObservationReader, DamageAnywhereComesToAnEnd) {
-    const std::string text = header3() + kEpoch3 + "G05         1.50017        -2.000 8\nS58         3.000\n" +
-                             ">                              4  1\n" + record("G  100   1 L1C", "SYS / SCALE FACTOR") +
-                             kEpoch3 + "G05         1.50017        -2.000 8\nS58         3.000\n";
+    const std::string epoch = std::string(kEpoch3) + "G05         1.50017        -2.000 8\nS58         3.000\n";
+    const std::string text = header3() + epoch + ">                              4  1\n" +
+                             record("G  100   1 L1C", "SYS / SCALE FACTOR") + epoch;
     for (std::size_t i = 0; i < text.size(); ++i) {
         story(readerOf(text.substr(0, i)));
         for (const char c : {'\n', ' ', '9', '>', '\xff'}) {

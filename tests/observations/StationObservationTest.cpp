@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
+#include <sstream>
+#include <tuple>
 
+#include "halvex/observations/HalvexUniqueID.h"
+#include "halvex/observations/TripleID.h"
 #include "tests/support/Bytes.h"
+#include "tests/support/CapturedLog.h"
 
 namespace {
 
@@ -36,43 +40,14 @@ TEST(StationObservation, SavedForm) {
                         "03 01 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"
                         "08 02 00 00800000 0000000000007041 0000 00000000 0000 00000000 0000"));
     const CHalvexStationObservation fresh;
-    Bytes bytes = saved(fresh);
     std::int32_t site = 0;
     EXPECT_FALSE(fresh.getSiteID(site));
+    Bytes bytes = saved(fresh);
     ASSERT_EQ(bytes.size(), 32U);  // both clock offsets are counted, present or not
     bytes.resize(16);
     EXPECT_EQ(bytes, hex("00000000 00000000 0000 ffffffff 4000"));
-}
-
-TEST(StationObservation, AbsurdCountIsRefusedBeforeAnythingIsAllocated) {
-    const Bytes bytes = hex("ffffffff 00000000 0000 ffffffff 4000 0000 0000 0000 0000 0000 0000 0000 0000");
-    EXPECT_FALSE(CHalvexStationObservation().loadData(bytes.data(), bytes.size()));
-}
-
-TEST(StationObservation, RoundTripOfRandomEpochs) {
-    std::mt19937 rng(2190);
-    const auto word = [&rng] { return static_cast<std::uint32_t>(rng()); };
-    const auto byte = [&word] { return static_cast<unsigned char>(word()); };
-    CHalvexStationObservation loaded;  // used again and again, as a server does
-    for (int round = 0; round < 300; ++round) {
-        CHalvexStationObservation epoch(word(), static_cast<short>(word() % 3000));
-        if (word() % 2 != 0) epoch.setSmoothingInterval(byte());
-        if (word() % 2 != 0) epoch.setClockOffsetPhase(byte());
-        for (unsigned count = word() % 40; count > 0; --count) {
-            CHalvexObservation observation(byte());
-            for (unsigned slot = 0; slot < 3; ++slot) {
-                if (word() % 2 != 0) observation.setPhase(slot, word(), true);
-                if (word() % 2 != 0) observation.setPseudorangeP(slot, word());
-                if (word() % 2 != 0) observation.setPhaseError(slot, byte());
-                observation.setContLockCount(slot, static_cast<unsigned short>(word()));
-            }
-            if (word() % 2 != 0) observation.setAzimuth(byte());
-            epoch.AddObservation(observation, false);
-        }
-        const Bytes bytes = saved(epoch);
-        ASSERT_TRUE(loaded.loadData(bytes.data(), bytes.size()));
-        ASSERT_EQ(loaded, epoch) << round;
-    }
+    bytes = hex("ffffffff 00000000 0000 ffffffff 4000 0000 0000 0000 0000 0000 0000 0000 0000");
+    EXPECT_FALSE(other.loadData(bytes.data(), bytes.size())) << "an absurd count, before anything is allocated";
 }
 
 TEST(StationObservation, StatusWord) {
@@ -178,14 +153,64 @@ TEST(StationObservation, LossesAndCountsThatGoDownAreReportedOnce) {
     EXPECT_TRUE(updatedLoss(epochWith(false, 150)));
 }
 
-TEST(StationObservation, IdentifierConversionKeepsWhatBothSidesKnow) {
-    for (const halvex::SatelliteSystem& system : halvex::kSatelliteSystems) {
-        const MDB::CPrnIdZ9 satellite(system.code, system.maxNumber);
-        const CPrnID converted = CHalvexStationObservation::getDepricatedPrnTypeFromNew(satellite);
-        EXPECT_EQ(CHalvexStationObservation::getNewPrnTypeFromDeprecated(converted), satellite) << system.name;
+TEST(StationObservation, IdentifiersOfEitherKind) {
+    for (int code = 1; code <= 7; ++code) {
+        const CPrnID old(9, static_cast<CPrnID::PrnType>(1 << (code - 1)));
+        const MDB::CPrnIdZ9 satellite(static_cast<CALN::eCALSATSYSTEM>(code), 9);
+        EXPECT_EQ(CHalvexStationObservation::getNewPrnTypeFromDeprecated(old), satellite) << code;
+        EXPECT_EQ(CHalvexStationObservation::getDepricatedPrnTypeFromNew(satellite), old) << code;
     }
     const CPrnID unknown(5, static_cast<CPrnID::PrnType>(0x80));
     EXPECT_FALSE(CHalvexStationObservation::getNewPrnTypeFromDeprecated(unknown).isValid());
+}
+
+TEST(UniqueID, WordsNumberTextAndOrder) {
+    const CHalvexUniqueSiteID site(5, 3);
+    EXPECT_EQ(site.getUniqueSiteID(), 12884901893);
+    EXPECT_EQ(site.GetOutputFormat(';'), "3;5");
+    std::ostringstream text;
+    text << CHalvexUniqueSiteID(12, 4294967295U);
+    EXPECT_EQ(text.str(), "4294967295,12");
+    EXPECT_TRUE(CHalvexUniqueSiteID(0, 0x80000000) < site) << "the order is that of the signed number";
+}
+
+TEST(UniqueID, SavedFormAndWhatIsLogged) {
+    CapturedLog log;
+    expectSavedForm(CHalvexUniqueSiteID(0x01020304, 0x05060708), CHalvexUniqueSiteID(), hex("04030201 08070605"));
+    const auto lines = log.take();
+    ASSERT_EQ(lines.size(), 18U);
+    const std::vector<std::string> expected = {"3 CHalvexUniqueID::loadData: buffer too small '7','8'",
+                                               "3 CHalvexUniqueID::saveData: buffer too small '7','8'",
+                                               "3 CHalvexUniqueID::loadData: buffer is null",
+                                               "3 CHalvexUniqueID::saveData: buffer is null"};
+    EXPECT_EQ(std::vector(lines.end() - 4, lines.end()), expected);
+}
+
+TEST(UniqueID, ProductsAreMarkedByTheHighWord) {
+    CHalvexUniqueSiteID site(7, 9);
+    std::uint32_t product = 99;
+    EXPECT_FALSE(site.isSSRBasedRTProductID());
+    site.getUniqueSSRBasedRTProductID(product);
+    EXPECT_EQ(product, 0U);
+    site.setUniqueSSRBasedRTProductID(42);
+    EXPECT_TRUE(site.isSSRBasedRTProductID());
+    EXPECT_EQ(saved(site), hex("2a000000 fecadada"));
+}
+
+TEST(TripleID, TextOrderAndValidity) {
+    const std::tuple<CTripleID, const char*, bool> rows[] = {{CTripleID(), "-1", false},
+                                                             {CTripleID(1, 2, -1), "2_1", true},
+                                                             {CTripleID(-1, 5, 6), "6_5_-1", false},
+                                                             {CTripleID(4, -7, 0), "0_-7_4", true},
+                                                             {CTripleID(0x00000002'FFFFFFFFU, 3), "3_2_-1", false}};
+    for (const auto& [id, text, valid] : rows) {
+        EXPECT_EQ(id.getString(), text);
+        EXPECT_EQ(id.IsValid(), valid) << text;
+    }
+    EXPECT_LT(CTripleID(5, 0, 1), CTripleID(0, 0, 2));
+    EXPECT_LT(CTripleID(5, 0, 1), CTripleID(0, 1, 1));
+    EXPECT_LT(CTripleID(-5, 1, 1), CTripleID(0, 1, 1));
+    EXPECT_EQ(CTripleIDHasher()(CTripleID(1, -1, 256)), 0xc72de5a1ac2a3877U);  // computed apart from this library
 }
 
 }  // namespace

@@ -1,22 +1,34 @@
-#include "halvex/platform/kernix/Logging.h"
-
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <clocale>
+#include <cmath>
 #include <ctime>
+#include <future>
+#include <latch>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <thread>
 #include <tuple>
 #include <vector>
 
+#include "halvex/platform/kernix/LockFreeSpinLock.h"
+#include "halvex/platform/kernix/Logging.h"
+#include "halvex/platform/kernix/Monitor.h"
 #include "halvex/platform/kernix/PrnID.h"
-#include "halvex/platform/mdb/PrnIdZ9.h"
+#include "halvex/platform/kernix/SyncGuard.h"
 #include "halvex/platform/mjd/MjdTime.h"
-#include "halvex/platform/os/Clock.h"
+#include "halvex/platform/os/DateFormat.h"
+#include "halvex/platform/os/Published.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/Environment.h"
+#include "tests/support/TestClock.h"
 
 namespace {
 
 using namespace halvex::test;
-using Lines = std::vector<CapturedLog::Line>;
 
 TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
     CapturedLog captured;
@@ -24,9 +36,8 @@ TEST(Logging, MessagesReachTheSinkOfTheScopeInOnePiece) {
     log.Log("A::b", 3, "buffer too small '{0}','{1}'", std::size_t{7}, 8);
     log.Log("A::b", 2, "file {}, at {:.1f}", std::string("x{}y"), 0.25);
     log.Log("A::b", 1, "too few {} {} {", 1);
-    EXPECT_EQ(captured.take(), (Lines{{"A::b", 3, "buffer too small '7','8'"},
-                                      {"A::b", 2, "file x{}y, at 0.2"},
-                                      {"A::b", 1, "too few {} {} {"}}));
+    EXPECT_EQ(captured.take(), (std::vector<std::string>{"3 A::b: buffer too small '7','8'",
+                                                         "2 A::b: file x{}y, at 0.2", "1 A::b: too few {} {} {"}));
 }
 
 TEST(Clock, ShowsTheTimeOfTheSystem) {
@@ -49,18 +60,183 @@ TEST(PrnID, TakesOnlyKnownSatellitesButLoadsAny) {
     EXPECT_EQ(saved(id), hex("c8 83"));
 }
 
-TEST(SatelliteTable, MaximumNumbersAndLetters) {
-    const std::tuple<char, int, unsigned char> rows[] = {{'G', 1, 32}, {'R', 2, 24}, {'E', 3, 36}, {'S', 4, 39},
-                                                         {'C', 5, 63}, {'J', 6, 10}, {'I', 7, 14}};
-    for (const auto& [letter, code, last] : rows) {
-        const halvex::SatelliteSystem* system = halvex::systemOfLetter(letter);
-        ASSERT_EQ(system, halvex::systemOfTypeBit(static_cast<std::uint8_t>(1U << (code - 1)))) << letter;
-        EXPECT_EQ(system->code, code);
-        EXPECT_FALSE(MDB::CPrnIdZ9(system->code, 0).isValid());
-        EXPECT_TRUE(MDB::CPrnIdZ9(system->code, last).isValid());
-        EXPECT_FALSE(MDB::CPrnIdZ9(system->code, static_cast<unsigned char>(last + 1)).isValid());
+TEST(DateFormat, PatternsInTheCLocale) {
+    const ScopedVariable zone("TZ", "Pacific/Kiritimati");
+    const ScopedVariable language("LC_ALL", "de_DE.UTF-8");
+    std::setlocale(LC_ALL, "");
+    const SYSTEMTIME stamp = TestClock::stamp(2016, 12, 31, 23, 5, 9, 999);
+    const std::pair<const char*, const char*> rows[] = {
+        {"%Y-%m-%d %H:%M:%S", "2016-12-31 23:05:09"},
+        {"%A %a %B %b %j %p %I", "Saturday Sat December Dec 366 PM 11"},
+        {"%x %X %c", "12/31/16 23:05:09 Sat Dec 31 23:05:09 2016"},
+        {"%Ey%Od [%Z%z] %%Y 100%", "1631 [] %Y 100%"},
+        {"%s %q %_d %999999999d %#d %n %E", "%s %q %_d %999999999d %#d \n %E"},
+        {nullptr, ""}};
+    for (const auto& [pattern, want] : rows) EXPECT_EQ(os::formatDate(pattern, stamp), want) << want;
+    std::setlocale(LC_ALL, "C");
+}
+
+TEST(VariantDate, KnownDaysInBothDirectionsAndImpossibleOnes) {
+    const std::pair<SYSTEMTIME, std::optional<double>> rows[] = {
+        {TestClock::stamp(1899, 12, 29, 6), -1.25},       {TestClock::stamp(100, 1, 1), -657434.0},
+        {TestClock::stamp(9999, 12, 31, 12), 2958465.5},  {TestClock::stamp(99, 12, 31), std::nullopt},
+        {TestClock::stamp(10000, 1, 1), std::nullopt},    {TestClock::stamp(2017, 2, 29), std::nullopt},
+        {TestClock::stamp(2017, 1, 1, 24), std::nullopt}, {TestClock::stamp(2017, 1, 1, 0, 0, 60), std::nullopt}};
+    for (const auto& [stamp, date] : rows) {
+        EXPECT_EQ(os::toVariantDate(stamp), date);
+        if (!date) continue;
+        EXPECT_EQ(os::toVariantDate(os::fromVariantDate(*date).value()), date);
     }
-    EXPECT_EQ(halvex::systemOfLetter('X'), nullptr);
+    EXPECT_EQ(os::fromVariantDate(29226.0)->wDayOfWeek, 0);
+    EXPECT_EQ(os::fromVariantDate(0.99999999999)->wDay, 31) << "rounds into the next day";
+    for (const double date : {std::nan(""), 1e300, -657435.0, 2958466.0, 2958465.9999999999}) {
+        EXPECT_EQ(os::fromVariantDate(date), std::nullopt) << date;
+    }
+}
+
+TEST(Monitor, ElementsAreInTheTreeForTheirLifeAndATakenPathGetsANumber) {
+    CMonitorTree tree;
+    const ScopedMonitorTree installed(tree);
+    {
+        CMonitorElementContainer first("Queue/Raw");
+        std::optional<CMonitorElementContainer> second(std::in_place, "Queue/Raw");
+        EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#3");
+        second.reset();
+        EXPECT_EQ(CMonitorElementContainer("Queue/Raw").path(), "Queue/Raw#2");
+        CMonitorElement(first, "Gone").Set(1.0);
+        CMonitorElement size(first, "Size");
+        size.Increment(0.5);
+        EXPECT_EQ(tree.value("Queue/Raw", "Size"), 0.5);
+        EXPECT_EQ(tree.snapshot().size(), 1U);
+    }
+    EXPECT_EQ(tree.openMetrics(), "# EOF\n");
+}
+
+TEST(Monitor, OpenMetricsText) {
+    CMonitorTree tree;
+    const ScopedMonitorTree installed(tree);
+    const CommaLocale comma;
+    CMonitorElementContainer container("a\"b\\c\nd");
+    CMonitorElement number(container, "Number");
+    CMonitorElement infinite(container, "Infinite");
+    CMonitorTimer timer(container, "Timer");
+    number.Set(1234567.25);
+    infinite.Set(-std::numeric_limits<double>::infinity());
+    const std::string labels = "{container=\"a\\\"b\\\\c\\nd\",element=";
+    EXPECT_EQ(tree.openMetrics(),
+              "# TYPE halvex_value gauge\n# HELP halvex_value Value of a monitoring element.\nhalvex_value" + labels +
+                  "\"Number\"} 1234567.25\nhalvex_value" + labels +
+                  "\"Infinite\"} -Inf\n# TYPE halvex_run_seconds summary\n# UNIT halvex_run_seconds seconds\n"
+                  "# HELP halvex_run_seconds How often a timed step ran and how long it took in all.\n"
+                  "halvex_run_seconds_count" +
+                  labels + "\"Timer\"} 0\nhalvex_run_seconds_sum" + labels + "\"Timer\"} 0\n# EOF\n");
+}
+
+TEST(Monitor, SnapshotsWhileOthersComeAndGo) {
+    CMonitorTree tree;
+    const ScopedMonitorTree installed(tree);
+    CMonitorElementContainer shared("Shared");
+    CMonitorElement sum(shared, "Sum");
+    const auto work = [&sum] {
+        for (int i = 0; i < 500; ++i) {
+            CMonitorElementContainer container("Queue/Raw");
+            CMonitorElement(container, "In").Increment();
+            sum.Increment();
+        }
+    };
+    std::thread first(work);
+    std::thread second(work);
+    for (int i = 0; i < 200; ++i) {
+        for (const CMonitorTree::Entry& entry : tree.snapshot()) EXPECT_GE(entry.value, 0.0);
+    }
+    first.join();
+    second.join();
+    EXPECT_EQ(sum.value(), 1000.0);
+    EXPECT_EQ(tree.snapshot().size(), 1U);
+}
+
+/// Whether another thread could lock now, in the given mode; it unlocks again.
+bool othersMay(ISyncGuard& guard, bool write) {
+    return std::async(std::launch::async,
+                      [&] {
+                          const bool locked = write ? guard.TryLockWrite() : guard.TryLockRead();
+                          if (locked) write ? guard.UnlockWrite() : guard.UnlockRead();
+                          return locked;
+                      })
+        .get();
+}
+
+TEST(SyncGuard, WhoKeepsWhomOut) {
+    CCriticalSectionSyncGuard section;
+    CReaderWriterSyncGuard shared;
+    const std::tuple<ISyncGuard*, bool, bool> rows[] = {
+        {&section, false, false}, {&section, true, false}, {&shared, false, true}, {&shared, true, false}};
+    for (const auto& [guard, holdForWriting, readersEnter] : rows) {
+        {
+            const CReadWriteLock lock(*guard, holdForWriting);
+            EXPECT_EQ(othersMay(*guard, false), readersEnter);
+            EXPECT_FALSE(othersMay(*guard, true));
+        }
+        EXPECT_TRUE(othersMay(*guard, true)) << "free again";
+    }
+    const CReadWriteLock outer(section, false);
+    ASSERT_TRUE(section.TryLockWrite()) << "recursive in either mode";
+    section.UnlockWrite();
+    EXPECT_FALSE(othersMay(section, false)) << "still inside";
+}
+
+TEST(SyncGuard, AWaitingWriterIsNotOvertakenByNewReaders) {
+    CReaderWriterSyncGuard guard;
+    guard.LockRead();
+    std::thread writer([&] { const CReadWriteLock lock(guard, true); });
+    while (othersMay(guard, false)) std::this_thread::yield();  // until the writer waits
+    guard.UnlockRead();
+    writer.join();
+    EXPECT_TRUE(othersMay(guard, true));
+}
+
+TEST(SyncGuard, CountsUnderContentionComeOutRight) {
+    CReaderWriterSyncGuard guard;
+    LockFreeSpinLock spin;
+    int guarded = 0, spun = 0, unequal = 0;
+    std::latch start(4);
+    const auto count = [&] {
+        start.arrive_and_wait();
+        for (int i = 0; i < 5000; ++i) {
+            {
+                const CReadWriteLock lock(guard, true);
+                ++guarded;
+            }
+            const CReadWriteLock lock(guard, false);
+            const int seen = guarded;
+            const std::lock_guard spinning(spin);
+            ++spun;
+            if (seen != guarded) ++unequal;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) threads.emplace_back(count);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(guarded, 20000);
+    EXPECT_EQ(spun, 20000);
+    EXPECT_EQ(unequal, 0) << "nobody writes while a reader is inside";
+}
+
+TEST(Published, NoReaderSeesPartsOfTwoPublications) {
+    constexpr std::int32_t kLast = 2000000;
+    os::Published<8> published;
+    std::thread writer([&] {
+        for (std::int32_t i = 1; i <= kLast; ++i) published.publish({i, i, i, i, i, i, i, i});
+    });
+    int torn = 0;
+    std::int32_t newest = 0;
+    while (newest != kLast) {  // so that the two overlap, whoever starts first
+        const auto values = published.read();
+        newest = values[0];
+        if (std::ranges::count(values, newest) != 8) ++torn;
+    }
+    writer.join();
+    EXPECT_EQ(torn, 0);
 }
 
 }  // namespace

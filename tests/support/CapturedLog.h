@@ -13,28 +13,21 @@ namespace halvex::test {
 /// Takes the log of the process for a scope. Any thread may log.
 class CapturedLog final : public ILogging::Sink {
 public:
-    struct Line {
-        std::string source;
-        int level = 0;
-        std::string message;
-        friend bool operator==(const Line&, const Line&) = default;
-    };
-
     CapturedLog() : m_installed(*this) {}
 
     void write(std::string_view source, int level, std::string_view message) override {
         const std::lock_guard lock(m_mutex);
-        m_lines.push_back({std::string(source), level, std::string(message)});
+        m_lines.push_back(std::to_string(level) + " " + std::string(source) + ": " + std::string(message));
     }
-    /// What was logged since the last call.
-    std::vector<Line> take() {
+    /// What was logged since the last call, each line as "LEVEL SOURCE: MESSAGE".
+    std::vector<std::string> take() {
         const std::lock_guard lock(m_mutex);
         return std::exchange(m_lines, {});
     }
 
 private:
     std::mutex m_mutex;
-    std::vector<Line> m_lines;
+    std::vector<std::string> m_lines;
     ScopedLogSink m_installed;
 };
 

@@ -2,12 +2,9 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "tests/formats/IndependentRinex.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/tools/RunTool.h"
+#include "tests/tools/Station.h"
 
 namespace halvex::test {
 namespace {
@@ -25,8 +22,8 @@ std::vector<double> timeOf(const PrintedEpoch& epoch) {
 }
 
 /// "-.353" and "-0.353" are the same digits.
-long long thousandths(const std::string& text) {
-    return std::llround(std::strtod(text.c_str(), nullptr) * 1000.0);
+long long thousandths(const PrintedValue& value) {
+    return std::llround(value.number() * 1000.0);
 }
 
 /// The name under which a source has what a replayed file calls `code`.
@@ -39,12 +36,6 @@ std::string sourceType(const std::map<std::string, PrintedValue>& source, const 
     const bool precise = code[0] == 'C' && (code[2] == 'W' || code[2] == 'P') && (system == 'G' || system == 'R');
     return {precise ? 'P' : code[0], code[1]};
 }
-
-struct Counts {
-    std::size_t epochs = 0;
-    std::size_t satellites = 0;
-    std::size_t values = 0;
-};
 
 class ArchiveRealData : public testing::TestWithParam<const char*> {};
 
@@ -65,25 +56,26 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
     std::vector<PrintedEpoch> again;
     ASSERT_TRUE(
         readIndependently(folder.path("again.rnx"), [&](const PrintedEpoch& epoch) { again.push_back(epoch); }));
-    Counts counts;
-    std::size_t replayedValues = 0;
-    std::size_t roundedDoppler = 0;
+    std::size_t epochs = 0, satellites = 0, values = 0, replayedValues = 0, roundedDoppler = 0;
     ASSERT_TRUE(readIndependently(source, [&](const PrintedEpoch& epoch) {
         if (epoch.flag == '6') return;
-        ASSERT_LT(counts.epochs, again.size());
-        const PrintedEpoch& other = again[counts.epochs++];
+        ASSERT_LT(epochs, again.size());
+        const PrintedEpoch& other = again[epochs++];
         ASSERT_EQ(timeOf(other), timeOf(epoch));
         ASSERT_EQ(other.satellites.size(), epoch.satellites.size()) << epoch.time;
-        for (const auto& [name, values] : epoch.satellites) {
-            ++counts.satellites;
-            for (const auto& [type, value] : values) counts.values += thousandths(value.text) != 0 ? 1U : 0U;
+        for (const auto& [name, printed] : epoch.satellites) {
+            ++satellites;
+            for (const auto& [type, value] : printed) values += thousandths(value) != 0 ? 1U : 0U;
             const auto found = other.satellites.find(name);
             ASSERT_NE(found, other.satellites.end()) << epoch.time << " " << name;
             for (const auto& [code, value] : found->second) {
                 ++replayedValues;
-                const auto from = values.find(sourceType(values, code, name[0]));
-                ASSERT_NE(from, values.end()) << epoch.time << " " << name << " " << code;
-                const long long difference = std::llabs(thousandths(value.text) - thousandths(from->second.text));
+                const auto from = printed.find(sourceType(printed, code, name[0]));
+                ASSERT_NE(from, printed.end()) << epoch.time << " " << name << " " << code;
+                if (code[0] == 'L' && from->second.lost()) {
+                    ASSERT_TRUE(value.lost()) << epoch.time << " " << name << " " << code;
+                }
+                const long long difference = std::llabs(thousandths(value) - thousandths(from->second));
                 if (code[0] == 'D' && difference == 1) {
                     ++roundedDoppler;
                 } else {
@@ -92,7 +84,7 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
             }
         }
     }));
-    EXPECT_EQ(counts.epochs, again.size());
+    EXPECT_EQ(epochs, again.size());
 
     // Nothing is dropped in silence: what did not come back has been counted.
     std::size_t lost = 0;
@@ -100,9 +92,19 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
         for (const auto& [code, count] : input["notInTheRecord"].items()) lost += count.get<std::size_t>();
         EXPECT_EQ(input["other"]["Doppler values rounded to a float"].get<std::size_t>(), roundedDoppler);
     }
-    EXPECT_EQ(replayedValues + lost, counts.values);
-    std::cout << GetParam() << ": " << counts.epochs << " epochs, " << counts.satellites << " satellites, "
-              << replayedValues << " values alike, " << lost << " have no place in the record\n";
+    EXPECT_EQ(replayedValues + lost, values);
+    std::cout << GetParam() << ": " << epochs << " epochs, " << satellites << " satellites, " << replayedValues
+              << " values alike, " << lost << " have no place in the record\n";
+}
+
+TEST(ArchiveRealDataFault, CostsItsEpochAlone) {
+    const char* const data = std::getenv("HALVEX_DATA");
+    if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to archive";
+    const TemporaryFolder folder;
+    const std::string source = (fs::path(data) / "odd/test_input_rinex3_obs_BadLineSize.15o").string();
+    const ToolRun run = runTool({"archive", source, "--out", folder.path("archive"), "--keep-going", "--json"});
+    EXPECT_EQ(run.err, "halvex: " + source + ":35: G05: column 115: signal strength \"z\" is not 0 to 9\n");
+    EXPECT_EQ(nlohmann::json::parse(run.out)["sets"][0]["epochs"], 36);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -4,19 +4,37 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iostream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "halvex/files/IndexedRead.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/platform/kernix/IndexedFileRecord.h"
 #include "halvex/platform/mjd/MjdTime.h"
 #include "tests/formats/RinexText.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/tools/RunTool.h"
+#include "tools/halvex/Program.h"
 
 namespace halvex::test {
+
+/// What a run of the tool gave.
+struct ToolRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+/// Runs the tool within the test, its output caught, or handed to `sink`.
+inline ToolRun runTool(const std::vector<std::string>& arguments, std::streambuf* sink = nullptr) {
+    const std::ostringstream out, err;
+    std::streambuf* const outBefore = std::cout.rdbuf(sink != nullptr ? sink : out.rdbuf());
+    std::streambuf* const errBefore = std::cerr.rdbuf(err.rdbuf());
+    const int status = tool::runProgram(arguments);
+    std::cout.rdbuf(outBefore);
+    std::cerr.rdbuf(errBefore);
+    return {status, out.str(), err.str()};
+}
 
 /// Makes a simulated station's file in the folder and gives its name.
 inline std::string simulate(const TemporaryFolder& folder, const std::string& start, const std::string& hours,
@@ -75,13 +93,6 @@ inline std::vector<std::string> filesIn(const std::string& folder) {
 
 inline std::size_t lines(const std::string& text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-}
-
-/// What stands behind the header of a RINEX file.
-inline std::string bodyOf(const std::string& name) {
-    const std::string text = readFile(name);
-    const std::size_t end = text.find("END OF HEADER\n");
-    return end == std::string::npos ? "(no header)" : text.substr(end);
 }
 
 }  // namespace halvex::test

@@ -1,41 +1,77 @@
-#include "formats/io/LineReader.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "formats/io/FixedNumber.h"
+#include "formats/io/LineReader.h"
 #include "tests/formats/Gzip.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace halvex {
 namespace {
+
+TEST(FixedNumber, NumbersAreWhatTheCompilerMakesOfThem) {
+    const std::pair<const char*, double> rows[] = {
+        {"-0.000", -0.0},
+        {"-.353", -0.353},
+        {"+7", 7.0},
+        {"1.5D+02", 150.0},
+        {"-2.5d-3", -0.0025},
+        {"9007199254740993", 9007199254740993.0},
+        {"1.7976931348623157D308", 1.7976931348623157e308},
+        {"12345678901234567890.12345678901234567890", 12345678901234567890.12345678901234567890}};
+    for (const auto& [text, want] : rows) {
+        double value = 99.0;
+        ASSERT_EQ(parseDecimal(text, value), Field::number) << text;
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(want)) << text;
+    }
+}
+
+TEST(FixedNumber, WhatIsNoNumberIsTold) {
+    double decimal = 7.0;
+    int integer = 7;
+    std::istringstream texts("1 2|- 1|.|-|--1|1.2.3|1,5|\t1|1e|1e+|e5|inf|nan|0x10|1e999|1F5");
+    for (std::string text; std::getline(texts, text, '|');) {
+        EXPECT_EQ(parseDecimal(text, decimal), Field::bad) << text;
+        EXPECT_EQ(parseInteger(text, integer), Field::bad) << text;
+    }
+    EXPECT_EQ(parseInteger("1234567890", integer), Field::bad);
+    EXPECT_EQ(parseDecimal("", decimal), Field::blank);
+    EXPECT_EQ(parseInteger("   ", integer), Field::blank);
+    EXPECT_TRUE(decimal == 7.0 && integer == 7);
+    EXPECT_EQ(parseInteger("-123456789", integer), Field::number);
+    EXPECT_EQ(integer, -123456789);
+}
+
+/// The fast way for F14.3 against the general one: every character that may disturb, in every column.
+TEST(FixedNumber, FastAndGeneralWayRefuseAlike) {
+    for (const std::string base : {"  23629347.915", "-123456789.012", "9999999999.999", "         1.000"}) {
+        for (std::size_t place = 0; place < 14 * 256; ++place) {
+            std::string text = base;
+            text[place / 256] = static_cast<char>(place % 256);
+            double fast = 7.0;
+            double general = 7.0;
+            ASSERT_EQ(parseF14d3(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
+        }
+    }
+}
 
 struct Lines {
     std::vector<std::string> lines;
     std::string error;
 };
 
-Lines linesOf(LineReader& reader) {
+Lines linesOf(const std::string& bytes) {
+    LineReader reader;
+    reader.openBytes("f", bytes);
     Lines result;
     while (const auto line = reader.next()) result.lines.emplace_back(*line);
     if (reader.error()) result.error = reader.error()->text();
     return result;
-}
-
-Lines linesOf(const std::string& bytes) {
-    LineReader reader;
-    reader.openBytes("f", bytes);
-    return linesOf(reader);
-}
-
-/// Lines of every length up to a few hundred, more than two blocks of them.
-std::string manyLines() {
-    std::string text;
-    for (int i = 0; text.size() < 400000; ++i)
-        text += std::string(static_cast<std::size_t>(i % 301), 'x') + std::to_string(i) + '\n';
-    return text;
 }
 
 TEST(LineReader, EndsOfLines) {
@@ -44,19 +80,6 @@ TEST(LineReader, EndsOfLines) {
     EXPECT_EQ(linesOf("a\r\n\r\nb\r").lines, Want({"a", "", "b"}));
     EXPECT_EQ(linesOf("\n\nc\n").lines, Want({"", "", "c"}));
     EXPECT_EQ(linesOf("\x1f").lines, Want({"\x1f"}));
-}
-
-TEST(LineReader, LinesCrossBlocksPlainAndCompressed) {
-    const std::string text = manyLines();
-    const std::size_t half = text.size() / 2;
-    for (const std::string& bytes :
-         {text, test::gzip(text), test::gzip(text.substr(0, half)) + test::gzip(text.substr(half))}) {
-        const Lines result = linesOf(bytes);
-        std::string joined;
-        for (const std::string& line : result.lines) joined += line + '\n';
-        EXPECT_EQ(joined, text);
-        EXPECT_EQ(result.error, "");
-    }
 }
 
 TEST(LineReader, WhatIsNoTextIsRefusedWithItsLine) {
@@ -92,19 +115,6 @@ TEST(LineReader, DamagedCompressionGivesItsGoodLinesThenTheFault) {
     }
     EXPECT_NE(linesOf(packed + "garbage").error.find("the compressed file is damaged"), std::string::npos);
     EXPECT_EQ(linesOf(packed + "garbage").lines, all);
-}
-
-TEST(LineReader, FilesAndFolders) {
-    const test::TemporaryFolder folder;
-    test::writeFile(folder.path("f"), manyLines());
-    LineReader reader;
-    EXPECT_FALSE(reader.open(folder.path("")));
-    EXPECT_EQ(reader.error()->text(), folder.path("") + ": is a folder");
-    EXPECT_FALSE(reader.open(folder.path("none")));
-    EXPECT_NE(reader.error()->message.find("cannot be opened"), std::string::npos);
-    ASSERT_TRUE(reader.open(folder.path("f")));
-    EXPECT_EQ(linesOf(reader).lines, linesOf(manyLines()).lines);
-    EXPECT_EQ(reader.bytesRead(), reader.fileSize());
 }
 
 }  // namespace
