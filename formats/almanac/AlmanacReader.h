@@ -35,7 +35,7 @@ public:
 
     /// Reads the next record. After an error `almanac` is as it was.
     [[nodiscard]] virtual Result next(CALN::CALX_SAT_ALMANAC& almanac) = 0;
-    /// Where the record that next() gave last begins.
+    /// Where the record begins that next() gave last, or found a fault in.
     [[nodiscard]] std::uint64_t recordLine() const { return m_recordLine; }
     [[nodiscard]] const FormatError& error() const { return m_error; }
 
@@ -48,7 +48,8 @@ protected:
     Result fail(std::string message);
     /// The end of the input, or what kept it from being read.
     Result end();
-    /// Checks what both formats have in common, completes the week and hands the record over.
+    /// Checks what both formats have in common, completes the week and hands the record over. A fault is told with
+    /// recordLine().
     Result finish(CALN::CALX_SAT_ALMANAC record, int id, int health, int week, CALN::CALX_SAT_ALMANAC& almanac);
 
     LineReader m_lines;

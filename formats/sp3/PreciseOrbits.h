@@ -27,8 +27,8 @@ public:
     [[nodiscard]] bool read(LineReader lines);
 
     /// Where the satellite is: at an epoch of the file what stands there, between epochs by interpolation. Empty
-    /// without a position at that epoch, and where not all points around the instant are there: outside span(), within
-    /// five epochs of its ends (half a step short of that), beside gaps.
+    /// without a position at that epoch, and between epochs unless the nearest one and five on either side of it have
+    /// positions at equal steps: so outside span(), near its ends and beside gaps.
     [[nodiscard]] std::optional<ORBIT_COORD> position(const CALN::SCalSatID& id, const SMjdTime& gpsTime) const;
 
     [[nodiscard]] const Header& header() const { return m_header; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,8 +15,7 @@
 
 namespace halvex::sp3 {
 
-/// Time scale that a file prints its epochs in. SP3-d (S. Hilla, 21 February 2016), "line 13". The reader hands out
-/// GPS time alone.
+/// Time scale that a file prints its epochs in. SP3-d format of 21 February 2016. The reader hands out GPS time alone.
 enum class TimeSystem : std::uint8_t { gps, utc, glonass, galileo, beidou, qzss, navic, tai };
 
 /// Header of an SP3 file. Plain value.
@@ -88,15 +88,15 @@ private:
     bool readHeader();
     bool nextLine();
     bool findEpoch();
-    [[nodiscard]] std::optional<std::string> parsePosition(Epoch& epoch);
+    [[nodiscard]] std::optional<std::string> beginEpoch(Epoch& epoch);
+    [[nodiscard]] std::optional<std::string> addState(Epoch& epoch);
     Result fail(std::string message);
-    Result endOfInput(const Epoch* unfinished);
 
     LineReader m_lines;
     Header m_header;
     FormatError m_error;
-    std::string_view m_line;              ///< the line that is being read
-    std::vector<std::uint64_t> m_seenIn;  ///< for each satellite of the header the line of its last epoch
+    std::string_view m_line;                            ///< the line that is being read
+    std::map<CALN::SCalSatID, std::uint64_t> m_seenIn;  ///< the header's satellites; line of each one's last epoch
     SMjdTime m_lastTime;
     std::uint32_t m_epochsRead = 0;
     bool m_endLineMissing = false;
