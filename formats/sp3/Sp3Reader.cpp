@@ -143,8 +143,8 @@ Sp3Reader::Result Sp3Reader::next(Epoch& epoch) {
 
 std::optional<std::string> Sp3Reader::beginEpoch(Epoch& epoch) {
     const auto time = parseTime(m_line);
-    if (!time) {
-        return "the epoch \"" + std::string(withoutBlanks(columns(m_line, 3, 28))) + "\" is no date and time";
+    if (!time || !isBlank(columns(m_line, 1, 2))) {
+        return "the epoch \"" + std::string(withoutBlanks(columns(m_line, 1, 30))) + "\" is no date and time";
     }
     epoch.time = toGpsTime(*time, m_header.timeSystem);
     epoch.line = m_lines.lineNumber();
