@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace halvex::sp3 {
@@ -45,13 +46,9 @@ bool PreciseOrbits::read(LineReader lines) {
         }
         m_epochs.push_back(epoch.time);
         for (const SatelliteState& state : epoch.states) {
-            if (!state.position) continue;
-            auto& positions = m_positions[state.id];
-            positions.resize(m_epochs.size());
-            positions.back() = state.position;
+            if (state.position) m_points[state.id].push_back({epoch.time, *state.position});
         }
     }
-    for (auto& [id, positions] : m_positions) positions.resize(m_epochs.size());
     m_endLineMissing = reader.endLineMissing();
     return true;
 }
@@ -62,36 +59,39 @@ std::optional<PreciseOrbits::Span> PreciseOrbits::span() const {
 }
 
 std::optional<ORBIT_COORD> PreciseOrbits::position(const CALN::SCalSatID& id, const SMjdTime& gpsTime) const {
-    const auto satellite = m_positions.find(id);
-    const auto after = std::ranges::lower_bound(m_epochs, gpsTime);
-    if (satellite == m_positions.end() || after == m_epochs.end()) return std::nullopt;
-    const auto& positions = satellite->second;
-    auto nearest = static_cast<std::size_t>(after - m_epochs.begin());
-    if (*after == gpsTime) return positions[nearest];
+    const auto satellite = m_points.find(id);
+    if (satellite == m_points.end()) return std::nullopt;
+    const std::vector<Point>& points = satellite->second;
+    const auto after = std::ranges::lower_bound(points, gpsTime, {}, &Point::time);
+    if (after == points.end()) return std::nullopt;
+    if (after->time == gpsTime) return after->position;
+    auto nearest = static_cast<std::size_t>(after - points.begin());
     if (nearest == 0) return std::nullopt;
-    if (gpsTime.GetDifferenceInSeconds(m_epochs[nearest - 1]) < after->GetDifferenceInSeconds(gpsTime)) --nearest;
+    if (gpsTime.GetDifferenceInSeconds(points[nearest - 1].time) < after->time.GetDifferenceInSeconds(gpsTime)) {
+        --nearest;
+    }
 
     constexpr std::size_t kBeside = kPoints / 2;
-    if (nearest < kBeside || nearest + kBeside >= m_epochs.size()) return std::nullopt;
-    const std::size_t first = nearest - kBeside;
-    const double steps = gpsTime.GetDifferenceInSeconds(m_epochs[first]) / interval();
+    if (nearest < kBeside || nearest + kBeside >= points.size()) return std::nullopt;
+    const auto window = std::span(points).subspan(nearest - kBeside, kPoints);
+    const double steps = gpsTime.GetDifferenceInSeconds(window[0].time) / interval();
 
     static constexpr auto kWeights = barycentricWeights();
     constexpr double kTimeTolerance = 1e-6;  // [s]
     ORBIT_COORD sum;
     double sumOfWeights = 0.0;
     for (std::size_t i = 0; i < kPoints; ++i) {
-        const auto& point = positions[first + i];
+        const auto& [time, point] = window[i];
         const double index = static_cast<double>(i);
-        const double expected = index * interval();
-        const double offset = m_epochs[first + i].GetDifferenceInSeconds(m_epochs[first]) - expected;
-        if (!point || std::abs(offset) > kTimeTolerance) return std::nullopt;
+        const double seconds = time.GetDifferenceInSeconds(window[0].time);
+        if (std::abs(seconds - index * interval()) > kTimeTolerance) return std::nullopt;
+        const double distance = steps - index;
         // So close to an epoch the division is by next to nothing.
-        if (std::abs(steps - index) < 1e-12) return point;
-        const double weight = kWeights[i] / (steps - index);
-        sum.x += weight * point->x;
-        sum.y += weight * point->y;
-        sum.z += weight * point->z;
+        if (std::abs(distance) < 1e-12) return point;
+        const double weight = kWeights[i] / distance;
+        sum.x += weight * point.x;
+        sum.y += weight * point.y;
+        sum.z += weight * point.z;
         sumOfWeights += weight;
     }
     return ORBIT_COORD{sum.x / sumOfWeights, sum.y / sumOfWeights, sum.z / sumOfWeights};

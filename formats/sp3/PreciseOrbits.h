@@ -41,9 +41,14 @@ public:
     [[nodiscard]] const std::vector<FormatError>& errors() const { return m_errors; }
 
 private:
+    struct Point {
+        SMjdTime time;
+        ORBIT_COORD position;
+    };
+
     Header m_header;
     std::vector<SMjdTime> m_epochs;
-    std::map<CALN::SCalSatID, std::vector<std::optional<ORBIT_COORD>>> m_positions;  ///< parallel to m_epochs
+    std::map<CALN::SCalSatID, std::vector<Point>> m_points;  ///< in the order of their times
     std::vector<FormatError> m_errors;
     bool m_endLineMissing = false;
 };
