@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <numbers>
 #include <sstream>
+#include <tuple>
 
 #include "formats/rinex/SatelliteName.h"
 #include "formats/sp3/PreciseOrbits.h"
@@ -13,7 +13,6 @@ namespace halvex::sp3 {
 namespace {
 
 using Result = Sp3Reader::Result;
-const SMjdTime kStart(2022, 1, 1, 0, 0, 0.0);
 
 LineReader linesOf(const std::string& text) {
     LineReader lines;
@@ -21,8 +20,7 @@ LineReader linesOf(const std::string& text) {
     return lines;
 }
 
-/// Seven lines. The accuracy of the last satellite stands on the second "++" line that it would need.
-const std::string kHeader =
+const std::string kHeader =  // seven lines
     "#cP2022  1  1  0  0  0.00000000       2 u+U   IGS14 FIT ABCD\n"
     "## 2190 518400.00000000   900.00000000 59580 0.0000000000000\n"
     "+    3   G01L05R26  0  0  0  0  0  0  0  0  0  0  0  0  0  0\n"
@@ -33,9 +31,17 @@ const std::string kHeader =
 const std::string kEpoch = "*  2022  1  1  0  0  0.00000000\n";
 const std::string kG01 = "PG01  13882.271938 -21710.006216   5357.125462    469.127768\n";
 const std::string kR26 = "PR26      0.000000      0.000000      0.000000 999999.999999\n";
+const std::string kGood = "*  2022  1  1  0 15  0.00000000\n" + kR26 + "EOF\n";
+const std::string kToldG01 = " G01=13882271.938,-21710006.216,5357125.462/0.000469127768";
 
 std::string with(std::string text, const std::string& from, const std::string& to) {
     return text.replace(text.find(from), from.size(), to);
+}
+
+SMjdTime at(double seconds) {
+    SMjdTime time(2022, 1, 1, 0, 0, 0.0);
+    time.AddSeconds(seconds);
+    return time;
 }
 
 /// All that the reader gives, a line for each epoch.
@@ -50,7 +56,7 @@ std::string story(const std::string& text) {
             told << "! " << reader.error().text() << '\n';
             continue;
         }
-        told << epoch.line << " +" << epoch.time.GetDifferenceInSeconds(kStart) << " s";
+        told << epoch.line << " +" << epoch.time.GetDifferenceInSeconds(at(0.0)) << " s";
         for (const SatelliteState& state : epoch.states) {
             told << ' ' << rinex::satelliteName(state.id) << '=';
             if (state.position) told << state.position->x << ',' << state.position->y << ',' << state.position->z;
@@ -64,22 +70,14 @@ std::string story(const std::string& text) {
     return told.str();
 }
 
-const std::string kToldG01 = " G01=13882271.938,-21710006.216,5357125.462/0.000469127768";
-
 TEST(Sp3Reader, Header) {
     Sp3Reader reader;
     ASSERT_TRUE(reader.open(linesOf(kHeader + kEpoch)));
     const Header& header = reader.header();
     EXPECT_EQ(header.dataUsed + header.coordinateSystem + header.orbitType + header.agency, "u+UIGS14FITABCD");
-    EXPECT_EQ(header.epochCount, 2U);
-    EXPECT_EQ(header.interval, 900.0);
-    EXPECT_EQ(header.start, kStart);
-    EXPECT_EQ(header.fileType, 'M');
     ASSERT_EQ(header.satellites.size(), 2U);
     EXPECT_EQ(header.satellites[0].accuracy, 0.032);
-    EXPECT_EQ(header.satellites[1].accuracy, 0.0) << "unknown";
-    EXPECT_EQ(header.otherSatellites, std::vector<std::string>{"L05"});
-    EXPECT_EQ(header.comments, std::vector<std::string>{"words"});
+    EXPECT_EQ(header.satellites[1].accuracy, 0.0) << "the third of the list; unknown";
 }
 
 TEST(Sp3Reader, RecordsFlagsAndWhatIsReadOver) {
@@ -92,64 +90,40 @@ TEST(Sp3Reader, RecordsFlagsAndWhatIsReadOver) {
     EXPECT_EQ(story(with(with(kHeader, "#cP", "#aP"), "G01L05R26", "  1  5  6") + kEpoch + with(kG01, "G01", "  1") +
                     with(kG01, "G01", "  6").substr(0, 60) + "   as version a likes it\nEOF\n"),
               "8 +0 s" + kToldG01 + with(kToldG01, "G01", "G06") + '\n');
-}
-
-TEST(Sp3Reader, EpochsAreGivenInGpsTime) {
-    const std::pair<const char*, int> rows[] = {{"GAL", 0},  {"QZS", 0},  {"IRN", 0},  {"ccc", 0},
-                                                {"BDT", 14}, {"UTC", 18}, {"GLO", 18}, {"TAI", -19}};
-    for (const auto& [system, shift] : rows) {
+    const std::pair<const char*, int> systems[] = {{"ccc", 0}, {"BDT", 14}, {"UTC", 18}, {"TAI", -19}};
+    for (const auto& [system, shift] : systems) {
         EXPECT_EQ(story(with(kHeader, "GPS", system) + kEpoch + "EOF"), "8 +" + std::to_string(shift) + " s\n");
     }
 }
 
-TEST(Sp3Reader, HeaderFaults) {
-    const struct {
-        const char *from, *to, *error;
-    } rows[] = {
+/// A fault costs its epoch alone, one of the header all.
+TEST(Sp3Reader, FaultsAndWhereItGoesOn) {
+    const std::tuple<const char*, const char*, const char*> headers[] = {
         {"#cP", "#eP", "1: SP3 version 'e' is not a, b, c or d"},
-        {"#cP", "#cX", "1: this is no SP3 file"},
         {"2022  1  1", "2022  2 29", "1: the start \"2022  2 29  0  0  0.00000000\" is no date and time"},
-        {"      2 u", "     -2 u", "1: the number of epochs \"-2\" is none"},
-        {"## ", "#  ", "2: the second line does not begin with \"##\""},
         {"900.00000000", "  0.00000000", "2: the interval \"0.00000000\" is none"},
-        {"    3   G", "    x   G", "3: the number of satellites \"x\" is none"},
         {"L05", "L 0", "3: satellite \"L 0\" is of no known system"},
-        {"L05", "R26", "7: the header lists satellite R26 twice"},
-        {"L05", "  0", "7: the header announces 3 satellites and lists 2"},
-        {"  5  9", "  5 -1", "4: the accuracy \"-1\" is no exponent"},
+        {"L05", "R26", "8: the header lists satellite R26 twice"},
+        {"L05", "  0", "8: the header announces 3 satellites and lists 2"},
         {"GPS", "XYZ", "5: the time system \"XYZ\" is unknown"},
-        {"%f", "PG", "6: a header line does not begin like this: \"PG  1.2500000  1.025\""},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(story(with(kHeader, row.from, row.to)), "! f:" + std::string(row.error) + '\n');
+    for (const auto& [from, to, error] : headers) {
+        EXPECT_EQ(story(with(kHeader, from, to) + kGood), "! f:" + std::string(error) + '\n');
     }
-    EXPECT_EQ(story(kHeader.substr(0, kHeader.find("+ "))), "! f:2: the header has no list of satellites\n");
-    EXPECT_EQ(story(""), "! f: the file has no SP3 header\n");
-}
-
-/// A fault costs its epoch alone.
-TEST(Sp3Reader, EpochFaultsAndWhereItGoesOn) {
-    const std::pair<std::string, const char*> rows[] = {
-        {"*  2022  1  1  0 60  0.00000000\n" + kG01,
-         "8: the epoch \"2022  1  1  0 60  0.00000000\" is no date and time"},
-        {"* 20220 1  1  0  0  0.00000000\n" + kG01,
-         "8: the epoch \"20220 1  1  0  0  0.00000000\" is no date and time"},
+    const std::pair<std::string, const char*> epochs[] = {
+        {with(kEpoch, " 0  0.0", "60  0.0"), "8: the epoch \"2022  1  1  0 60  0.00000000\" is no date and time"},
+        {with(kEpoch, " 2022", "12022"), "8: the epoch \"12022  1  1  0  0  0.00000000\" is no date and time"},
         {kEpoch + with(kG01, "G01", "G02"), "9: satellite G02 is not in the header's list"},
-        {kEpoch + with(kG01, "G01", "G33"), "9: satellite G33: GPS has satellites 1 to 32"},
         {kEpoch + kG01 + kG01, "10: satellite G01 stands twice in this epoch"},
         {kEpoch + with(kG01, "5357.125", "5357,125"), "9: G01: columns 33 to 46: \"5357,125462\" is no number"},
-        {kEpoch + with(kG01, "   469.127768", "             "), "9: G01: columns 47 to 60: \"\" is no number"},
         {kEpoch + with(kG01, "469.127768", "469"), "9: G01: the line is cut off"},
         {kEpoch + kG01.substr(0, 60) + "              X\n", "9: G01: column 75: 'X' is no flag of this place"},
-        {kEpoch + "Q\n" + kG01, "9: a record does not begin like this: \"Q\""},
     };
-    const std::string good = "*  2022  1  1  0 15  0.00000000\n" + kR26 + "EOF\n";
-    for (const auto& [text, error] : rows) {
-        const auto line = std::ranges::count(kHeader + text, '\n') + 1;
-        EXPECT_EQ(story(kHeader + text + good),
-                  "! f:" + std::string(error) + '\n' + std::to_string(line) + " +900 s R26=\n");
+    for (const auto& [text, error] : epochs) {
+        const auto line = std::to_string(std::ranges::count(kHeader + text, '\n') + 1);
+        EXPECT_EQ(story(kHeader + text + kGood), "! f:" + std::string(error) + '\n' + line + " +900 s R26=\n");
     }
-    EXPECT_EQ(story(kHeader + kEpoch + kR26 + kEpoch + kG01 + good),
+    EXPECT_EQ(story(kHeader + kEpoch + kR26 + kEpoch + kG01 + kGood),
               "8 +0 s R26=\n! f:10: the epoch is not later than the one before\n12 +900 s R26=\n");
 }
 
@@ -159,65 +133,34 @@ TEST(Sp3Reader, FilesWithoutTheirEnd) {
     EXPECT_EQ(story(whole), told + "no end line\n");
     EXPECT_EQ(story(whole + "*  2022  1  1  0 15  0.00000000\n" + kG01),
               told + "! f:13: the file ends inside an epoch: 1 of 2 satellites\nno end line\n");
-    // Cut or damaged anywhere, a file comes to an end; a cut one gives no value that the whole one has not.
+    // Cut anywhere, it gives no value that the whole one has not.
     for (std::size_t i = 0; i < whole.size(); ++i) {
         const std::string cut = story(whole.substr(0, i));
         EXPECT_TRUE(cut.starts_with("! ") || cut == "no end line\n" || cut.starts_with(told)) << i << ": " << cut;
-        for (const char c : {'\n', ' ', '9', '*', '\xff'}) {
-            std::string damaged = whole;
-            damaged[i] = c;
-            EXPECT_LE(std::ranges::count(story(damaged), '\n'), 4) << i;
-        }
     }
 }
 
 constexpr double kStep = 900.0;
 
-/// Earth-fixed position on a circular orbit of GPS size, inclined by 55 degrees.
+/// On a circle of the size of a GPS orbit, as fast as such orbits are in an Earth-fixed frame at most.
 ORBIT_COORD circular(double seconds) {
-    constexpr double kRadius = 26.56e6;
-    constexpr double kEarthRate = 7.2921151467e-5;
-    const double argument = 2.0 * kEarthRate * seconds;
-    const double inclination = 55.0 * std::numbers::pi / 180.0;
-    const double x = kRadius * std::cos(argument);
-    const double y = kRadius * std::sin(argument) * std::cos(inclination);
-    const double turn = kEarthRate * seconds;
-    return {x * std::cos(turn) + y * std::sin(turn), y * std::cos(turn) - x * std::sin(turn),
-            kRadius * std::sin(argument) * std::sin(inclination)};
+    const double angle = 3.0 * 7.2921151467e-5 * seconds;
+    return {26.56e6 * std::cos(angle), 26.56e6 * std::sin(angle) * 0.6, 26.56e6 * std::sin(angle) * 0.8};
 }
 
-SMjdTime at(double seconds) {
-    SMjdTime time = kStart;
-    time.AddSeconds(seconds);
-    return time;
-}
-
-double distance(const ORBIT_COORD& a, const ORBIT_COORD& b) {
-    return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
-}
-
-/// 40 epochs of a circular orbit: epoch 20 is missing, R26 has no position at epoch 30.
-PreciseOrbits circularOrbits() {
+TEST(PreciseOrbits, InterpolateWhereAllPointsAreThere) {
+    // 40 epochs: number 20 is missing, R26 has no position at number 30.
     std::string text = kHeader;
     for (int i = 0; i < 40; ++i) {
-        if (i == 20) continue;
-        const SMjdCalendar time = at(i * kStep).GetCalendar();
         const ORBIT_COORD p = circular(i * kStep);
         char line[200];
-        std::snprintf(line, sizeof line, "*  2022  1  1 %2d %2d %11.8f\nPG01%14.6f%14.6f%14.6f 999999.999999\n",
-                      time.hour, time.minute, time.second, p.x / 1e3, p.y / 1e3, p.z / 1e3);
-        text += line + (i == 30 ? kR26 : with(line + 32, "G01", "R26"));
+        std::snprintf(line, sizeof line, "*  2022  1  1 %2d %2d  0.00000000\nPG01%14.6f%14.6f%14.6f 999999.999999\n",
+                      i / 4, i % 4 * 15, p.x / 1e3, p.y / 1e3, p.z / 1e3);
+        if (i != 20) text += line + (i == 30 ? kR26 : with(line + 32, "G01", "R26"));
     }
     PreciseOrbits orbits;
-    EXPECT_TRUE(orbits.read(linesOf(text + "EOF\n")));
-    EXPECT_EQ(orbits.errors().size(), 0U);
-    return orbits;
-}
-
-TEST(PreciseOrbits, InterpolatesWhereAllPointsAreThere) {
-    const PreciseOrbits orbits = circularOrbits();
-    const CALN::SCalSatID g01(CALN::eCALSATSYSTEM_GPS, 1);
-    const CALN::SCalSatID r26(CALN::eCALSATSYSTEM_GLONASS, 26);
+    ASSERT_TRUE(orbits.read(linesOf(text)));
+    const CALN::SCalSatID g01 = orbits.header().satellites[0].id, r26 = orbits.header().satellites[1].id;
     for (int nearest = -1; nearest <= 40; ++nearest) {
         for (const double offset : {-0.45, -1e-3, 0.0, 1e-9, 0.3, 0.4999}) {
             const double seconds = (nearest + offset) * kStep;
@@ -225,17 +168,14 @@ TEST(PreciseOrbits, InterpolatesWhereAllPointsAreThere) {
             const bool isEpoch = offset == 0.0 && nearest >= 0 && nearest < 40 && nearest != 20;
             const bool complete = (nearest >= 5 && nearest <= 14) || (nearest >= 26 && nearest <= 34);
             ASSERT_EQ(got.has_value(), isEpoch || complete) << nearest << " and " << offset;
-            EXPECT_LT(distance(got.value_or(circular(seconds)), circular(seconds)), 2e-3)
-                << nearest << " and " << offset;
+            const auto [x, y, z] = circular(seconds);
+            if (got) {
+                ASSERT_LT(std::hypot(got->x - x, got->y - y, got->z - z), 2e-3) << nearest << " and " << offset;
+            }
         }
     }
     EXPECT_FALSE(orbits.position(r26, at(30 * kStep)));
     EXPECT_FALSE(orbits.position(r26, at(34.4 * kStep)));
-    EXPECT_TRUE(orbits.position(r26, at(35 * kStep)));
-    EXPECT_FALSE(orbits.position({CALN::eCALSATSYSTEM_GPS, 2}, at(0.0)));
-    EXPECT_EQ(orbits.span()->last, at(39 * kStep));
-    EXPECT_FALSE(PreciseOrbits().span());
-    EXPECT_FALSE(PreciseOrbits().position(g01, at(0.0)));
 }
 
 }  // namespace
