@@ -186,15 +186,15 @@ std::optional<std::string> HeaderParser::finish() {
                std::to_string(m_names.size());
     }
     m_exponents.resize(std::max(m_exponents.size(), m_names.size()));
-    std::set<CALN::SCalSatID> listed;
+    std::set<std::string> listed;
     for (std::size_t i = 0; i < m_names.size(); ++i) {
         Header::Satellite satellite;
-        if (rinex::parseSatellite(m_names[i], 'G', satellite.id)) {
-            m_header.otherSatellites.push_back(m_names[i]);
+        const bool foreign = rinex::parseSatellite(m_names[i], 'G', satellite.id).has_value();
+        const std::string name = foreign ? m_names[i] : rinex::satelliteName(satellite.id);
+        if (!listed.insert(name).second) return "the header lists satellite " + name + " twice";
+        if (foreign) {
+            m_header.otherSatellites.push_back(name);
             continue;
-        }
-        if (!listed.insert(satellite.id).second) {
-            return "the header lists satellite " + rinex::satelliteName(satellite.id) + " twice";
         }
         // The exponent is of 2, the unit a millimetre.
         if (m_exponents[i] != 0) satellite.accuracy = std::ldexp(1e-3, m_exponents[i]);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <utility>
 
 #include "formats/io/Columns.h"
@@ -17,7 +18,8 @@ constexpr std::size_t kNameColumn = 1;
 constexpr std::size_t kNameWidth = 3;
 constexpr std::size_t kFirstColumn = 4;
 constexpr std::size_t kFieldWidth = 14;
-constexpr std::size_t kFields = 4;  // x, y, z [km] and the clock [us]
+constexpr std::size_t kFields = 4;    // x, y, z [km] and the clock [us]
+constexpr double kBeyondField = 1e7;  // what F14.6 has no room for
 constexpr double kBadClock = 999999.0;
 
 struct Flag {
@@ -160,9 +162,11 @@ std::optional<std::string> Sp3Reader::addState(Epoch& epoch) {
         return "a record does not begin like this: \"" + std::string(withoutBlanks(m_line.substr(0, 20))) + '"';
     }
     const std::string_view name = columns(m_line, kNameColumn, kNameWidth);
-    if (std::ranges::find(m_header.otherSatellites, name) != m_header.otherSatellites.end()) return std::nullopt;
     SatelliteState state;
-    if (auto fault = rinex::parseSatellite(name, 'G', state.id)) return fault;
+    if (auto fault = rinex::parseSatellite(name, 'G', state.id)) {
+        const auto& others = m_header.otherSatellites;
+        return std::ranges::find(others, name) != others.end() ? std::nullopt : fault;
+    }
     const auto seen = m_seenIn.find(state.id);
     if (seen == m_seenIn.end()) {
         return "satellite " + rinex::satelliteName(state.id) + " is not in the header's list";
@@ -179,7 +183,7 @@ std::optional<std::string> Sp3Reader::addState(Epoch& epoch) {
     for (std::size_t i = 0; i < kFields; ++i) {
         const std::size_t column = kFirstColumn + i * kFieldWidth;
         const std::string_view field = columns(m_line, column, kFieldWidth);
-        if (parseDecimal(field, values[i]) != Field::number) {
+        if (parseDecimal(field, values[i]) != Field::number || std::abs(values[i]) >= kBeyondField) {
             return rinex::satelliteName(state.id) + ": columns " + std::to_string(column + 1) + " to " +
                    std::to_string(column + kFieldWidth) + ": \"" + std::string(withoutBlanks(field)) +
                    "\" is no number";
