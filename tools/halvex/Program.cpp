@@ -19,6 +19,7 @@ int runProgram(const std::vector<std::string>& arguments) {
         addInfoCommand(app);
         addRawCommand(app);
         addNameCommand(app);
+        addOrbitsCommand(app);
         addSimulateCommand(app);
         addDemoCommand(app);
         try {

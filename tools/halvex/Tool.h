@@ -39,6 +39,7 @@ void addReplayCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
 void addRawCommand(CLI::App& app);
 void addNameCommand(CLI::App& app);
+void addOrbitsCommand(CLI::App& app);
 void addSimulateCommand(CLI::App& app);
 void addDemoCommand(CLI::App& app);
 

@@ -1,0 +1,224 @@
+#include "tools/halvex/OrbitFiles.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "formats/almanac/AlmanacReader.h"
+#include "formats/rinex/SatelliteName.h"
+#include "halvex/orbits/HalvexAlmanac.h"
+#include "halvex/orbits/HalvexEphemeris.h"
+#include "halvex/orbits/HalvexEphemerisBDS.h"
+#include "halvex/orbits/HalvexEphemerisGAL.h"
+#include "halvex/orbits/HalvexEphemerisGLO.h"
+#include "halvex/orbits/HalvexEphemerisNAVIC.h"
+#include "halvex/orbits/HalvexEphemerisQZSS.h"
+#include "halvex/platform/caln/SatPosition.h"
+#include "halvex/time/SatelliteTime.h"
+
+namespace halvex::tool {
+namespace {
+
+constexpr unsigned kOrbitsPerSatellite = 1024;  // a week of the most frequent ones
+constexpr double kLargestDifference = 0.01;     // of one issue's positions [m]: rounding of printed numbers
+
+/// Fills a library class from a record; false when it has no place for it.
+bool fill(CHalvexEphemeris& ephemeris, const CALN::CALX_SAT_EPHEMERIS& record) {
+    return convertGPSEphemeris(record, ephemeris);
+}
+bool fill(CHalvexEphemerisGLO& ephemeris, const CALN::CALX_SAT_EPHEMERIS_GLONASS& record) {
+    return convertGLOEphemeris(record, ephemeris);
+}
+template <class Ephemeris, class Record>
+bool fill(Ephemeris& ephemeris, const Record& record) {
+    ephemeris = Ephemeris(record);
+    return true;
+}
+
+int positionOf(const CALN::CALX_SAT_EPHEMERIS& r, double seconds, double position[3]) {
+    return CALN::POS_SAT_CalcSatPosCartesian(r, seconds, position);
+}
+int positionOf(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r, double seconds, double position[3]) {
+    return CALN::POS_SAT_CalcSatPosCartesianGal(r, seconds, position);
+}
+int positionOf(const CALN::CALX_SAT_EPHEMERIS_BEIDOU& r, double seconds, double position[3]) {
+    return CALN::POS_SAT_CalcSatPosCartesianBds(r, seconds, position);
+}
+int positionOf(const CALN::CALX_SAT_EPHEMERIS_NAVIC& r, double seconds, double position[3]) {
+    return CALN::POS_SAT_CalcSatPosCartesianNavic(r, seconds, position);
+}
+int positionOf(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, double seconds, double position[3]) {
+    return CALN::POS_SAT_CalcSatPosCartesianGlo(r, seconds, position);
+}
+
+/// A file of navigation records begins with a header line of RINEX; almanacs have none.
+bool isRinex(const std::string& file) {
+    LineReader lines;
+    if (!lines.open(file)) throw Failure(lines.error().value_or(FormatError{file, 0, "cannot be opened"}));
+    const auto line = lines.next();
+    return line && line->find("RINEX VERSION / TYPE") != std::string_view::npos;
+}
+
+}  // namespace
+
+OrbitFiles::OrbitFiles(bool keepGoing)
+    : m_keepGoing(keepGoing),
+      m_calculator(kOrbitsPerSatellite, 0, 0, nullptr),
+      m_latestPlausible(CSatelliteTime(true)) {
+    m_latestPlausible.AddDays(1.0);
+}
+
+void OrbitFiles::fault(const std::string& text) {
+    if (!m_keepGoing) throw Failure(text);
+    if (m_faults++ == 0) m_firstFault = text;
+}
+
+void OrbitFiles::read(const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
+        try {
+            if (isRinex(file)) {
+                readNavigation(file);
+            } else {
+                readAlmanac(file);
+            }
+        } catch (const Failure& failure) {
+            fault(failure.what());
+        }
+    }
+    if (m_taken == 0) {
+        throw Failure(m_faults != 0 ? m_firstFault : files.front() + ": there is no orbit that can be used");
+    }
+}
+
+void OrbitFiles::readNavigation(const std::string& file) {
+    rinex::NavigationReader reader;
+    if (!reader.open(file)) throw Failure(reader.error());
+    Progress progress("reading " + file);
+    rinex::NavigationRecord record;
+    using Result = rinex::NavigationReader::Result;
+    for (Result result = reader.next(record); result != Result::end; result = reader.next(record)) {
+        progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
+        if (result == Result::error) {
+            fault(reader.error().text());
+        } else {
+            take(reader, record);
+        }
+    }
+    for (const auto& [what, count] : reader.skipped()) m_passedOver[what] += count;
+}
+
+void OrbitFiles::readAlmanac(const std::string& file) {
+    FormatError error;
+    const auto reader = almanac::openAlmanac(file, error);
+    if (!reader) throw Failure(file + ": this is no RINEX navigation file and no YUMA or SEM almanac");
+    CALN::CALX_SAT_ALMANAC record;
+    using Result = almanac::AlmanacReader::Result;
+    for (Result result = reader->next(record); result != Result::end; result = reader->next(record)) {
+        if (result == Result::error) {
+            fault(reader->error().text());
+            continue;
+        }
+        CHalvexAlmanac almanac;
+        if (!convertGPSAlmanac(record, almanac) || !m_calculator.ProcessNewAlmanac(almanac)) {
+            fault(fmt::format("{}:{}: the almanac of {} has a number that cannot be", file, reader->recordLine(),
+                              rinex::satelliteName(record.GetCalSatID())));
+            continue;
+        }
+        ++m_taken;
+        ++m_satellites[almanac.GetSatID()];
+    }
+}
+
+template <class Ephemeris, class Record>
+void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
+    const auto bad = [&](const std::string& what) {
+        fault(fmt::format("{}:{}: the ephemeris of {} {}", reader.lines().name(), reader.line(),
+                          rinex::satelliteName(reader.satellite()), what));
+    };
+    Ephemeris ephemeris;
+    if (!fill(ephemeris, record)) return bad("has a number that cannot be");
+    if (!ephemeris.IsDataValid()) return bad("is not plausible");
+    const SMjdTime reference = ephemeris.GetRefTime();
+    if (reference > m_latestPlausible) return bad("is of the future: " + formatTime(reference));
+    double position[3] = {};
+    if (positionOf(record, reference.GetGpsSeconds(), position) != CALN::kPositionDone) {
+        return bad("has elements of no orbit");
+    }
+    const ORBIT_COORD at{position[0], position[1], position[2]};
+    const Issue key{ephemeris.GetSatID(), reader.kind(), std::llround(reference.GetAsMjd() * 86400.0), issue};
+    const auto [known, isNew] = m_issues.emplace(key, at);
+    if (!isNew) {
+        const double difference = std::hypot(at.x - known->second.x, at.y - known->second.y, at.z - known->second.z);
+        if (difference > kLargestDifference) {
+            return bad(fmt::format("contradicts an earlier one of {} with the same issue by {:.0f} m",
+                                   formatTime(reference), difference));
+        }
+        ++m_duplicates;
+    }
+    m_calculator.ProcessNewEphemeris(ephemeris);
+    ++m_taken;
+    ++m_satellites[ephemeris.GetSatID()];
+    if (!m_first.IsSet() || reference < m_first) m_first = reference;
+    if (reference > m_last) m_last = reference;
+}
+
+void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record) {
+    const struct Taker {
+        OrbitFiles& self;
+        const rinex::NavigationReader& reader;
+        void operator()(const CALN::CALX_SAT_EPHEMERIS& r) const {
+            if (r.messageType != CALN::eCALGPSMESSAGE_LNAV) {
+                self.passOver("EPH G CNAV");  // its rates have no place in a GPS ephemeris of the library
+            } else {
+                self.takeEphemeris<CHalvexEphemeris>(reader, r, r.iodc);
+            }
+        }
+        void operator()(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r) const {
+            self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb);
+        }
+        void operator()(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r) const {
+            self.takeEphemeris<CHalvexEphemerisGAL>(reader, r, r.iodNav * 4U + r.navType);
+        }
+        void operator()(const CALN::CALX_SAT_EPHEMERIS_BEIDOU& r) const {
+            self.takeEphemeris<CHalvexEphemerisBDS>(reader, r, r.aode + r.iode);
+        }
+        void operator()(const CALN::CALX_SAT_EPHEMERIS_QZSS& r) const {
+            self.takeEphemeris<CHalvexEphemerisQZSS>(reader, r, r.iodc);
+        }
+        void operator()(const CALN::CALX_SAT_EPHEMERIS_NAVIC& r) const {
+            self.takeEphemeris<CHalvexEphemerisNAVIC>(reader, r, r.iodec);
+        }
+        void operator()(const rinex::SbasOrbit&) const { self.passOver("SBAS orbits"); }
+        void operator()(const rinex::SystemTimeOffset&) const { self.passOver("time offsets (STO)"); }
+        void operator()(const rinex::IonosphereModel&) const { self.passOver("ionosphere models (ION)"); }
+        void operator()(const rinex::EarthOrientation&) const { self.passOver("Earth orientation (EOP)"); }
+    } taker{*this, reader};
+    std::visit(taker, record);
+}
+
+std::string OrbitFiles::text() const {
+    std::string text = fmt::format("{} orbits of {} satellites", m_taken, m_satellites.size());
+    if (m_first.IsSet()) text += fmt::format(", {} to {}", formatTime(m_first), formatTime(m_last));
+    if (m_duplicates != 0) text += fmt::format(", {} repeated", m_duplicates);
+    text += "\n";
+    std::string separator = "read over: ";
+    for (const auto& [what, count] : m_passedOver)
+        text += fmt::format("{}{} {}", std::exchange(separator, ", "), count, what);
+    if (!m_passedOver.empty()) text += "\n";
+    if (m_faults != 0) text += fmt::format("{} faults passed over, the first: {}\n", m_faults, m_firstFault);
+    return text;
+}
+
+Json OrbitFiles::json() const {
+    Json json = {
+        {"orbits", m_taken}, {"satellites", m_satellites.size()}, {"repeated", m_duplicates}, {"faults", m_faults}};
+    if (m_first.IsSet()) {
+        json["from"] = formatTime(m_first);
+        json["to"] = formatTime(m_last);
+    }
+    json["readOver"] = m_passedOver;
+    if (m_faults != 0) json["firstFault"] = m_firstFault;
+    return json;
+}
+
+}  // namespace halvex::tool

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <tuple>
+#include <variant>
+#include <vector>
+
+#include "formats/rinex/NavigationReader.h"
+#include "halvex/orbits/HalvexElevAziCalculator.h"
+#include "tools/halvex/Tool.h"
+
+namespace halvex::tool {
+
+/// Reads navigation files (RINEX) and almanacs (YUMA, SEM) into an elevation-azimuth calculator, through the library's
+/// classes: nothing is taken that IsDataValid refuses, that lies more than a day ahead of the clock, or that has
+/// another orbit than a record with the same satellite, message, reference time and issue. Such faults end the reading
+/// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too.
+class OrbitFiles {
+public:
+    explicit OrbitFiles(bool keepGoing);
+
+    void read(const std::vector<std::string>& files);
+
+    [[nodiscard]] CHalvexElevAziCalculator& calculator() { return m_calculator; }
+    /// First and last reference time of the ephemerides that were taken; unset without any.
+    [[nodiscard]] const SMjdTime& first() const { return m_first; }
+    [[nodiscard]] const SMjdTime& last() const { return m_last; }
+    /// Satellites with an orbit, by system and number.
+    [[nodiscard]] const std::map<CALN::SCalSatID, std::uint64_t>& satellites() const { return m_satellites; }
+    [[nodiscard]] std::uint64_t taken() const { return m_taken; }
+
+    /// What was read: records by kind, those that are read over, duplicates, faults. For people and for --json.
+    [[nodiscard]] std::string text() const;
+    [[nodiscard]] Json json() const;
+
+private:
+    /// What tells one upload from another.
+    using Issue = std::tuple<CALN::SCalSatID, rinex::MessageKind, std::int64_t, unsigned>;
+
+    void readNavigation(const std::string& file);
+    void readAlmanac(const std::string& file);
+    void take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record);
+    template <class Ephemeris, class Record>
+    void takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
+    void passOver(const std::string& what) { ++m_passedOver[what]; }
+    void fault(const std::string& text);
+
+    bool m_keepGoing;
+    CHalvexElevAziCalculator m_calculator;
+    std::map<Issue, ORBIT_COORD> m_issues;  // where each puts its satellite at its reference time
+    std::map<CALN::SCalSatID, std::uint64_t> m_satellites;
+    std::map<std::string, std::uint64_t> m_passedOver;
+    std::uint64_t m_taken = 0;
+    std::uint64_t m_duplicates = 0;
+    std::uint64_t m_faults = 0;
+    std::string m_firstFault;
+    SMjdTime m_first, m_last, m_latestPlausible;
+};
+
+}  // namespace halvex::tool
