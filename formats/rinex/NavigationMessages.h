@@ -30,9 +30,9 @@ enum class MessageKind : std::uint8_t {
 
 /// One kind of record as version 4 announces it. RINEX 4.01, table 20 and tables A9 to A35.
 struct MessageLayout {
-    std::string_view type;  ///< EPH, STO, EOP, ION
-    CALN::eCALSATSYSTEM system = CALN::eCALSATSYSTEM_NONE;
-    std::string_view message;  ///< blank: whatever message it came from
+    std::string_view type;                                  ///< EPH, STO, EOP, ION
+    CALN::eCALSATSYSTEM system = CALN::eCALSATSYSTEM_NONE;  ///< none: every system
+    std::string_view message;                               ///< empty: whatever message it came from
     MessageKind kind = MessageKind::lnav;
     unsigned lines = 0;  ///< with the epoch's, without what announces the record
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -12,6 +14,9 @@
 #include "formats/rinex/NavigationRecords.h"
 
 namespace halvex::rinex {
+
+class FieldReader;
+struct PrintedFields;
 
 /// Streaming reader of RINEX navigation files, plain or gzip-compressed: 2.00 to 2.12 of GPS, GLONASS and SBAS, 3.00 to
 /// 3.05 and 4.0x of any system. Memory does not grow with the file. One thread at a time.
@@ -43,24 +48,23 @@ public:
     /// Of the record read last; number 0 when it stands for its system as a whole.
     [[nodiscard]] const CALN::SCalSatID& satellite() const { return m_satellite; }
     /// What that record holds, and the line it began with.
-    [[nodiscard]] MessageKind kind() const { return m_layout->kind; }
+    [[nodiscard]] MessageKind kind() const { return m_kind; }
     [[nodiscard]] std::uint64_t line() const { return m_firstLine; }
     /// Records passed over so far, by type, system letter and message, as "EPH R L1OC".
     [[nodiscard]] const std::map<std::string, std::uint64_t>& skipped() const { return m_skipped; }
 
 private:
-    struct Fields;
-
     bool readHeader();
     bool nextLine();
     bool findRecord();
     [[nodiscard]] bool mayBeginRecord() const;
     [[nodiscard]] std::optional<std::string> readAnnouncement();
-    [[nodiscard]] std::optional<std::string> readStart(Fields& fields) const;
-    [[nodiscard]] bool hasStatusLine(unsigned linesRead);
+    [[nodiscard]] std::optional<std::string> readSatellite();
     Result readRecord(NavigationRecord& record);
+    void fill(FieldReader& in, const PrintedFields& fields, bool status, const std::array<std::string, 3>& words,
+              NavigationRecord& record) const;
     Result fail(std::string message);
-    Result failShort(unsigned linesRead);
+    Result failShort(std::size_t linesRead, bool atEnd);
 
     LineReader m_lines;
     NavigationHeader m_header;
@@ -69,7 +73,8 @@ private:
     std::string_view m_line;  ///< the line that is being read
     std::uint64_t m_firstLine = 0;
     CALN::SCalSatID m_satellite;
-    const MessageLayout* m_layout = nullptr;  ///< null when the record is to be passed over
+    MessageKind m_kind = MessageKind::lnav;
+    const MessageLayout* m_layout = nullptr;  ///< null: the record is to be passed over
     std::string m_message;                    ///< of the announced record
     bool m_insideRecord = false;              ///< m_line is not the line that the record began with
     bool m_lost = false;                      ///< a record is left behind, the next one is not found yet
