@@ -27,6 +27,7 @@ struct PrintedFields {
     std::size_t firstColumn = 4;         ///< of a line's first field, 0-based: 3 in version 2
     std::array<double, kMost> values{};  ///< 0 where blank
     std::uint64_t present = 0;           ///< a bit for each that is not blank
+    std::array<std::string, 3> words;    ///< what stands in place of the numbers beside the epoch, in some records
 
     [[nodiscard]] bool has(std::size_t index) const { return (present >> index & 1U) != 0; }
     [[nodiscard]] std::size_t columnOf(std::size_t index) const { return firstColumn + index % kPerLine * kWidth; }
@@ -56,6 +57,8 @@ public:
     }
 
     void spare() { ++m_index; }
+    /// Text beside the epoch.
+    void word(std::string& text) { text = m_fields.words[m_index++]; }
     /// A number that the message cannot do without.
     void number(double& value, std::string_view name) {
         value = take();

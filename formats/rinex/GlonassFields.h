@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cmath>
 #include <cstddef>
+#include <string>
 
 #include "halvex/platform/caln/EphemerisGlonass.h"
 #include "halvex/platform/mjd/MjdTime.h"
@@ -29,13 +29,20 @@ void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& 
     io.transmissionTime(frame, utc.GetGpsSeconds());
     if constexpr (Io::kReads) r.frameTime = moscowSecond(frame);
     unsigned bn = r.health & 1U;
+    int channel = r.frequencyNumber;
     for (std::size_t axis = 0; axis < 3; ++axis) {
         io.kilometres(r.position[axis], "the position");
         io.kilometres(r.velocity[axis], "the velocity");
         io.kilometres(r.acceleration[axis], "the acceleration");
         if (axis == 0) io.integer(bn, "the health");
-        if (axis == 1) io.integer(r.frequencyNumber, "the frequency number");
+        if (axis == 1) io.integer(channel, "the frequency number");
         if (axis == 2) io.integer(r.ageOfData, "the age of the data");
+    }
+    if constexpr (Io::kReads) {
+        if (channel > 127) channel -= 256;  // the byte of a negative one, as old files have it
+        // GLONASS ICD 5.1, 3.3.1.1; 7 to 13 were in use until 2005.
+        if (channel < -7 || channel > 13) io.fault("there is no frequency number " + std::to_string(channel));
+        r.frequencyNumber = static_cast<signed char>(channel);
     }
     // Status: P, P1, P2, P3, P4 in bits 0 to 6, M in bits 7 and 8. Health: Cn, A_C and ln from bit 0 on; published
     // files show which is ln: it goes with Bn.

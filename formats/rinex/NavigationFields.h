@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 
 #include "formats/rinex/NavigationRecords.h"
 
@@ -242,9 +243,7 @@ void sbasFields(Io& io, SbasOrbit& r) {
 
 template <class Io>
 void timeOffsetFields(Io& io, SystemTimeOffset& r) {
-    io.spare();  // three words of text stand in the columns beside the epoch
-    io.spare();
-    io.spare();
+    for (std::string* text : {&r.pair, &r.sbasId, &r.utcId}) io.word(*text);
     io.transmissionTime(r.transmissionTime, 0.0);
     io.number(r.a0, "A0");
     io.number(r.a1, "A1");

@@ -255,10 +255,9 @@ NavigationReader::Result NavigationReader::readRecord(NavigationRecord& record) 
     if (auto fault = readEpoch(m_line, fields.firstColumn, old, fields.epoch)) return failField(*fault);
 
     const std::uint64_t epochLine = m_lines.lineNumber();
-    std::array<std::string, 3> words;
     if (m_kind == MessageKind::timeOffset) {
-        for (std::size_t i = 0; i < words.size(); ++i) {
-            words[i] = withoutBlanks(columns(m_line, fields.columnOf(i + 1), PrintedFields::kWidth));
+        for (std::size_t i = 0; i < fields.words.size(); ++i) {
+            fields.words[i] = withoutBlanks(columns(m_line, fields.columnOf(i + 1), PrintedFields::kWidth));
         }
     } else if (auto fault = readFields(m_line, 0, 1, fields)) {
         return failField(*fault);
@@ -283,15 +282,14 @@ NavigationReader::Result NavigationReader::readRecord(NavigationRecord& record) 
     m_insideRecord = false;
 
     FieldReader in(fields);
-    fill(in, fields, status, words, record);
+    fill(in, fields, status, record);
     if (!in.fault()) return Result::record;
     failField(in.fault()->message);
     m_error.line = epochLine + in.fault()->line;
     return Result::error;
 }
 
-void NavigationReader::fill(FieldReader& in, const PrintedFields& fields, bool status,
-                            const std::array<std::string, 3>& words, NavigationRecord& record) const {
+void NavigationReader::fill(FieldReader& in, const PrintedFields& fields, bool status, NavigationRecord& record) const {
     const MessageSource source{m_satellite, m_header.version >= 4.0 ? m_message : std::string()};
     switch (m_kind) {
         case MessageKind::lnav:
@@ -337,9 +335,6 @@ void NavigationReader::fill(FieldReader& in, const PrintedFields& fields, bool s
             auto& offset = record.emplace<SystemTimeOffset>();
             offset.source = source;
             offset.referenceTime = fields.epoch;
-            offset.pair = words[0];
-            offset.sbasId = words[1];
-            offset.utcId = words[2];
             timeOffsetFields(in, offset);
             break;
         }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -61,8 +60,7 @@ private:
     [[nodiscard]] std::optional<std::string> readAnnouncement();
     [[nodiscard]] std::optional<std::string> readSatellite();
     Result readRecord(NavigationRecord& record);
-    void fill(FieldReader& in, const PrintedFields& fields, bool status, const std::array<std::string, 3>& words,
-              NavigationRecord& record) const;
+    void fill(FieldReader& in, const PrintedFields& fields, bool status, NavigationRecord& record) const;
     Result fail(std::string message);
     Result failShort(std::size_t linesRead, bool atEnd);
 
