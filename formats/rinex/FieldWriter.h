@@ -27,20 +27,15 @@ public:
         m_text += '\n';
     }
 
-    void spare() { word({}); }
-    void word(const std::string& text) {
-        if (++m_index % PrintedFields::kPerLine == 0) {
-            endLine();
-            m_text.append(kFirstColumn, ' ');
-        }
-        m_text += left(text, PrintedFields::kWidth);
-    }
+    void spare() { field({}); }
+    /// Text beside the epoch.
+    void word(const std::string& text) { field(' ' + text); }
     void number(double value, std::string_view /*name*/ = {}) {
         constexpr double kSmallest = 1e-99;  // exponents have two digits
         constexpr double kLargest = 1e99;
         if (std::fabs(value) < kSmallest) value = 0.0;
         m_good = m_good && std::fabs(value) < kLargest;
-        word(scientific(value, PrintedFields::kWidth, 12));
+        field(scientific(value, PrintedFields::kWidth, 12));
     }
     void kilometres(double metres, std::string_view /*name*/) { number(metres / 1000.0); }
     void optional(double value, double /*blank*/ = 0.0) { number(value); }
@@ -58,6 +53,14 @@ public:
 
 private:
     static constexpr std::size_t kFirstColumn = 4;
+
+    void field(const std::string& text) {
+        if (++m_index % PrintedFields::kPerLine == 0) {
+            endLine();
+            m_text.append(kFirstColumn, ' ');
+        }
+        m_text += left(text, PrintedFields::kWidth);
+    }
 
     std::string& m_text;
     std::size_t m_index = 0;
