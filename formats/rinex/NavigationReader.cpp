@@ -197,6 +197,7 @@ NavigationReader::Result NavigationReader::next(NavigationRecord& record) {
             if (m_lost) continue;
             m_insideRecord = true;
             if (!nextLine()) return failShort(0, true);
+            if (mayBeginRecord()) return failShort(0, false);
         }
         return readRecord(record);
     }

@@ -67,6 +67,27 @@ TEST(FixedNumber, ObservationFieldsGoTheFastWayExactly) {
     }
 }
 
+/// The same for D19.12: exponents on both sides of what is exact, both forms of small numbers.
+TEST(FixedNumber, NavigationFieldsGoTheFastWayExactly) {
+    std::mt19937_64 random(1980);
+    std::array<char, 32> text{};
+    for (int i = 0; i < 200000; ++i) {
+        const auto mantissa = static_cast<long long>(random() % 10000000000000U) * (i % 2 == 0 ? 1 : -1);
+        const int exponent = static_cast<int>(random() % 199) - 99;
+        if (i % 3 == 0) {
+            std::snprintf(text.data(), text.size(), "%s.%012lldD%+03d", mantissa < 0 ? " -" : "  ",
+                          std::abs(mantissa % 1000000000000), exponent);
+        } else {
+            std::snprintf(text.data(), text.size(), "%c%lld.%012llde%+03d", mantissa < 0 ? '-' : ' ',
+                          std::abs(mantissa / 1000000000000), std::abs(mantissa % 1000000000000), exponent);
+        }
+        double value = 0.0;
+        ASSERT_EQ(parseD19d12(text.data(), value), Field::number) << text.data();
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(viaStrtod(text.data())))
+            << text.data();
+    }
+}
+
 TEST(FixedNumber, FastAndGeneralWayRefuseAlike) {
     for (const std::string base : {"  23629347.915", "-123456789.012", "9999999999.999", "         1.000"}) {
         for (std::size_t place = 0; place < 14 * 256; ++place) {
@@ -75,6 +96,16 @@ TEST(FixedNumber, FastAndGeneralWayRefuseAlike) {
             double fast = 7.0;
             double general = 7.0;
             ASSERT_EQ(parseF14d3(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
+        }
+    }
+    for (const std::string base : {"-1.234567890123E-05", "  .123456789012d+09", "                   "}) {
+        for (std::size_t place = 0; place < 19 * 256; ++place) {
+            std::string text = base;
+            text[place / 256] = static_cast<char>(place % 256);
+            double fast = 7.0;
+            double general = 7.0;
+            ASSERT_EQ(parseD19d12(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
             ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
         }
     }
