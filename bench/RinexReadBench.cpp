@@ -3,39 +3,20 @@
 // 14-column field. The counter "floor" is the rate over the floor's, both of this run. The file comes from HALVEX_DATA,
 // else a made-up one is used.
 #include <benchmark/benchmark.h>
-#include <zlib.h>
 
 #include <array>
-#include <charconv>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <memory>
 #include <random>
 #include <string>
-#include <string_view>
-#include <vector>
 
+#include "bench/ReadFloor.h"
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/ObservationReader.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-std::string unpacked(const std::string& name) {
-    std::string text;
-    std::array<char, 65536> piece{};
-    gzFile file = gzopen(name.c_str(), "rb");
-    if (file == nullptr) return text;
-    for (int count = 0; (count = gzread(file, piece.data(), static_cast<unsigned>(piece.size()))) > 0;) {
-        text.append(piece.data(), static_cast<std::size_t>(count));
-    }
-    gzclose(file);
-    return text;
-}
+using halvex::bench::TextInput;
 
 /// 900 epochs of 32 satellites with 16 values each, some of them blank.
 std::string madeUp() {
@@ -66,68 +47,13 @@ std::string madeUp() {
     return text;
 }
 
-/// The file to read, in a folder of its own that goes away with the program.
-struct Input {
-    std::filesystem::path folder;
-    std::string name;
-    std::size_t size = 0;
-
-    Input() {
-        std::string text;
-        if (const char* data = std::getenv("HALVEX_DATA")) {
-            text = unpacked(std::string(data) + "/obs/TLSE00FRA_R_20241900000_15M_01S_MO.rnx.gz");
-        }
-        if (text.empty()) text = madeUp();
-        std::string pattern = (std::filesystem::temp_directory_path() / "halvex-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
-        folder = pattern;
-        name = folder / "observations.rnx";
-        size = text.size();
-        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "wb"), &std::fclose);
-        if (!file || std::fwrite(text.data(), 1, size, file.get()) != size) std::abort();
-    }
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
-    ~Input() { std::filesystem::remove_all(folder); }
-};
-
-const Input& input() {
-    static const Input theInput;
+const TextInput& input() {
+    static const TextInput theInput("/obs/TLSE00FRA_R_20241900000_15M_01S_MO.rnx.gz", madeUp);
     return theInput;
 }
 
-double sumOfFields(std::string_view line) {
-    double sum = 0.0;
-    for (std::size_t column = 3; column < line.size(); column += 16) {
-        const std::string_view field = line.substr(column, 14);
-        const char* first = field.data();
-        const char* const last = first + field.size();
-        while (first != last && *first == ' ') ++first;
-        double value = 0.0;
-        if (first != last && std::from_chars(first, last, value).ec == std::errc()) sum += value;
-    }
-    return sum;
-}
-
 double readFloor() {
-    constexpr std::size_t kPiece = 65536;
-    std::vector<char> buffer(2 * kPiece);
-    std::size_t held = 0;
-    double sum = 0.0;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(input().name.c_str(), "rb"), &std::fclose);
-    std::setvbuf(file.get(), nullptr, _IONBF, 0);
-    for (std::size_t count = 0; (count = std::fread(buffer.data() + held, 1, kPiece, file.get())) > 0;) {
-        const char* first = buffer.data();
-        const char* const last = first + held + count;
-        while (const void* found = std::memchr(first, '\n', static_cast<std::size_t>(last - first))) {
-            const char* const end = static_cast<const char*>(found);
-            sum += sumOfFields(std::string_view(first, static_cast<std::size_t>(end - first)));
-            first = end + 1;
-        }
-        held = static_cast<std::size_t>(last - first);
-        std::memmove(buffer.data(), first, held);
-    }
-    return sum;
+    return halvex::bench::readFloor(input().name, {.first = 3, .step = 16, .width = 14});
 }
 
 std::size_t readEpochs() {
@@ -152,13 +78,6 @@ std::size_t readStations() {
     return satellites;
 }
 
-template <class Work>
-double secondsOf(Work work) {
-    const Clock::time_point start = Clock::now();
-    benchmark::DoNotOptimize(work());
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 void BM_Floor(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(readFloor());
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input().size));
@@ -167,16 +86,7 @@ BENCHMARK(BM_Floor)->Unit(benchmark::kMillisecond);
 
 template <std::size_t (*Work)()>
 void BM_Read(benchmark::State& state) {
-    double reader = 0.0;
-    double floor = 0.0;
-    for (auto _ : state) {
-        const double seconds = secondsOf(Work);
-        state.SetIterationTime(seconds);
-        reader += seconds;
-        floor += secondsOf(readFloor);  // in turns, so that both meet the same disturbances
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(input().size));
-    state.counters["floor"] = floor / reader;
+    halvex::bench::measureBesideFloor(state, input().size, Work, readFloor);
 }
 BENCHMARK(BM_Read<readEpochs>)->Unit(benchmark::kMillisecond)->UseManualTime();
 BENCHMARK(BM_Read<readStations>)->Unit(benchmark::kMillisecond)->UseManualTime();

@@ -105,4 +105,48 @@ template <class T>
     return parseDecimal(std::string_view(text, 14), value);
 }
 
+/// The navigation field D19.12 in the 19 characters at `text`: result as parseDecimal gives it. Numbers with twelve
+/// decimals and an exponent of two digits, as that format writes them ("-1.234567890123E-05", " -.123456789012D-04"),
+/// are read eight characters at a time, and are one exact product or quotient when the power of ten is exact;
+/// everything else goes the general way.
+[[nodiscard]] inline Field parseD19d12(const char* text, double& value) {
+    if constexpr (std::endian::native == std::endian::little) {
+        const auto isDigit = [](unsigned c) { return c - '0' <= 9U; };
+        const auto at = [text](int column) { return static_cast<unsigned>(static_cast<unsigned char>(text[column])); };
+        const unsigned sign = at(0);
+        const unsigned first = at(1);  // the digit before the point; a sign or a blank where it is left out
+        const bool leading = isDigit(first);
+        const bool negative = sign == '-' || (!leading && first == '-');
+        const bool frontGood = leading ? sign == ' ' || sign == '-' : sign == ' ' && (first == ' ' || first == '-');
+        const std::uint64_t digits = detail::load<std::uint64_t>(text + 3) ^ detail::kZeros;
+        const std::uint64_t rest = (detail::load<std::uint64_t>(text + 7) ^ detail::kZeros) >> 32U;
+        const unsigned letter = at(15) | 0x20U;
+        const unsigned direction = at(16);
+        const unsigned tens = at(17) - '0';
+        const unsigned ones = at(18) - '0';
+        if (frontGood && at(2) == '.' && detail::areDigits(digits) && detail::areDigits(rest) &&
+            (letter == 'e' || letter == 'd') && (direction == '+' || direction == '-') && tens <= 9 && ones <= 9) {
+            constexpr int kDecimals = 12;
+            constexpr int kExactPower = 22;  // the highest power of ten that is a double
+            static constexpr double kPowersOfTen[kExactPower + 1] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                                     1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                                     1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+            // The four digits behind the first eight lie in the upper half: as those of a number of eight.
+            const std::uint64_t mantissa = (leading ? first - '0' : 0U) * std::uint64_t{1000000000000} +
+                                           detail::valueOfDigits(digits) * 10000 + detail::valueOfDigits(rest << 32U);
+            const int exponent = static_cast<int>(tens * 10 + ones);
+            const int power = (direction == '-' ? -exponent : exponent) - kDecimals;
+            if (mantissa == 0 || (power <= kExactPower && power >= -kExactPower)) {
+                double magnitude = static_cast<double>(static_cast<std::int64_t>(mantissa));
+                if (mantissa != 0) {
+                    magnitude = power < 0 ? magnitude / kPowersOfTen[-power] : magnitude * kPowersOfTen[power];
+                }
+                value = negative ? -magnitude : magnitude;
+                return Field::number;
+            }
+        }
+    }
+    return parseDecimal(std::string_view(text, 19), value);
+}
+
 }  // namespace halvex

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "formats/io/Columns.h"
-#include "formats/io/FixedNumber.h"
 #include "formats/rinex/EpochLine.h"
+#include "formats/rinex/HeaderFields.h"
 #include "formats/rinex/ObservationCodes.h"
 #include "formats/rinex/SatelliteName.h"
 
@@ -13,25 +12,6 @@ namespace {
 
 constexpr int kMostTypes = 200;       // of one system; more is no header
 constexpr int kMostSatellites = 999;  // of one record
-
-std::string textAt(std::string_view line, std::size_t first, std::size_t width) {
-    return std::string(withoutBlanks(columns(line, first, width)));
-}
-
-HeaderParser::Fault notANumber(std::string_view line, std::size_t first, std::size_t width) {
-    return "columns " + std::to_string(first + 1) + " to " + std::to_string(first + width) + ": \"" +
-           std::string(columns(line, first, width)) + "\" is no number";
-}
-
-/// Reads a number into `value`, which keeps what it has where the columns are blank.
-HeaderParser::Fault readNumber(std::string_view line, std::size_t first, std::size_t width, double& value) {
-    if (parseDecimal(columns(line, first, width), value) != Field::bad) return std::nullopt;
-    return notANumber(line, first, width);
-}
-HeaderParser::Fault readNumber(std::string_view line, std::size_t first, std::size_t width, int& value) {
-    if (parseInteger(columns(line, first, width), value) != Field::bad) return std::nullopt;
-    return notANumber(line, first, width);
-}
 
 /// Three numbers of 14 columns each; unset when all are blank.
 HeaderParser::Fault readTriple(std::string_view line, std::optional<std::array<double, 3>>& triple) {
@@ -80,11 +60,6 @@ TimeSystem defaultTimeSystem(char fileSystem) {
         default:
             return TimeSystem::gps;
     }
-}
-
-bool isSupported(double version) {
-    return (version >= 2.0 && version < 2.125) || (version >= 3.0 && version < 3.055) ||
-           (version >= 4.0 && version < 4.095);
 }
 
 }  // namespace
@@ -141,7 +116,6 @@ const std::array<HeaderParser::Record, 42> HeaderParser::kRecords{{
 }};
 
 HeaderParser::Fault HeaderParser::take(std::string_view line) {
-    constexpr std::size_t kLabelColumn = 60;
     const std::string_view label = withoutBlanks(columns(line, kLabelColumn));
     if (m_place == Place::fileHeader && !m_hasVersion) {
         if (label.starts_with("CRINEX")) return "the file is Hatanaka-compressed; unpack it to RINEX first";
@@ -181,10 +155,7 @@ HeaderParser::Fault HeaderParser::passOver(std::string_view /*line*/) {
 
 HeaderParser::Fault HeaderParser::takeVersion(std::string_view line) {
     double version = 0.0;
-    if (parseDecimal(columns(line, 0, 9), version) != Field::number) return notANumber(line, 0, 9);
-    if (!isSupported(version)) {
-        return "version " + textAt(line, 0, 9) + " is not supported; 2.00 to 2.12, 3.00 to 3.05 and 4.0x are";
-    }
+    if (auto fault = readVersion(line, version)) return fault;
     const char type = columnAt(line, 20);
     if (type != 'O' && type != 'o') return "this is no observation file but \"" + textAt(line, 20, 20) + '"';
     const char system = columnAt(line, 40) == ' ' ? 'G' : columnAt(line, 40);

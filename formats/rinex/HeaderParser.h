@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/rinex/HeaderFields.h"
 #include "formats/rinex/ObservationHeader.h"
 
 namespace halvex::rinex {
@@ -17,8 +18,7 @@ class HeaderParser {
 public:
     enum class Place { fileHeader, event };
 
-    /// A fault in words; empty when all is well.
-    using Fault = std::optional<std::string>;
+    using Fault = HeaderFault;
 
     HeaderParser(ObservationHeader& header, Place place) : m_header(header), m_place(place) {}
 

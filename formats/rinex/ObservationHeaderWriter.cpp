@@ -2,37 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 
+#include "formats/rinex/HeaderText.h"
 #include "formats/rinex/SatelliteName.h"
 
 namespace halvex::rinex {
 namespace {
-
-/// Text cut or filled with blanks to `width` columns.
-std::string left(std::string text, std::size_t width) {
-    text.resize(width, ' ');
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, ' ');
-    return text;
-}
-
-std::string right(const std::string& text, std::size_t width) {
-    return text.size() <= width ? std::string(width - text.size(), ' ') + text : std::string(width, ' ');
-}
-
-std::string integer(long long value, std::size_t width) {
-    return right(std::to_string(value), width);
-}
-
-/// Decimal with a point, whatever the locale.
-std::string decimal(double value, std::size_t width, int places) {
-    std::array<char, 64> text{};
-    const auto [end, fault] =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, places);
-    return fault == std::errc() ? right(std::string(text.data(), end), width) : std::string(width, ' ');
-}
 
 std::string_view timeSystemName(TimeSystem system) {
     switch (system) {
@@ -56,34 +32,6 @@ char letterOf(int code) {
     const SatelliteSystem* const system = systemOfCode(code);
     return system != nullptr ? system->letter : ' ';
 }
-
-class HeaderText {
-public:
-    void record(const std::string& content, std::string_view label) {
-        m_text += left(content, 60);
-        m_text += label;
-        m_text += '\n';
-    }
-
-    /// A list, `perLine` entries to a line, the first behind `head` and the others behind as many blanks.
-    void list(const std::string& head, const std::vector<std::string>& entries, std::size_t perLine,
-              std::string_view label) {
-        std::string line = head;
-        for (std::size_t i = 0; i < entries.size(); ++i) {
-            if (i > 0 && i % perLine == 0) {
-                record(line, label);
-                line.assign(head.size(), ' ');
-            }
-            line += entries[i];
-        }
-        record(line, label);
-    }
-
-    [[nodiscard]] std::string take() { return std::move(m_text); }
-
-private:
-    std::string m_text;
-};
 
 std::string timeText(SMjdTime time, TimeSystem system) {
     constexpr double kLastPlace = 1e-4;  // [ms]; rounded before the second is taken out, so that it never prints as 60

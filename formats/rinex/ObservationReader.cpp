@@ -19,7 +19,6 @@ constexpr std::size_t kFieldsPerLine2 = 5;
 constexpr std::size_t kSatellitesPerLine2 = 12;
 constexpr std::size_t kSatelliteColumn2 = 32;
 constexpr std::size_t kSatelliteWidth = 3;
-constexpr std::uint64_t kLongestHeader = 20000;  // lines; a file that goes on like this is none
 
 /// A digit up to `highest`, or a blank, which is 0. Without branches: which of the two comes is hard to guess.
 bool readIndicator(char c, char highest, std::uint8_t& value) {

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <iterator>
@@ -14,8 +13,6 @@
 
 namespace halvex::rinex {
 namespace {
-
-constexpr std::size_t kWriteAt = 1U << 16;
 
 /// Appends `value` as F14.3; false, appending nothing, when it does not fit or is no number.
 bool appendF14(std::string& text, double value) {
@@ -114,45 +111,24 @@ void appendDigits(std::string& text, const CHalvexObservation& observation, unsi
 
 }  // namespace
 
-bool ObservationWriter::failed(const char* what) {
-    m_error = {m_name, 0, fmt::format("{}: {}", what, std::strerror(errno))};
-    return false;
-}
-
 bool ObservationWriter::open(const std::string& name, const ObservationHeader& header) {
-    m_name = name;
-    m_error = {};
     m_header = inGpsTime(header);
     m_header.version = 3.05;
-    m_text.clear();
-    m_file.reset(name == "-" ? stdout : std::fopen(name.c_str(), "wbe"));
-    if (m_file == nullptr) return failed("cannot be created");
-    m_text = headerText(m_header);
-    return flush(false);
-}
-
-bool ObservationWriter::flush(bool whole) {
-    if (!whole && m_text.size() < kWriteAt) return true;
-    if (m_file == nullptr) return failed("is not open");
-    const bool written = std::fwrite(m_text.data(), 1, m_text.size(), m_file.get()) == m_text.size();
-    m_text.clear();
-    return written || failed("cannot be written");
+    if (!m_file.create(name)) return false;
+    m_file.text() = headerText(m_header);
+    return m_file.flush();
 }
 
 bool ObservationWriter::close() {
-    if (m_file == nullptr) return true;
-    bool good =
-        m_error.message.empty() && flush(true) && (std::fflush(m_file.get()) == 0 || failed("cannot be written"));
-    std::FILE* file = m_file.release();
-    if (file != stdout && std::fclose(file) != 0 && good) good = failed("cannot be closed");
-    return good;
+    return m_file.close();
 }
 
 bool ObservationWriter::write(const CHalvexStationObservation& station, const Signals& signals) {
     const SMjdTime time(station.getGPSWeek(), static_cast<double>(station.getGPSFraction()) / 1000.0);
     const SMjdCalendar date = time.GetCalendar();
     const auto milliseconds = static_cast<int>(std::llround(date.second * 1000.0));
-    auto out = std::back_inserter(m_text);
+    std::string& text = m_file.text();
+    auto out = std::back_inserter(text);
     fmt::format_to(out, "> {:04} {:02} {:02} {:02} {:02} {:2}.{:03}0000  0{:3}", date.year, date.month, date.day,
                    date.hour, date.minute, milliseconds / 1000, milliseconds % 1000,
                    std::ranges::count_if(station.observations(), hasName, satelliteOf));
@@ -167,7 +143,7 @@ bool ObservationWriter::write(const CHalvexStationObservation& station, const Si
             ++m_unwritten;
         }
     }
-    m_text += '\n';
+    text += '\n';
     for (const CHalvexObservation& observation : station.observations()) {
         const CALN::SCalSatID id = satelliteOf(observation);
         if (hasName(id)) {
@@ -178,12 +154,13 @@ bool ObservationWriter::write(const CHalvexStationObservation& station, const Si
             }
         }
     }
-    return flush(false);
+    return m_file.flush();
 }
 
 void ObservationWriter::writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id,
                                        const SatelliteSignals& signals) {
-    m_text += satelliteName(id);
+    std::string& text = m_file.text();
+    text += satelliteName(id);
     std::array<SlotFields, kFrequencySlots> slots;
     std::uint64_t values = 0;
     for (unsigned slot = 0; slot < CHalvexObservation::kSlots; ++slot) {
@@ -191,19 +168,19 @@ void ObservationWriter::writeSatellite(const CHalvexObservation& observation, co
         values += countValid(slots[slot]);
     }
     std::uint64_t written = 0;
-    const std::size_t start = m_text.size();
+    const std::size_t start = text.size();
     for (const ObservationCode& code : m_header.codes[id.system]) {
         const unsigned slot = slotOfBand(id.system, code.band);
         const Field* field = slot < CHalvexObservation::kSlots ? fieldOf(slots[slot], code) : nullptr;
-        if (field == nullptr || !appendF14(m_text, field->value)) {
-            m_text.append(16, ' ');
+        if (field == nullptr || !appendF14(text, field->value)) {
+            text.append(16, ' ');
             continue;
         }
         ++written;
-        appendDigits(m_text, observation, slot, code.type);
+        appendDigits(text, observation, slot, code.type);
     }
-    while (m_text.size() > start && m_text.back() == ' ') m_text.pop_back();
-    m_text += '\n';
+    while (text.size() > start && text.back() == ' ') text.pop_back();
+    text += '\n';
     m_unwritten += values - written;
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "formats/io/FormatError.h"
+#include "formats/io/TextFile.h"
 #include "formats/rinex/ObservationHeader.h"
 #include "formats/rinex/SignalSlots.h"
 #include "halvex/observations/HalvexStationObservation.h"
@@ -28,26 +26,16 @@ public:
     /// Writes what is buffered and closes. False with error() when that fails or a write has failed before.
     [[nodiscard]] bool close();
 
-    [[nodiscard]] const FormatError& error() const { return m_error; }
+    [[nodiscard]] const FormatError& error() const { return m_file.error(); }
     /// Values that no column or no 14 characters could take, or whose satellite has no name in a file.
     [[nodiscard]] std::uint64_t unwritten() const { return m_unwritten; }
 
 private:
-    struct CloseFile {
-        void operator()(std::FILE* file) const {
-            if (file != stdout) std::fclose(file);
-        }
-    };
     void writeSatellite(const CHalvexObservation& observation, const CALN::SCalSatID& id,
                         const SatelliteSignals& signals);
-    bool flush(bool whole);
-    bool failed(const char* what);
 
-    std::unique_ptr<std::FILE, CloseFile> m_file;
-    std::string m_name;
+    TextFile m_file;
     ObservationHeader m_header;
-    std::string m_text;
-    FormatError m_error;
     std::uint64_t m_unwritten = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -57,6 +58,32 @@ TEST(FixedNumber, FastAndGeneralWayRefuseAlike) {
             ASSERT_EQ(parseF14d3(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
             ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
         }
+    }
+}
+
+/// The same for D19.12, whose fast way ends where numbers are no longer exact.
+TEST(FixedNumber, NavigationFieldsGoTheFastWayExactly) {
+    for (const std::string base : {"-1.234567890123E-05", "  .123456789012d+09", "                   "}) {
+        for (std::size_t place = 0; place < 19 * 256; ++place) {
+            std::string text = base;
+            text[place / 256] = static_cast<char>(place % 256);
+            double fast = 7.0;
+            double general = 7.0;
+            ASSERT_EQ(parseD19d12(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
+        }
+    }
+    std::mt19937_64 random(1980);
+    for (int i = 0; i < 100000; ++i) {
+        std::string text = std::to_string(1000000000000U + random() % 9000000000000U);
+        const std::string exponent = std::to_string(100 + random() % 100).substr(1);
+        text = (i % 2 == 0 ? " " : "-") + text.substr(0, 1) + "." + text.substr(1) + "D" + (i % 3 == 0 ? "+" : "-") +
+               exponent;
+        double fast = 0.0;
+        double general = 0.0;
+        ASSERT_EQ(parseD19d12(text.data(), fast), Field::number) << text;
+        ASSERT_EQ(parseDecimal(text, general), Field::number) << text;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << text;
     }
 }
 

@@ -17,7 +17,7 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_GLONASS : CALX_SAT_EPHEMERIS_BASE,
     double tauN = 0.0;                       ///< clock correction to system time [s]; RINEX prints its negative
     double deltaTauN = 0.0;                  ///< delay of G2 against G1 [s]
     double gammaN = 0.0;                     ///< relative deviation of the carrier frequency
-    unsigned int health = 0;                 ///< 0 healthy: the highest bit of Bn and ln
+    unsigned int health = 0;                 ///< 0 healthy; bit 0: the highest bit of Bn, bit 1: ln
     unsigned char tb = 0;                    ///< index of the reference time within the Moscow day, 15 min each
     signed char frequencyNumber = 0;         ///< channel, -7 to 6
     unsigned short dayNumber = 0;            ///< N_T: day within the four-year interval
@@ -30,6 +30,7 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_GLONASS : CALX_SAT_EPHEMERIS_BASE,
     unsigned int controlFlags = 0;           ///< P (bits 0, 1), P1 (2, 3), P2 (4), P3 (5), P4 (6)
     unsigned int unhealthyLine = 0;          ///< l_n
     unsigned int recordFlags = 0;            ///< of the host, carried
+    unsigned char almanacHealth = 0;         ///< bit 0: Cn, 1 healthy; bit 1: Cn is known (RINEX: A_C)
 
     [[nodiscard]] unsigned int GetSatId() const { return satId; }
     [[nodiscard]] SMjdTime GetReferenceTime() const { return {int{week}, referenceSeconds}; }
@@ -58,6 +59,7 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_GLONASS : CALX_SAT_EPHEMERIS_BASE,
         io(r.referenceSecondsOfDay);
         io(r.ageOfData);
         for (auto* word : {&r.fourYearInterval, &r.controlFlags, &r.unhealthyLine, &r.recordFlags}) io(*word);
+        io(r.almanacHealth);
     }
 };
 
