@@ -18,7 +18,7 @@ namespace halvex::rinex {
 [[nodiscard]] double utcSecondOfWeek(unsigned moscowSecond, const SMjdTime& near);
 
 /// The fields of a GLONASS record behind its epoch `utc`. `status`: with the line of versions 3.05 and 4.
-/// GLONASS ICD 5.1, 4.4; RINEX 4.01, table A23.
+/// GLONASS ICD 5.1, 4.4; RINEX 4.01, appendix A.
 template <class Io>
 void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& utc, bool status) {
     double minusTauN = -r.tauN;
