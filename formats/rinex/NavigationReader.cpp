@@ -246,8 +246,8 @@ std::optional<std::string> NavigationReader::readSatellite() {
         return std::nullopt;
     }
     const std::array<char, kSatelliteWidth> old{m_header.fileSystem, columnAt(m_line, 0), columnAt(m_line, 1)};
-    const auto fault = m_header.version < 3.0 ? parseSatellite({old.data(), old.size()}, ' ', m_satellite)
-                                              : parseSatellite(text, m_header.fileSystem, m_satellite);
+    auto fault = m_header.version < 3.0 ? parseSatellite({old.data(), old.size()}, ' ', m_satellite)
+                                        : parseSatellite(text, m_header.fileSystem, m_satellite);
     if (fault) return fault;
     m_layout = &layoutOfSatellite(m_satellite);
     m_kind = m_layout->kind;
