@@ -18,7 +18,7 @@ namespace halvex::rinex {
 [[nodiscard]] double utcSecondOfWeek(unsigned moscowSecond, const SMjdTime& near);
 
 /// The fields of a GLONASS record behind its epoch `utc`. `status`: with the line of versions 3.05 and 4.
-/// GLONASS ICD 5.1, 4.4; RINEX 4.01, table A23.
+/// GLONASS ICD 5.1, 4.4; RINEX 4.01, appendix A.
 template <class Io>
 void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& utc, bool status) {
     double minusTauN = -r.tauN;
@@ -29,7 +29,7 @@ void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& 
     io.transmissionTime(frame, utc.GetGpsSeconds());
     if constexpr (Io::kReads) r.frameTime = moscowSecond(frame);
     unsigned bn = r.health & 1U;
-    int channel = r.frequencyNumber;
+    int channel = +r.frequencyNumber;
     for (std::size_t axis = 0; axis < 3; ++axis) {
         io.kilometres(r.position[axis], "the position");
         io.kilometres(r.velocity[axis], "the velocity");
@@ -46,7 +46,7 @@ void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& 
     }
     // Status: P, P1, P2, P3, P4 in bits 0 to 6, M in bits 7 and 8. Health: Cn, A_C and ln from bit 0 on; published
     // files show which is ln: it goes with Bn.
-    unsigned flags = (r.controlFlags & 0x7FU) | unsigned{r.modification} << 7U;
+    unsigned flags = (r.controlFlags & 0x7FU) | (r.modification & 3U) << 7U;
     unsigned health = (r.almanacHealth & 3U) | (r.unhealthyLine & 1U) << 2U;
     if (status) {
         io.integer(flags, "the status flags");

@@ -48,7 +48,7 @@ struct NavigationHeaderParser::Record {
 
 HeaderFault NavigationHeaderParser::take(std::string_view line) {
     using Parser = NavigationHeaderParser;
-    // RINEX 2.11 and 2.12, tables A3, A10 and A15; 3.05, table A5; 4.01, table A8.
+    // RINEX 2.11 and 2.12, tables A3, A10 and A15; 3.05, table A5; 4.01, appendix A.
     static constexpr std::array<Record, 17> kRecords{{
         {"COMMENT", &Parser::takeComment},
         {"RINEX VERSION / TYPE", &Parser::takeVersion},

@@ -28,7 +28,7 @@ enum class MessageKind : std::uint8_t {
     bdgim,
 };
 
-/// One kind of record as version 4 announces it. RINEX 4.01, table 20 and tables A9 to A35.
+/// One kind of record as version 4 announces it. RINEX 4.01, appendix A.
 struct MessageLayout {
     std::string_view type;                                  ///< EPH, STO, EOP, ION
     CALN::eCALSATSYSTEM system = CALN::eCALSATSYSTEM_NONE;  ///< none: every system

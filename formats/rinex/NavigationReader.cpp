@@ -18,6 +18,7 @@ namespace halvex::rinex {
 namespace {
 
 constexpr std::size_t kSatelliteWidth = 3;
+constexpr std::size_t kMostSkippedKinds = 100;  // counted one by one; memory has its bounds
 
 std::string quoted(std::string_view text) {
     return '"' + std::string(text) + '"';
@@ -148,9 +149,13 @@ bool NavigationReader::nextLine() {
     return line.has_value();
 }
 
+/// A line with a satellite's number and a year where a record has them, whatever they are: a bad one is told.
 bool NavigationReader::mayBeginRecord() const {
     if (m_header.version >= 4.0) return m_line.starts_with('>');
-    return columnAt(m_line, 0) != ' ' || columnAt(m_line, 1) != ' ';
+    const bool old = m_header.version < 3.0;
+    int number = 0;
+    return parseInteger(columns(m_line, old ? 0 : 1, 2), number) == Field::number &&
+           parseInteger(columns(m_line, old ? 3 : 4, old ? 2 : 4), number) == Field::number;
 }
 
 /// Goes to the next line that is not blank; behind a bad record to the next that a record may begin with.
@@ -217,7 +222,9 @@ std::optional<std::string> NavigationReader::readAnnouncement() {
     const SatelliteSystem* const system = systemOfLetter(satellite.front());
     m_layout = system != nullptr ? layoutOf(type, system->code, message) : nullptr;
     if (m_layout == nullptr) {
-        ++m_skipped[std::string(type) + ' ' + satellite.front() + ' ' + m_message];
+        std::string kind = std::string(type) + ' ' + satellite.front() + ' ' + m_message;
+        if (m_skipped.size() >= kMostSkippedKinds && !m_skipped.contains(kind)) kind = "other";
+        ++m_skipped[kind];
         return std::nullopt;
     }
     m_kind = m_layout->kind;
@@ -239,8 +246,8 @@ std::optional<std::string> NavigationReader::readSatellite() {
         return std::nullopt;
     }
     const std::array<char, kSatelliteWidth> old{m_header.fileSystem, columnAt(m_line, 0), columnAt(m_line, 1)};
-    const auto fault = m_header.version < 3.0 ? parseSatellite({old.data(), old.size()}, ' ', m_satellite)
-                                              : parseSatellite(text, m_header.fileSystem, m_satellite);
+    auto fault = m_header.version < 3.0 ? parseSatellite({old.data(), old.size()}, ' ', m_satellite)
+                                        : parseSatellite(text, m_header.fileSystem, m_satellite);
     if (fault) return fault;
     m_layout = &layoutOfSatellite(m_satellite);
     m_kind = m_layout->kind;

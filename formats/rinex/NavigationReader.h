@@ -49,7 +49,8 @@ public:
     /// What that record holds, and the line it began with.
     [[nodiscard]] MessageKind kind() const { return m_kind; }
     [[nodiscard]] std::uint64_t line() const { return m_firstLine; }
-    /// Records passed over so far, by type, system letter and message, as "EPH R L1OC".
+    /// Records passed over so far, by type, system letter and message, as "EPH R L1OC"; beyond a hundred of
+    /// these as "other".
     [[nodiscard]] const std::map<std::string, std::uint64_t>& skipped() const { return m_skipped; }
 
 private:

@@ -57,7 +57,7 @@ struct NavigationHeader {
     std::uint32_t unknownRecords = 0;  ///< header lines with a label this reader does not know
 };
 
-/// Position of a geostationary SBAS satellite as its message 9 gives it. RINEX 4.01, table A25. Plain value.
+/// Position of a geostationary SBAS satellite as its message 9 gives it. RINEX 4.01, appendix A. Plain value.
 struct SbasOrbit {
     unsigned char number = 0;              ///< PRN - 100
     SMjdTime referenceTime;                ///< on the GPS scale
@@ -82,7 +82,7 @@ struct MessageSource {
     friend bool operator==(const MessageSource&, const MessageSource&) = default;
 };
 
-/// STO record: offset between two time systems, a0 + a1 dt + a2 dt^2 [s]. RINEX 4.01, table A31.
+/// STO record: offset between two time systems, a0 + a1 dt + a2 dt^2 [s]. RINEX 4.01, appendix A.
 struct SystemTimeOffset {
     MessageSource source;
     SMjdTime referenceTime;  ///< of the polynomial, in the time of the message's system, as printed
@@ -118,7 +118,7 @@ struct BdgimModel {
     friend bool operator==(const BdgimModel&, const BdgimModel&) = default;
 };
 
-/// ION record. RINEX 4.01, tables A33 to A35.
+/// ION record. RINEX 4.01, appendix A.
 struct IonosphereModel {
     MessageSource source;
     SMjdTime transmissionTime;  ///< in the time of the message's system, as printed
@@ -127,7 +127,7 @@ struct IonosphereModel {
     friend bool operator==(const IonosphereModel&, const IonosphereModel&) = default;
 };
 
-/// EOP record: value, first and second derivative of each parameter. RINEX 4.01, table A32.
+/// EOP record: value, first and second derivative of each parameter. RINEX 4.01, appendix A.
 struct EarthOrientation {
     MessageSource source;
     SMjdTime referenceTime;            ///< in the time of the message's system, as printed

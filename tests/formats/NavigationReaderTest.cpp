@@ -291,6 +291,7 @@ TEST(NavigationReader, FaultsAndWhereItGoesOn) {
         {with(good, 22, "1046"), "8: G07: columns 43 to 61: week 1046 does not fit the epoch, which is in week 22"},
         {with(good, 28, "2D6"), "10: G07: columns 5 to 23: the transmission time is out of range"},
         {"G33" + good.substr(3), "3: satellite G33: GPS has satellites 1 to 32"},
+        {"rubbish\n\nmore of it\n", "3: \"rub\" is no satellite"},
         {"X07" + good.substr(3), "3: satellite \"X07\" is of no known system"},
         {"G07 1980 02 30 00 00 12" + good.substr(23), "3: G07: the epoch \"1980 02 30 00 00 12\" is no date and time"},
         {"G07 1980 06 080 0 00 12" + good.substr(23), "3: G07: the epoch \"1980 06 080 0 00 12\" is no date and time"},
@@ -313,6 +314,9 @@ TEST(NavigationReader, FaultsAndWhereItGoesOn) {
         {"> ION G07 LNAV\n" + good, "4: \"G07\" stands where blanks belong"},
     };
     expectFaults(kHeader4, "> EPH G07 LNAV\n" + good, rows4);
+    const std::string header2 = navigationVersion("2.11", "N: GPS NAV DATA", " ") + endOfHeader();
+    const std::string good2 = numberedRecord(" 7 80  6  8  0  0 12.0", 8, 3);
+    EXPECT_EQ(story(header2 + with(good2, 16, "", 3) + good2), "! f:7: G07: columns 4 to 22: i0 is missing\nG07@11 ");
 }
 
 TEST(NavigationReader, UnknownRecordsOfVersion4AreCounted) {
