@@ -175,6 +175,7 @@ void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::Naviga
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r) const {
             self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb);
+            self.m_glonass[{{CALN::eCALSATSYSTEM_GLONASS, r.satId}, r.GetReferenceTime()}] = r;
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r) const {
             self.takeEphemeris<CHalvexEphemerisGAL>(reader, r, r.iodNav * 4U + r.navType);
@@ -194,6 +195,12 @@ void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::Naviga
         void operator()(const rinex::EarthOrientation&) const { self.passOver("Earth orientation (EOP)"); }
     } taker{*this, reader};
     std::visit(taker, record);
+}
+
+const CALN::CALX_SAT_EPHEMERIS_GLONASS* OrbitFiles::glonass(const CALN::SCalSatID& id,
+                                                            const SMjdTime& referenceTime) const {
+    const auto at = m_glonass.find({id, referenceTime});
+    return at != m_glonass.end() ? &at->second : nullptr;
 }
 
 std::string OrbitFiles::text() const {

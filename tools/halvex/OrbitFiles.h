@@ -30,6 +30,9 @@ public:
     /// Satellites with an orbit, by system and number.
     [[nodiscard]] const std::map<CALN::SCalSatID, std::uint64_t>& satellites() const { return m_satellites; }
     [[nodiscard]] std::uint64_t taken() const { return m_taken; }
+    /// The GLONASS ephemeris of a slot with that reference time; null when there is none.
+    [[nodiscard]] const CALN::CALX_SAT_EPHEMERIS_GLONASS* glonass(const CALN::SCalSatID& id,
+                                                                  const SMjdTime& referenceTime) const;
 
     /// What was read: records by kind, those that are read over, duplicates, faults. For people and for --json.
     [[nodiscard]] std::string text() const;
@@ -51,6 +54,7 @@ private:
     CHalvexElevAziCalculator m_calculator;
     std::map<Issue, ORBIT_COORD> m_issues;  // where each puts its satellite at its reference time
     std::map<CALN::SCalSatID, std::uint64_t> m_satellites;
+    std::map<std::pair<CALN::SCalSatID, SMjdTime>, CALN::CALX_SAT_EPHEMERIS_GLONASS> m_glonass;
     std::map<std::string, std::uint64_t> m_passedOver;
     std::uint64_t m_taken = 0;
     std::uint64_t m_duplicates = 0;
