@@ -39,7 +39,9 @@ public:
     bool GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,
                              double& elevation) const override;
     bool GetAzimuthElevation(const ORBIT_COORD& site, double& azimuth, double& elevation) const override;
-    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override { return 240.0; }
+    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override {
+        return CALN::getEphemerisTimeframeMinutes(CALN::eCALSATSYSTEM_GPS);
+    }
 
     /// Every tested member lies within its bounds; health is asked separately.
     [[nodiscard]] virtual bool IsDataValid();

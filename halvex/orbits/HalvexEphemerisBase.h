@@ -11,7 +11,8 @@ public:
     static int GetVersionID() { return 14; }
 
     [[nodiscard]] CALN::eCALEPHEMERISTYPE GetOrbitType() const override { return CALN::eCALEPHEMERISTYPE_EPHEMERIS; }
-    /// How far from its reference time a buffer prefers this ephemeris to none [min]. IsValid does not ask it.
+    /// Length of the time around its reference in which this ephemeris is the one to use [min], for buffers that
+    /// choose. IsValid does not ask it.
     [[nodiscard]] virtual double GetEphemerisValidatyTimeframeMinutes() const = 0;
     /// Which of a system's navigation messages it came by; 0 where there is no choice.
     [[nodiscard]] virtual unsigned int GetNavigationType() const;

@@ -27,7 +27,9 @@ public:
     bool GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,
                              double& elevation) const override;
     bool GetAzimuthElevation(const ORBIT_COORD& site, double& azimuth, double& elevation) const override;
-    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override { return 180.0; }
+    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override {
+        return CALN::getEphemerisTimeframeMinutes(CALN::eCALSATSYSTEM_GALILEO);
+    }
     /// 1 F/NAV, 2 I/NAV.
     [[nodiscard]] unsigned int GetNavigationType() const override {
         return CALX_SAT_EPHEMERIS_GALILEO::GetNavigationType();

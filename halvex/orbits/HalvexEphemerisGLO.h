@@ -40,7 +40,9 @@ public:
     bool GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,
                              double& elevation) const override;
     bool GetAzimuthElevation(const ORBIT_COORD& site, double& azimuth, double& elevation) const override;
-    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override { return 60.0; }
+    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override {
+        return CALN::getEphemerisTimeframeMinutes(CALN::eCALSATSYSTEM_GLONASS);
+    }
 
     /// WGS-84 position [m] at `t` (GPS), by Runge-Kutta steps of 500 s from the reference time. Always true.
     virtual bool CalcSatPosCartesianGlo(mjd::time t, ORBIT_COORD& position) const;

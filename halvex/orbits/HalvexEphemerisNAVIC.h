@@ -21,5 +21,7 @@ public:
     bool GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,
                              double& elevation) const override;
     bool GetAzimuthElevation(const ORBIT_COORD& site, double& azimuth, double& elevation) const override;
-    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override { return 120.0; }
+    [[nodiscard]] double GetEphemerisValidatyTimeframeMinutes() const override {
+        return CALN::getEphemerisTimeframeMinutes(CALN::eCALSATSYSTEM_NAVIC);
+    }
 };

@@ -130,10 +130,11 @@ void OrbitFiles::readAlmanac(const std::string& file) {
 }
 
 template <class Ephemeris, class Record>
-void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
+bool OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
     const auto bad = [&](const std::string& what) {
         fault(fmt::format("{}:{}: the ephemeris of {} {}", reader.lines().name(), reader.line(),
                           rinex::satelliteName(reader.satellite()), what));
+        return false;
     };
     Ephemeris ephemeris;
     if (!fill(ephemeris, record)) return bad("has a number that cannot be");
@@ -160,6 +161,7 @@ void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Reco
     ++m_satellites[ephemeris.GetSatID()];
     if (!m_first.IsSet() || reference < m_first) m_first = reference;
     if (reference > m_last) m_last = reference;
+    return true;
 }
 
 void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record) {
@@ -174,7 +176,7 @@ void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::Naviga
             }
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r) const {
-            self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb);
+            if (!self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb)) return;
             self.m_glonass[{{CALN::eCALSATSYSTEM_GLONASS, r.satId}, r.GetReferenceTime()}] = r;
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r) const {

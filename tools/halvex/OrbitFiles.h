@@ -45,8 +45,9 @@ private:
     void readNavigation(const std::string& file);
     void readAlmanac(const std::string& file);
     void take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record);
+    /// False: it was a fault.
     template <class Ephemeris, class Record>
-    void takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
+    bool takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
     void passOver(const std::string& what) { ++m_passedOver[what]; }
     void fault(const std::string& text);
 

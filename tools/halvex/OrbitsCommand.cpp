@@ -7,7 +7,7 @@
 
 #include "formats/rinex/SatelliteName.h"
 #include "formats/sp3/PreciseOrbits.h"
-#include "halvex/platform/caln/KeplerOrbit.h"
+#include "halvex/platform/caln/SatPosition.h"
 #include "tools/halvex/OrbitFiles.h"
 #include "tools/halvex/Tool.h"
 
@@ -18,9 +18,12 @@ struct Options {
     std::vector<std::string> files;
     std::string compare;
     std::string at;
+    double maxAge = 0.0;  // [min]; 0: half of the system's timeframe
     bool keepGoing = false;
     bool json = false;
 };
+
+constexpr double kEarthRate = 7.2921151467e-5;  // [rad/s], WGS-84
 
 ORBIT_COORD minus(const ORBIT_COORD& a, const ORBIT_COORD& b) {
     return {a.x - b.x, a.y - b.y, a.z - b.z};
@@ -95,20 +98,26 @@ std::string groupOf(const CALN::SCalSatID& id) {
 
 class Comparison {
 public:
-    Comparison(OrbitFiles& orbits, const sp3::PreciseOrbits& precise) {
+    Comparison(OrbitFiles& orbits, const sp3::PreciseOrbits& precise, double maxAge) {
         const auto& engine = orbits.calculator().GetEngine();
         for (const SMjdTime& t : precise.epochs()) {
             for (const sp3::Header::Satellite& satellite : precise.header().satellites) {
                 const auto truth = precise.position(satellite.id, t);
                 if (!truth) continue;
-                const auto broadcast = engine.GetSatPosition(satellite.id, t);
-                if (!broadcast || broadcast->type != CALN::eCALEPHEMERISTYPE_EPHEMERIS) {
+                auto broadcast = engine.GetSatPosition(satellite.id, t);
+                if (!broadcast || !isInTime(satellite.id, t, *broadcast, maxAge)) {
                     ++m_without;
                 } else if (!broadcast->healthy) {
                     ++m_unhealthy;
-                } else if (const auto parts = radialAlongCross(engine, satellite.id, t, broadcast->position, *truth)) {
-                    m_satellites[satellite.id].add(*parts, t);
-                    m_groups[groupOf(satellite.id)].add(*parts, t);
+                } else {
+                    const Axes axes = axesAt(engine, satellite.id, t, *broadcast);
+                    if (const auto* record = orbits.glonass(satellite.id, broadcast->referenceTime)) {
+                        m_groups["GLONASS, 500 s steps"].add(axes.partsOf(minus(broadcast->position, *truth)), t);
+                        broadcast->position = inShortSteps(*record, t);
+                    }
+                    const ORBIT_COORD parts = axes.partsOf(minus(broadcast->position, *truth));
+                    m_satellites[satellite.id].add(parts, t);
+                    m_groups[groupOf(satellite.id)].add(parts, t);
                 }
             }
         }
@@ -120,11 +129,13 @@ public:
         Table table(head, "<>>>>>>>><");
         for (const auto& [name, differences] : m_groups) table.add(differences.row(name));
         for (const auto& [id, differences] : m_satellites) table.add(differences.row(rinex::satelliteName(id)));
-        return table.text() + fmt::format(
-                                  "Broadcast minus precise [m]: RMS of the radial, along and cross parts and of the "
-                                  "distance.\n{} positions without an ephemeris in time, {} of unhealthy satellites "
-                                  "are left out.\n",
-                                  m_without, m_unhealthy);
+        return table.text() +
+               fmt::format(
+                   "Broadcast minus precise [m]: RMS of the radial, along and cross parts and of the "
+                   "distance. GLONASS in\nsteps of a minute, as its interface document has it, and in "
+                   "those of the library's classes.\n{} positions without an ephemeris in time and {} of "
+                   "unhealthy satellites are left out.\n",
+                   m_without, m_unhealthy);
     }
     [[nodiscard]] Json json() const {
         Json json;
@@ -138,21 +149,40 @@ public:
     }
 
 private:
-    /// Along the orbit is where the satellite moves to in a frame that does not turn with the Earth.
-    static std::optional<ORBIT_COORD> radialAlongCross(const CALN::ExtCalElevAziCalculator& engine,
-                                                       const CALN::SCalSatID& id, SMjdTime t,
-                                                       const ORBIT_COORD& broadcast, const ORBIT_COORD& truth) {
+    /// Directions at a satellite.
+    struct Axes {
+        ORBIT_COORD radial, along, cross;
+        [[nodiscard]] ORBIT_COORD partsOf(const ORBIT_COORD& d) const {
+            return {dot(d, radial), dot(d, along), dot(d, cross)};
+        }
+    };
+    using SatellitePosition = CALN::ExtCalElevAziCalculator::SatellitePosition;
+
+    /// From an ephemeris that is effectively no older than half of its timeframe or `maxAge` [min].
+    static bool isInTime(const CALN::SCalSatID& id, const SMjdTime& t, const SatellitePosition& broadcast,
+                         double maxAge) {
+        const double minutes =
+            CALN::getEffectiveAge(id.system, t.GetDifferenceInSeconds(broadcast.referenceTime)) / 60.0;
+        const double most = maxAge > 0.0 ? maxAge : CALN::getEphemerisTimeframeMinutes(id.system) / 2.0;
+        return broadcast.type == CALN::eCALEPHEMERISTYPE_EPHEMERIS && minutes <= most;
+    }
+    /// Along the orbit is where the satellite moves to in a frame that does not turn with the Earth. An ephemeris that
+    /// has just ended serves a second longer with its neighbour: for directions that is as good.
+    static Axes axesAt(const CALN::ExtCalElevAziCalculator& engine, const CALN::SCalSatID& id, SMjdTime t,
+                       const SatellitePosition& broadcast) {
         t.AddSeconds(1.0);
-        const auto later = engine.GetSatPosition(id, t);
-        if (!later) return std::nullopt;
-        const ORBIT_COORD velocity = minus(later->position, broadcast);
-        const ORBIT_COORD inertial{velocity.x - kepler::kGps.earthRate * broadcast.y,
-                                   velocity.y + kepler::kGps.earthRate * broadcast.x, velocity.z};
-        const ORBIT_COORD radial = unit(truth);
-        const ORBIT_COORD crossTrack = unit(cross(truth, inertial));
-        const ORBIT_COORD along = cross(crossTrack, radial);
-        const ORBIT_COORD difference = minus(broadcast, truth);
-        return ORBIT_COORD{dot(difference, radial), dot(difference, along), dot(difference, crossTrack)};
+        const ORBIT_COORD& here = broadcast.position;
+        const ORBIT_COORD velocity = minus(engine.GetSatPosition(id, t).value_or(broadcast).position, here);
+        const ORBIT_COORD inertial{velocity.x - kEarthRate * here.y, velocity.y + kEarthRate * here.x, velocity.z};
+        const ORBIT_COORD radial = unit(here);
+        const ORBIT_COORD crossTrack = unit(cross(here, inertial));
+        return {radial, cross(crossTrack, radial), crossTrack};
+    }
+    static ORBIT_COORD inShortSteps(const CALN::CALX_SAT_EPHEMERIS_GLONASS& record, const SMjdTime& t) {
+        constexpr double kMinute = 60.0;
+        double position[3] = {};
+        static_cast<void>(CALN::POS_SAT_CalcSatPosCartesianGlo(record, t.GetGpsSeconds(), position, kMinute));
+        return {position[0], position[1], position[2]};
     }
 
     std::map<CALN::SCalSatID, Differences> m_satellites;
@@ -165,7 +195,7 @@ void compare(const Options& options, OrbitFiles& orbits) {
     sp3::PreciseOrbits precise;
     if (!precise.read(options.compare)) throw Failure(precise.errors().front());
     if (!options.keepGoing && !precise.errors().empty()) throw Failure(precise.errors().front());
-    const Comparison comparison(orbits, precise);
+    const Comparison comparison(orbits, precise, options.maxAge);
     if (comparison.empty()) {
         const auto span = precise.span();
         throw Failure(fmt::format("{}: its span, {} to {}, has no satellite in common with the ephemerides",
@@ -221,6 +251,12 @@ void addOrbitsCommand(CLI::App& app) {
         command->add_option("--compare", options->compare, "SP3 file: differences for each satellite and system");
     command->add_option("--at", options->at, "time of the positions; without, that of the first ephemeris")
         ->excludes(compareOption);
+    command
+        ->add_option("--max-age", options->maxAge,
+                     "minutes from its reference time up to which an ephemeris is compared, ahead of it an eighth of "
+                     "that for Galileo and half for BeiDou; without: GPS 120, Galileo 90, BeiDou, QZSS and NavIC 60, "
+                     "GLONASS 30")
+        ->check(CLI::PositiveNumber);
     command->add_flag("--keep-going", options->keepGoing, "pass over what is wrong in the files, and say how much");
     command->add_flag("--json", options->json, "as JSON");
     command->callback([options] {

@@ -47,31 +47,26 @@ struct Orbit {
     Orbit(const SMjdTime& referenceTime, bool isHealthy, auto orbitMotion)
         : reference(referenceTime), seconds(secondsOf(referenceTime)), healthy(isHealthy), motion(orbitMotion) {}
 
-    SMjdTime reference;     // GPS scale
-    double seconds = 0.0;   // the same, see secondsOf
+    SMjdTime reference;    // GPS scale
+    double seconds = 0.0;  // the same, see secondsOf
     bool healthy = false;
     std::variant<KeplerOrbit, GlonassOrbit, glonass::AlmanacElements> motion;
 };
-
-/// Half the length of time around its reference in which a system's ephemeris is used [s].
-double timeframeOf(eCALSATSYSTEM system) {
-    switch (system) {
-        case eCALSATSYSTEM_GPS:
-            return 240.0 * 60.0;
-        case eCALSATSYSTEM_GALILEO:
-            return 180.0 * 60.0;
-        case eCALSATSYSTEM_GLONASS:
-            return 60.0 * 60.0;
-        default:
-            return 120.0 * 60.0;
-    }
-}
 
 bool isUsable(const KeplerOrbit& orbit) {
     const auto numbers = std::bit_cast<std::array<double, kepler::kElements>>(orbit.elements);
     return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); }) &&
            orbit.elements.a >= kepler::kSmallestSemiMajorAxis && orbit.elements.e >= 0.0 && orbit.elements.e < 1.0;
 }
+
+/// How far from its reference time each satellite's ephemeris is used [s].
+constexpr auto kTimeframes = [] {
+    std::array<double, kAllSatellites> seconds{};
+    for (std::size_t i = 0; i < seconds.size(); ++i) {
+        seconds[i] = getEphemerisTimeframeMinutes(halvex::satelliteAt(static_cast<int>(i)).system) * 60.0;
+    }
+    return seconds;
+}();
 
 /// Orbits of one kind of one satellite, by reference time.
 class History {
@@ -93,16 +88,17 @@ public:
         *(at - 1) = std::move(orbit);
         return true;
     }
-    /// The one nearest to the instant within `timeframe` seconds; of two equally near ones the later.
-    [[nodiscard]] const Orbit* nearest(double t, double timeframe) const {
+    /// The one of the least effective age within `timeframe` seconds; of two equally old ones the later.
+    [[nodiscard]] const Orbit* nearest(double t, double timeframe, eCALSATSYSTEM system) const {
         const auto after = std::partition_point(m_orbits.begin(), m_orbits.end(),
-                                                [t](const Orbit& orbit) { return orbit.seconds < t; });
+                                                [t](const Orbit& orbit) { return orbit.seconds <= t; });
         const Orbit* best = nullptr;
         if (after != m_orbits.end() && after->seconds - t <= timeframe) best = &*after;
         if (after != m_orbits.begin()) {
             const Orbit& before = *(after - 1);
             const double distance = t - before.seconds;
-            if (distance <= timeframe && (best == nullptr || distance < best->seconds - t)) best = &before;
+            if (distance <= timeframe && (best == nullptr || distance < getEffectiveAge(system, t - best->seconds)))
+                best = &before;
         }
         return best;
     }
@@ -147,15 +143,15 @@ struct ExtCalElevAziCalculator::State {
     std::uint64_t uses = 0;
 
     [[nodiscard]] const Orbit* choose(std::size_t satellite, double t, eCALEPHEMERISTYPE& type) const {
+        const eCALSATSYSTEM system = halvex::satelliteAt(static_cast<int>(satellite)).system;
         if (mode != kModeAlmanacs && !ephemerides[satellite].empty()) {
             type = eCALEPHEMERISTYPE_EPHEMERIS;
-            const double limit =
-                timeframe > 0.0 ? timeframe : timeframeOf(halvex::satelliteAt(static_cast<int>(satellite)).system);
-            if (const Orbit* orbit = ephemerides[satellite].nearest(t, limit)) return orbit;
+            const double limit = timeframe > 0.0 ? timeframe : kTimeframes[satellite];
+            if (const Orbit* orbit = ephemerides[satellite].nearest(t, limit, system)) return orbit;
         }
         if (mode == kModeEphemerides) return nullptr;
         type = eCALEPHEMERISTYPE_ALMANAC;
-        return almanacs[satellite].nearest(t, kAlmanacTimeframe);
+        return almanacs[satellite].nearest(t, kAlmanacTimeframe, eCALSATSYSTEM_NONE);
     }
 
     /// Seconds from an orbit's reference: of an ephemeris within half a week, of an almanac as they are.

@@ -28,13 +28,13 @@ public:
 /// Elevation-azimuth engine: keeps the orbits of all satellites of six systems and answers where they stand in the sky
 /// of a site. Instants are on the GPS scale, geometry is straight (no light time, no refraction).
 ///
-/// Which orbit serves an instant: of the ephemerides within their system's timeframe (GPS 240, Galileo 180, BeiDou,
-/// QZSS and NavIC 120, GLONASS 60 min from the reference time) the one with the nearest reference time, of two equally
-/// near ones the later; else the nearest almanac within two weeks. When that orbit says that the satellite is not
-/// healthy, the satellite has no position: an older orbit does not make it healthy. Of two orbits of a satellite with
-/// the same reference time the one that arrived later stays. What cannot be used - an unknown satellite, a record of
-/// Galileo, BeiDou, QZSS or NavIC with source 0, numbers that are not finite, a semi-major axis below 2.0e7 m or an
-/// eccentricity that is none - is refused.
+/// Which orbit serves an instant: of the ephemerides no further from it than their system's timeframe (GPS 240, Galileo
+/// 180, BeiDou, QZSS and NavIC 120, GLONASS 60 min) the one of the least effective age (see getEffectiveAge), of two
+/// equally old ones the one with the later reference time; else the almanac nearest in time within two weeks. When that
+/// orbit says that the satellite is not healthy, the satellite has no position: an older orbit does not make it healthy.
+/// Of two orbits of a satellite with the same reference time the one that arrived later stays. What cannot be used - an
+/// unknown satellite, a record of Galileo, BeiDou, QZSS or NavIC with source 0, numbers that are not finite, a
+/// semi-major axis below 2.0e7 m or an eccentricity that is none - is refused.
 ///
 /// Positions of an epoch are worked out once, for all satellites together, and kept: a further site costs geometry
 /// alone. Any thread feeds and asks at any time; queries of epochs that are kept run side by side. Queries allocate

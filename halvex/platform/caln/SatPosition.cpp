@@ -57,14 +57,15 @@ int POS_SAT_CalcSatPosCartesianBds(const CALX_SAT_EPHEMERIS_BEIDOU& record, doub
 }
 
 int POS_SAT_CalcSatPosCartesianGlo(const CALX_SAT_EPHEMERIS_GLONASS& record, double gpsSecondsOfWeek,
-                                   double position[3]) {
+                                   double position[3], double step) {
     namespace glonass = halvex::glonass;
     const double seconds = kepler::withinHalfWeek(gpsSecondsOfWeek - record.referenceSeconds);
-    if (!(std::abs(seconds) <= kepler::kWeek)) return kPositionNoOrbit;
+    if (!(std::abs(seconds) <= kepler::kWeek && step >= 1.0)) return kPositionNoOrbit;
     const glonass::Acceleration<double> pull{record.acceleration[0], record.acceleration[1], record.acceleration[2]};
-    const auto state = glonass::propagate({record.position[0], record.position[1], record.position[2],
-                                           record.velocity[0], record.velocity[1], record.velocity[2]},
-                                          seconds, [&pull](const auto& s) { return glonass::derivative(s, pull); });
+    const auto state = glonass::propagate(
+        {record.position[0], record.position[1], record.position[2], record.velocity[0], record.velocity[1],
+         record.velocity[2]},
+        seconds, [&pull](const auto& s) { return glonass::derivative(s, pull); }, step);
     ORBIT_COORD wgs84{state.x, state.y, state.z};
     halvex::transformPZ90ToWGS84(wgs84);
     return hand({wgs84.x, wgs84.y, wgs84.z}, position);

@@ -49,19 +49,25 @@ struct SatelliteSystem {
     std::string_view name;
     char letter;              ///< of RINEX file and satellite names
     unsigned char maxNumber;  ///< satellites are numbered 1 to this
+    /// How long an ephemeris is the one to use: half of it on either side of its reference time [min]; 0 without any.
+    double ephemerisMinutes;
+    /// How much faster an ephemeris gets worse before its reference time than behind it. Galileo and BeiDou make theirs
+    /// for the hours that follow: against precise orbits Galileo's are off by twice as much three quarters of an hour
+    /// ahead, BeiDou's an hour and a half, and neither two hours behind.
+    double costAhead;
 
     [[nodiscard]] constexpr std::uint8_t typeBit() const { return static_cast<std::uint8_t>(1U << (code - 1U)); }
 };
 
 /// The seven systems in the order of their codes. Numbers: RINEX 4.01, 3.5 (SBAS PRN - 100, QZSS PRN - 192).
 inline constexpr std::array<SatelliteSystem, 7> kSatelliteSystems{{
-    {CALN::eCALSATSYSTEM_GPS, "GPS", 'G', 32},
-    {CALN::eCALSATSYSTEM_GLONASS, "GLONASS", 'R', 24},
-    {CALN::eCALSATSYSTEM_GALILEO, "Galileo", 'E', 36},
-    {CALN::eCALSATSYSTEM_SBAS, "SBAS", 'S', 39},
-    {CALN::eCALSATSYSTEM_BEIDOU, "BeiDou", 'C', 63},
-    {CALN::eCALSATSYSTEM_QZSS, "QZSS", 'J', 10},
-    {CALN::eCALSATSYSTEM_NAVIC, "NavIC", 'I', 14},
+    {CALN::eCALSATSYSTEM_GPS, "GPS", 'G', 32, 240.0, 1.0},
+    {CALN::eCALSATSYSTEM_GLONASS, "GLONASS", 'R', 24, 60.0, 1.0},
+    {CALN::eCALSATSYSTEM_GALILEO, "Galileo", 'E', 36, 180.0, 8.0},
+    {CALN::eCALSATSYSTEM_SBAS, "SBAS", 'S', 39, 0.0, 1.0},
+    {CALN::eCALSATSYSTEM_BEIDOU, "BeiDou", 'C', 63, 120.0, 2.0},
+    {CALN::eCALSATSYSTEM_QZSS, "QZSS", 'J', 10, 120.0, 1.0},
+    {CALN::eCALSATSYSTEM_NAVIC, "NavIC", 'I', 14, 120.0, 1.0},
 }};
 
 /// The system with that code, type bit or letter; null when there is none.
@@ -118,6 +124,18 @@ namespace CALN {
 [[nodiscard]] constexpr unsigned char getMaxSatNumber(eCALSATSYSTEM system) {
     const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
     return entry != nullptr ? entry->maxNumber : static_cast<unsigned char>(0);
+}
+
+/// Length of the time around its reference in which a system's ephemeris is the one to use [min].
+[[nodiscard]] constexpr double getEphemerisTimeframeMinutes(eCALSATSYSTEM system) {
+    const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
+    return entry != nullptr ? entry->ephemerisMinutes : 0.0;
+}
+
+/// How old an ephemeris is to be taken for at an instant `seconds` behind (before: negative) its reference time [s].
+[[nodiscard]] constexpr double getEffectiveAge(eCALSATSYSTEM system, double seconds) {
+    const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
+    return seconds >= 0.0 ? seconds : -seconds * (entry != nullptr ? entry->costAhead : 1.0);
 }
 
 }  // namespace CALN
