@@ -3,6 +3,8 @@
 // result is looked at only to see that it is the library's.
 
 #include <halvex/HalvexRTKBasics.h>
+#include <boost/make_shared.hpp>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -114,6 +116,33 @@ public:
     [[nodiscard]] bool TryLockWrite() override { return true; }
     bool LockWrite() override { return true; }
     void UnlockWrite() override {}
+};
+
+class Assertions final : public IAssertHandler {
+public:
+    void failed(std::string_view, std::string_view) override { ++count; }
+    int count = 0;
+};
+
+class Consumer final : public CALN::ExtCalOrbitConsumer {
+public:
+    void OnNewOrbit(const CALN::SCalSatID&, CALN::eCALEPHEMERISTYPE, const SMjdTime&) override { ++count; }
+    int count = 0;
+};
+
+class Listener final : public IEphemerisListener, public IAlmanacListener {
+public:
+    bool ProcessNewEphemeris(const CHalvexEphemerisNAVIC&) override { return true; }
+    bool ProcessNewEphemeris(const CHalvexEphemerisQZSS&) override { return true; }
+    bool ProcessNewEphemeris(const CHalvexEphemerisBDS&) override { return true; }
+    bool ProcessNewEphemeris(const CHalvexEphemerisGAL&) override { return true; }
+    bool ProcessNewEphemeris(const CHalvexEphemerisGLO&) override { return true; }
+    bool ProcessNewEphemeris(const CHalvexEphemeris&) override { return true; }
+    bool ProcessNewAlmanac(const CHalvexAlmanacQzss&) override { return true; }
+    bool ProcessNewAlmanac(const CHalvexAlmanacBds&) override { return true; }
+    bool ProcessNewAlmanac(const CHalvexAlmanacGal&) override { return true; }
+    bool ProcessNewAlmanac(const CHalvexAlmanacGlonass&) override { return true; }
+    bool ProcessNewAlmanac(const CHalvexAlmanac&) override { return true; }
 };
 
 void operatingSystem(const std::string& folder) {
@@ -325,6 +354,147 @@ void observations() {
     lockCounts.Clear();
 }
 
+/// Elements of a circular orbit that any of the systems could have.
+template <class Record>
+Record keplerRecord(unsigned char satId) {
+    Record record;
+    record.satId = satId;
+    record.source = CALN::eCALORBITSOURCE_RECEIVER;
+    record.week = 2111;
+    record.toe = 388800.0;
+    record.sqrtA = 5400.0;
+    return record;
+}
+
+template <class Thing>
+void saveAndLoad(const Thing& thing) {
+    std::vector<unsigned char> bytes(thing.getSize());
+    thing.saveData(bytes.data(), bytes.size());
+    Thing again;
+    check(again.loadData(bytes.data(), bytes.size()) && again == thing, __LINE__);
+}
+
+void orbits() {
+    const SMjdTime now(2111, 388830.0);
+    const CGeoCoord place(0.9, 0.1, 50.0);
+    CALN::SCalCoordinateSet site;
+    check(convertCoords(place, site) && place.GetHeight() == site.geographic.height, __LINE__);
+    ORBIT_GEOGRAPHIC geographic;
+    CHalvexAlmanac::CartesianToGeographic(site.cartesian, geographic);
+    check(std::abs(geographic.latitude - place.GetLatitude()) < 1e-9, __LINE__);
+    double elevation = 0.0, azimuth = 0.0;
+    CHalvexAlmanac::GetElevationAndAzimuth(site.cartesian, {2e7, 0.0, 2e7}, elevation, azimuth);
+    check(halvex::LocalFrame(site.cartesian).directionTo({2e7, 0.0, 2e7}).azimuth == azimuth, __LINE__);
+    ORBIT_COORD moved = site.cartesian;
+    const ScopedPZ90ToWGS84 frame(CGlobalGeodeticSettings::defaults());
+    CHalvexAlmanacGlonass::TransformPZ90ToWGS84(moved);
+    check(std::abs(moved.x - site.cartesian.x) < 1.0, __LINE__);
+
+    auto gps = keplerRecord<CALN::CALX_SAT_EPHEMERIS>(5);
+    const auto galileo = keplerRecord<CALN::CALX_SAT_EPHEMERIS_GALILEO>(5 + 56);
+    const auto beidou = keplerRecord<CALN::CALX_SAT_EPHEMERIS_BEIDOU>(20);
+    const auto qzss = keplerRecord<CALN::CALX_SAT_EPHEMERIS_QZSS>(193);
+    const auto navic = keplerRecord<CALN::CALX_SAT_EPHEMERIS_NAVIC>(5);
+    CALN::CALX_SAT_EPHEMERIS_GLONASS glonass;
+    glonass.satId = 5;
+    glonass.week = 2111;
+    glonass.referenceSeconds = 388800.0;
+    glonass.position = {25.5e6, 0.0, 0.0};
+    glonass.velocity = {0.0, 0.0, 3950.0};
+    double position[3] = {};
+    check(CALN::POS_SAT_CalcSatPosCartesian(gps, 388800.0, position) == CALN::kPositionDone, __LINE__);
+    check(CALN::POS_SAT_CalcSatPosCartesianGal(galileo, 388800.0, position) == 0, __LINE__);
+    check(CALN::POS_SAT_CalcSatPosCartesianBds(beidou, 388814.0, position) == 0, __LINE__);
+    check(CALN::POS_SAT_CalcSatPosCartesianNavic(navic, 388800.0, position) == 0, __LINE__);
+    check(CALN::POS_SAT_CalcSatPosCartesianGlo(glonass, 388800.0, position) == 0, __LINE__);
+
+    CHalvexEphemeris ephemeris;
+    CHalvexEphemerisGLO ephemerisGlo;
+    check(convertGPSEphemeris(gps, ephemeris) && convertGPSEphemeris(ephemeris, gps), __LINE__);
+    check(convertGLOEphemeris(glonass, ephemerisGlo) && convertGLOEphemeris(ephemerisGlo, glonass), __LINE__);
+    check(GenerateNavIdentValues(ephemerisGlo), __LINE__);
+    const CHalvexEphemerisGAL ephemerisGal(galileo);
+    const CHalvexEphemerisBDS ephemerisBds(beidou);
+    const CHalvexEphemerisQZSS ephemerisQzss(qzss);
+    const CHalvexEphemerisNAVIC ephemerisNavic(navic);
+    const IHalvexEphemerisBase* all[] = {&ephemeris,    &ephemerisGlo,  &ephemerisGal,
+                                         &ephemerisBds, &ephemerisQzss, &ephemerisNavic};
+    double minutes = 0.0;
+    for (const IHalvexEphemerisBase* each : all) {
+        MDB::CPrnIdZ9 id;
+        check(each->GetPrnID(id) && each->GetOrbitType() == CALN::eCALEPHEMERISTYPE_EPHEMERIS, __LINE__);
+        minutes += each->GetEphemerisValidatyTimeframeMinutes();
+    }
+    check(minutes == 840.0, __LINE__);
+    saveAndLoad(ephemeris);
+    saveAndLoad(ephemerisGlo);
+    saveAndLoad(ephemerisGal);
+    saveAndLoad(ephemerisBds);
+    saveAndLoad(ephemerisQzss);
+    saveAndLoad(ephemerisNavic);
+    Assertions assertions;
+    {
+        const ScopedAssertHandler installed(assertions);
+        use(ephemerisGal.GetRefTime(CHalvexEphemerisGAL::eREFTIMETYPE_ORBIT));
+        SYS_Assert("false", "every_name");
+    }
+    check(assertions.count == 2, __LINE__);
+
+    CALN::CALX_SAT_ALMANAC gpsAlmanac;
+    CALN::CALX_SAT_ALMANAC_GLONASS glonassAlmanac;
+    CHalvexAlmanac almanac;
+    CHalvexAlmanacGlonass almanacGlonass;
+    check(convertGPSAlmanac(gpsAlmanac, almanac) && convertGPSAlmanac(almanac, gpsAlmanac), __LINE__);
+    check(convertGLOAlmanac(glonassAlmanac, almanacGlonass) && convertGLOAlmanac(almanacGlonass, glonassAlmanac),
+          __LINE__);
+    saveAndLoad(almanac);
+    saveAndLoad(almanacGlonass);
+    saveAndLoad(CHalvexAlmanacGal(CALN::CALX_SAT_ALMANAC_GALILEO()));
+    saveAndLoad(CHalvexAlmanacBds(CALN::CALX_SAT_ALMANAC_BEIDOU()));
+    saveAndLoad(CHalvexAlmanacQzss(CALN::CALX_SAT_ALMANAC_QZSS()));
+    saveAndLoad(CHalvexAlmanacNavic(CALN::CALX_SAT_ALMANAC_NAVIC()));
+
+    CHalvexIonoUtc ionoUtc;
+    CALN::CALX_IONO_UTC ionoUtcRecord;
+    CHalvexTimeInfoGlonass timeInfo;
+    CALN::CALX_CLOCK_GLONASS clock;
+    check(convertIonoUTC(ionoUtc, ionoUtcRecord) && convertIonoUTC(ionoUtcRecord, ionoUtc), __LINE__);
+    check(convertGLOClkInfo(timeInfo, clock) && convertGLOClkInfo(clock, timeInfo), __LINE__);
+    saveAndLoad(ionoUtc);
+    saveAndLoad(timeInfo);
+
+    Consumer consumer;
+    CHalvexElevAziCalculator calculator(0, 0, 0, &consumer);
+    Listener listener;
+    for (IEphemerisListener* each :
+         {static_cast<IEphemerisListener*>(&calculator), static_cast<IEphemerisListener*>(&listener)}) {
+        check(each->ProcessNewEphemeris(ephemeris) && each->ProcessNewEphemeris(ephemerisBds), __LINE__);
+    }
+    check(calculator.ProcessNewAlmanac(CHalvexAlmanacNavic()) && consumer.count == 2, __LINE__);
+    CALN::SCalElevationAzimuth table;
+    check(calculator.GetElevAziData(place, now, table, false), __LINE__);
+    check(table.getEleAzi({CALN::eCALSATSYSTEM_GPS, 5}, elevation, azimuth), __LINE__);
+    CALN::SCalSatEpochDataOrbit direction;
+    check(calculator.GetSatElevAziData(MDB::CPrnIdZ9(CALN::eCALSATSYSTEM_GPS, 5), place, now, direction), __LINE__);
+    check(std::abs(direction.elevation - elevation) < 1e-9, __LINE__);
+    CSiteRawDataHistoryItem counts;
+    check(calculator.GetVisibilityCount(place, now, -1.6, counts) && counts.visibleGps == 1, __LINE__);
+    check(calculator.GetEngine().GetSatPosition({CALN::eCALSATSYSTEM_GPS, 5}, now).has_value(), __LINE__);
+    CALN::ExtCalElevAziCalculator engine(1, 1, 0, nullptr);
+    engine.SetMode(CALN::ExtCalElevAziCalculator::kModeEphemerides);
+    check(engine.ProcessGPSEphemeris(boost::make_shared<BSS::TSK::MsgObjectT<CALN::CALX_SAT_EPHEMERIS>>(gps)),
+          __LINE__);
+    check(CSatelliteSystem::GetMaxSatelliteNumber(CALN::eCALSATSYSTEM_GPS) == 32, __LINE__);
+    check(CALN::getMaxSatNumber(CALN::eCALSATSYSTEM_GALILEO) == 36, __LINE__);
+
+    std::uint32_t coded = 0;
+    unsigned char bytes[3] = {};
+    PIO::RTCM3::CBitCollector collector(bytes);
+    check(PIO::RTCM3::ConvertIntToIntS(-1, 8, coded) && collector.Add(coded, 8) && bytes[0] == 0x81, __LINE__);
+    check(PIO::RTCM3::ComputeCRC24(bytes) != 0 && PIO::RTCM3::generateGLONASSIOD(0x95) == 0x15, __LINE__);
+    check(os::currentThreadId() != 0, __LINE__);
+}
+
 void files(const std::string& folder) {
     const std::string base = folder + "/set";
     CIndexedWrite index;
@@ -363,6 +533,7 @@ int main() {
     leapSeconds();
     time();
     observations();
+    orbits();
     files(folder);
     std::filesystem::remove_all(folder);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

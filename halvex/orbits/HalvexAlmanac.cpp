@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "halvex/orbits/OrbitValidity.h"
 #include "halvex/platform/caln/KeplerOrbit.h"
 #include "halvex/platform/kernix/ByteCodec.h"
+#include "halvex/time/SatelliteTime.h"
 
 CHalvexAlmanac::~CHalvexAlmanac() = default;
 
@@ -41,7 +41,7 @@ SMjdTime CHalvexAlmanac::GetRefTime() const {
 }
 
 bool CHalvexAlmanac::IsValid(const mjd::time& t) const {
-    return std::abs(halvex::secondsFromReference(t, GetRefTime(), CSatelliteTime())) < AlmanacValidityGPS;
+    return isNear(t, GetRefTime(), false);
 }
 
 bool CHalvexAlmanac::GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,

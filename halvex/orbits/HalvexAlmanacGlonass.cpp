@@ -3,10 +3,10 @@
 #include <cmath>
 
 #include "halvex/orbits/HalvexAlmanac.h"
-#include "halvex/orbits/OrbitValidity.h"
 #include "halvex/platform/caln/GlonassAlmanac.h"
 #include "halvex/platform/caln/SatPosition.h"
 #include "halvex/platform/kernix/ByteCodec.h"
+#include "halvex/time/SatelliteTime.h"
 
 CHalvexAlmanacGlonass::~CHalvexAlmanacGlonass() = default;
 
@@ -41,7 +41,7 @@ void CHalvexAlmanacGlonass::saveData(unsigned char* buffer, std::size_t length) 
 
 bool CHalvexAlmanacGlonass::IsValid(const mjd::time& t) const {
     if (m_data.slot < 1 || m_data.slot > 24) return false;
-    return std::abs(halvex::secondsFromReference(t, GetRefTime(), CSatelliteTime())) < AlmanacValidityGLO;
+    return isNear(t, GetRefTime(), false);
 }
 
 bool CHalvexAlmanacGlonass::GetSatelliteCoordinates(const mjd::time& t, ORBIT_COORD& position) const {

@@ -4,10 +4,10 @@
 
 #include "halvex/orbits/HalvexAlmanac.h"
 #include "halvex/orbits/OldVersion.h"
-#include "halvex/orbits/OrbitValidity.h"
 #include "halvex/platform/caln/KeplerOrbit.h"
 #include "halvex/platform/os/Thread.h"
 #include "halvex/time/GPSTime.h"
+#include "halvex/time/SatelliteTime.h"
 
 namespace {
 
@@ -68,7 +68,7 @@ void CHalvexEphemeris::saveData(unsigned char* buffer, std::size_t length) const
 
 bool CHalvexEphemeris::IsValid(const mjd::time& t) const {
     const CGPSTime reference(int{m_data.week}, static_cast<double>(m_data.toe));
-    return std::abs(halvex::secondsFromReference(t, reference, CSatelliteTime())) < halvex::kOrbitValiditySeconds;
+    return isNear(t, reference, false);
 }
 
 bool CHalvexEphemeris::GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,

@@ -7,12 +7,12 @@
 #include "halvex/orbits/HalvexAlmanac.h"
 #include "halvex/orbits/HalvexAlmanacGlonass.h"
 #include "halvex/orbits/OldVersion.h"
-#include "halvex/orbits/OrbitValidity.h"
 #include "halvex/platform/caln/GlonassMotion.h"
 #include "halvex/platform/caln/KeplerOrbit.h"
 #include "halvex/platform/os/Thread.h"
 #include "halvex/platform/pio/Rtcm3.h"
 #include "halvex/time/GPSTime.h"
+#include "halvex/time/SatelliteTime.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ void CHalvexEphemerisGLO::saveData(unsigned char* buffer, std::size_t length) co
 }
 
 bool CHalvexEphemerisGLO::IsValid(const mjd::time& t) const {
-    return std::abs(halvex::secondsFromReference(t, GetRefTime(), CSatelliteTime())) < halvex::kOrbitValiditySeconds;
+    return isNear(t, GetRefTime(), false);
 }
 
 bool CHalvexEphemerisGLO::GetAzimuthElevation(const mjd::time& t, const ORBIT_COORD& site, double& azimuth,

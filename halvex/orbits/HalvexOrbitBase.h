@@ -47,6 +47,10 @@ public:
     virtual void GetAdditionalInfo(std::string& info) const;
 
 protected:
+    /// Whether less than two weeks lie between `t`, or now when it is unset, and a reference time. Now is that of a
+    /// default CSatelliteTime or, `nowOnGpsScale`, of one on the GPS scale.
+    [[nodiscard]] static bool isNear(const mjd::time& t, const SMjdTime& reference, bool nowOnGpsScale);
+
     IHalvexOrbitBase() = default;
     IHalvexOrbitBase(const IHalvexOrbitBase&) = default;
     IHalvexOrbitBase& operator=(const IHalvexOrbitBase&) = default;

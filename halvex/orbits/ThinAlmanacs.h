@@ -18,7 +18,7 @@ public:
 
     [[nodiscard]] CALN::SCalSatID GetSatID() const override { return Record::GetCalSatID(); }
     [[nodiscard]] bool IsHealthy() const override { return Record::isHealthy(); }
-    [[nodiscard]] bool IsValid(const mjd::time& t) const override;
+    [[nodiscard]] bool IsValid(const mjd::time& t) const override { return isNear(t, GetRefTime(), false); }
     [[nodiscard]] SMjdTime GetRefTime() const override { return Record::GetReferenceTime(); }
     bool GetAzimuthElevation(const mjd::time&, const ORBIT_COORD&, double&, double&) const override { return false; }
     bool GetAzimuthElevation(const ORBIT_COORD&, double&, double&) const override { return false; }

@@ -1,5 +1,4 @@
 #include <array>
-#include <cmath>
 #include <numbers>
 
 #include "halvex/orbits/HalvexAlmanac.h"
@@ -7,21 +6,10 @@
 #include "halvex/orbits/HalvexEphemerisGAL.h"
 #include "halvex/orbits/HalvexEphemerisNAVIC.h"
 #include "halvex/orbits/HalvexEphemerisQZSS.h"
-#include "halvex/orbits/OrbitValidity.h"
 #include "halvex/platform/caln/SatPosition.h"
 #include "halvex/platform/kernix/Assert.h"
 #include "halvex/time/GPSTime.h"
-
-template <class Ephemeris, class Record>
-bool HalvexThinEphemeris<Ephemeris, Record>::isNear(const mjd::time& t) const {
-    return std::abs(halvex::secondsFromReference(t, GetRefTime(), CSatelliteTime(true))) <
-           halvex::kOrbitValiditySeconds;
-}
-
-template class HalvexThinEphemeris<CHalvexEphemerisGAL, CALN::CALX_SAT_EPHEMERIS_GALILEO>;
-template class HalvexThinEphemeris<CHalvexEphemerisBDS, CALN::CALX_SAT_EPHEMERIS_BEIDOU>;
-template class HalvexThinEphemeris<CHalvexEphemerisQZSS, CALN::CALX_SAT_EPHEMERIS_QZSS>;
-template class HalvexThinEphemeris<CHalvexEphemerisNAVIC, CALN::CALX_SAT_EPHEMERIS_NAVIC>;
+#include "halvex/time/SatelliteTime.h"
 
 CHalvexEphemerisGAL::~CHalvexEphemerisGAL() = default;
 CHalvexEphemerisBDS::~CHalvexEphemerisBDS() = default;

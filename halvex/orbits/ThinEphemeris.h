@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cmath>
-
 #include "halvex/orbits/HalvexEphemerisBase.h"
 
 /// What the ephemerides of Galileo, BeiDou, QZSS and NavIC share: each is the computation library's record of its
@@ -20,7 +18,9 @@ public:
     [[nodiscard]] bool IsSimulated() const override { return (Record::source & CALN::kSimulatedSource) != 0; }
     [[nodiscard]] bool IsHealthy() const override { return Record::isHealthy(); }
     /// IsDataValid() and less than two weeks from the reference time; the unset instant means now.
-    [[nodiscard]] bool IsValid(const mjd::time& t) const override { return IsDataValid() && isNear(t); }
+    [[nodiscard]] bool IsValid(const mjd::time& t) const override {
+        return IsDataValid() && isNear(t, GetRefTime(), true);
+    }
 
     void SetSimulated(bool on) {
         Record::source = static_cast<unsigned char>(on ? Record::source | CALN::kSimulatedSource
@@ -35,7 +35,4 @@ public:
         return static_cast<const Record&>(*this) == static_cast<const Record&>(other);
     }
     friend bool operator==(const Ephemeris& left, const Ephemeris& right) { return left.EquivalentAll(right); }
-
-private:
-    [[nodiscard]] bool isNear(const mjd::time& t) const;
 };
