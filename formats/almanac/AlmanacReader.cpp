@@ -14,12 +14,14 @@ namespace {
 
 constexpr int kWeeksOfRollOver = 1024;
 
-/// The full week whose second `toa` is nearest to the reference; never below 0.
+/// The latest full week whose second `toa` lies no further ahead of the reference than almanacs are made for; never
+/// below 0.
 int fullWeek(int week, double toa, const SMjdTime& reference) {
     if (week >= kWeeksOfRollOver) return week;
     constexpr double kSecondsOfRollOver = kWeeksOfRollOver * 604800.0;
-    const double behind = reference.GetDifferenceInSeconds(SMjdTime(week, toa));
-    return week + kWeeksOfRollOver * static_cast<int>(std::max(0.0, std::round(behind / kSecondsOfRollOver)));
+    constexpr double kFurthestAhead = 28.0 * 86400.0;
+    const double behind = reference.GetDifferenceInSeconds(SMjdTime(week, toa)) + kFurthestAhead;
+    return week + kWeeksOfRollOver * static_cast<int>(std::max(0.0, std::floor(behind / kSecondsOfRollOver)));
 }
 
 }  // namespace

@@ -18,9 +18,9 @@ namespace halvex::almanac {
 /// Streaming reader of a GPS almanac file, one record at a time. Records come with complete angles in radians and the
 /// source eCALORBITSOURCE_FILE.
 ///
-/// The files print the week modulo 1024: of the weeks that may be meant the one is taken whose toa is nearest to the
-/// reference, which the caller gives (half a roll-over, 9.8 years, to either side) and which for old files is not the
-/// present. Weeks from 1024 on are taken as they are. One thread at a time.
+/// The files print the week modulo 1024: of the weeks that may be meant the latest is taken that is at most four weeks
+/// ahead of the reference, which the caller gives and which for a file of the past is not the present. Weeks from 1024
+/// on are taken as they are. One thread at a time.
 class AlmanacReader {
 public:
     enum class Result : std::uint8_t {

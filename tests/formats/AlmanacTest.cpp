@@ -67,11 +67,11 @@ TEST(Almanac, ElementsAndAngles) {
             0.10395050048828e-3, 0.36379788070917e-11});
 }
 
-TEST(Almanac, WeeksAreUnrolledToTheNearestOne) {
+TEST(Almanac, WeeksAreThoseLatestThatAreNotAhead) {
     const std::tuple<SMjdTime, const char*, int> rows[] = {
-        {{1843 + 512, 319487.0}, "819", 1843},
-        {{1843 + 512, 319489.0}, "819", 2867},
-        {{1843 - 512, 319487.0}, "819", 819},
+        {{1843 - 4, 319488.0}, "819", 1843},
+        {{1843 - 4, 319487.0}, "819", 819},
+        {{1843 + 1000, 0.0}, "819", 1843},
         {{0, 0.0}, "819", 819},
         {{0, 0.0}, "1843", 1843},
     };

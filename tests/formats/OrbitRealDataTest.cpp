@@ -82,7 +82,7 @@ TEST_F(OrbitRealData, Almanacs) {
     };
     for (const auto& [name, count, toa] : rows) {
         FormatError error;
-        const auto reader = almanac::openAlmanac(m_data / name, error, {1600, 0.0});
+        const auto reader = almanac::openAlmanac(m_data / name, error, toa);
         ASSERT_TRUE(reader) << error.text();
         CALN::CALX_SAT_ALMANAC almanac;
         std::size_t records = 0;

@@ -51,6 +51,12 @@ int positionOf(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, double seconds, double
     return CALN::POS_SAT_CalcSatPosCartesianGlo(r, seconds, position);
 }
 
+/// Satellites that receivers know and the library's classes have no number for, such as R26 and I10.
+bool hasPlace(const CALN::SCalSatID& id) {
+    return satelliteIndex(id) >= 0 &&
+           (id.system != CALN::eCALSATSYSTEM_NAVIC || id.number <= CHalvexEphemerisNAVIC::kLargestSatId);
+}
+
 /// A file of navigation records begins with a header line of RINEX; almanacs have none.
 bool isRinex(const std::string& file) {
     LineReader lines;
@@ -61,9 +67,10 @@ bool isRinex(const std::string& file) {
 
 }  // namespace
 
-OrbitFiles::OrbitFiles(bool keepGoing)
+OrbitFiles::OrbitFiles(bool keepGoing, const SMjdTime& when)
     : m_keepGoing(keepGoing),
       m_calculator(kOrbitsPerSatellite, 0, 0, nullptr),
+      m_almanacReference(when.IsSet() ? when : CSatelliteTime(true)),
       m_latestPlausible(CSatelliteTime(true)) {
     m_latestPlausible.AddDays(1.0);
 }
@@ -109,7 +116,7 @@ void OrbitFiles::readNavigation(const std::string& file) {
 
 void OrbitFiles::readAlmanac(const std::string& file) {
     FormatError error;
-    const auto reader = almanac::openAlmanac(file, error);
+    const auto reader = almanac::openAlmanac(file, error, m_almanacReference);
     if (!reader) throw Failure(file + ": this is no RINEX navigation file and no YUMA or SEM almanac");
     CALN::CALX_SAT_ALMANAC record;
     using Result = almanac::AlmanacReader::Result;
@@ -126,6 +133,7 @@ void OrbitFiles::readAlmanac(const std::string& file) {
         }
         ++m_taken;
         ++m_satellites[almanac.GetSatID()];
+        m_almanacs.add(almanac.GetRefTime());
     }
 }
 
@@ -136,6 +144,10 @@ bool OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Reco
                           rinex::satelliteName(reader.satellite()), what));
         return false;
     };
+    if (!hasPlace(reader.satellite())) {
+        passOver(rinex::satelliteName(reader.satellite()));
+        return false;
+    }
     Ephemeris ephemeris;
     if (!fill(ephemeris, record)) return bad("has a number that cannot be");
     if (!ephemeris.IsDataValid()) return bad("is not plausible");
@@ -159,8 +171,7 @@ bool OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Reco
     m_calculator.ProcessNewEphemeris(ephemeris);
     ++m_taken;
     ++m_satellites[ephemeris.GetSatID()];
-    if (!m_first.IsSet() || reference < m_first) m_first = reference;
-    if (reference > m_last) m_last = reference;
+    m_ephemerides.add(reference);
     return true;
 }
 
@@ -207,7 +218,7 @@ const CALN::CALX_SAT_EPHEMERIS_GLONASS* OrbitFiles::glonass(const CALN::SCalSatI
 
 std::string OrbitFiles::text() const {
     std::string text = fmt::format("{} orbits of {} satellites", m_taken, m_satellites.size());
-    if (m_first.IsSet()) text += fmt::format(", {} to {}", formatTime(m_first), formatTime(m_last));
+    if (first().IsSet()) text += fmt::format(", {} to {}", formatTime(first()), formatTime(last()));
     if (m_duplicates != 0) text += fmt::format(", {} repeated", m_duplicates);
     text += "\n";
     std::string separator = "read over: ";
@@ -221,9 +232,9 @@ std::string OrbitFiles::text() const {
 Json OrbitFiles::json() const {
     Json json = {
         {"orbits", m_taken}, {"satellites", m_satellites.size()}, {"repeated", m_duplicates}, {"faults", m_faults}};
-    if (m_first.IsSet()) {
-        json["from"] = formatTime(m_first);
-        json["to"] = formatTime(m_last);
+    if (first().IsSet()) {
+        json["from"] = formatTime(first());
+        json["to"] = formatTime(last());
     }
     json["readOver"] = m_passedOver;
     if (m_faults != 0) json["firstFault"] = m_firstFault;

@@ -19,14 +19,15 @@ namespace halvex::tool {
 /// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too.
 class OrbitFiles {
 public:
-    explicit OrbitFiles(bool keepGoing);
+    /// The weeks of almanacs are completed to the latest that are not ahead of `when`; unset: now.
+    explicit OrbitFiles(bool keepGoing, const SMjdTime& when = {});
 
     void read(const std::vector<std::string>& files);
 
     [[nodiscard]] CHalvexElevAziCalculator& calculator() { return m_calculator; }
-    /// First and last reference time of the ephemerides that were taken; unset without any.
-    [[nodiscard]] const SMjdTime& first() const { return m_first; }
-    [[nodiscard]] const SMjdTime& last() const { return m_last; }
+    /// First and last reference time of what was taken: of the ephemerides or, without any, of the almanacs.
+    [[nodiscard]] const SMjdTime& first() const { return span().first; }
+    [[nodiscard]] const SMjdTime& last() const { return span().last; }
     /// Satellites with an orbit, by system and number.
     [[nodiscard]] const std::map<CALN::SCalSatID, std::uint64_t>& satellites() const { return m_satellites; }
     [[nodiscard]] std::uint64_t taken() const { return m_taken; }
@@ -42,10 +43,19 @@ private:
     /// What tells one upload from another.
     using Issue = std::tuple<CALN::SCalSatID, rinex::MessageKind, std::int64_t, unsigned>;
 
+    struct Span {
+        void add(const SMjdTime& time) {
+            if (!first.IsSet() || time < first) first = time;
+            if (time > last) last = time;
+        }
+        SMjdTime first, last;
+    };
+    [[nodiscard]] const Span& span() const { return m_ephemerides.first.IsSet() ? m_ephemerides : m_almanacs; }
+
     void readNavigation(const std::string& file);
     void readAlmanac(const std::string& file);
     void take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record);
-    /// False: it was a fault.
+    /// False: it was not taken.
     template <class Ephemeris, class Record>
     bool takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
     void passOver(const std::string& what) { ++m_passedOver[what]; }
@@ -61,7 +71,8 @@ private:
     std::uint64_t m_duplicates = 0;
     std::uint64_t m_faults = 0;
     std::string m_firstFault;
-    SMjdTime m_first, m_last, m_latestPlausible;
+    Span m_ephemerides, m_almanacs;
+    SMjdTime m_almanacReference, m_latestPlausible;
 };
 
 }  // namespace halvex::tool

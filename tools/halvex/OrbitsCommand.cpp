@@ -260,7 +260,7 @@ void addOrbitsCommand(CLI::App& app) {
     command->add_flag("--keep-going", options->keepGoing, "pass over what is wrong in the files, and say how much");
     command->add_flag("--json", options->json, "as JSON");
     command->callback([options] {
-        OrbitFiles orbits(options->keepGoing);
+        OrbitFiles orbits(options->keepGoing, options->at.empty() ? SMjdTime() : parseTime(options->at));
         orbits.read(options->files);
         if (options->compare.empty()) {
             positions(*options, orbits);
