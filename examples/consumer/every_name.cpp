@@ -261,6 +261,12 @@ void computationLibrary() {
     check(halvex::systemOfCode(1) == halvex::systemOfLetter('G') && halvex::systemOfTypeBit(2)->letter == 'R',
           __LINE__);
 
+    CALN::CCalFrequencyMgr& frequencies = CALN::CCalFrequencyMgr::getInstance();
+    CALN::setGlonassChannel({CALN::eCALSATSYSTEM_GLONASS, 5}, 1);
+    double wavelength = 0.0;
+    check(frequencies.getWavelength({CALN::eCALSATSYSTEM_GLONASS, 5}, CALN::eCALFREQUENCY_G1, wavelength), __LINE__);
+    check(!frequencies.getWavelength({CALN::eCALSATSYSTEM_GLONASS, 6}, CALN::eCALFREQUENCY_G1, wavelength), __LINE__);
+
     BSS::TIM::UtcLeapSecond leap;
     BSS::TIM::GpsC::setGpsLeapSecondsData(18, 18, 0, 0, BSS::TIM::GpsC::kKindAutomatic);
     check(BSS::TIM::GpsC::getUtcLeapSecond(leap) == 0 && leap.leapSeconds == 18, __LINE__);

@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "halvex/platform/caln/FrequencyMgr.h"
 #include "halvex/platform/caln/GeodeticSettings.h"
 #include "halvex/platform/caln/GlonassAlmanac.h"
 #include "halvex/platform/caln/OrbitBatch.h"
@@ -318,8 +319,10 @@ bool ExtCalElevAziCalculator::ProcessGLOEphemeris(const Message<CALX_SAT_EPHEMER
     const double distance = std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
     const double sum = v[0] + v[1] + v[2] + a[0] + a[1] + a[2] + message->referenceSeconds;
     if (!std::isfinite(distance) || !std::isfinite(sum) || distance < kepler::kSmallestSemiMajorAxis) return false;
+    const SCalSatID id = idOf(eCALSATSYSTEM_GLONASS, message->satId);
+    setGlonassChannel(id, message->frequencyNumber);
     return m_state->take(
-        idOf(eCALSATSYSTEM_GLONASS, message->satId), eCALEPHEMERISTYPE_EPHEMERIS,
+        id, eCALEPHEMERISTYPE_EPHEMERIS,
         {message->GetReferenceTime(), message->isHealthy(),
          GlonassOrbit{{p[0], p[1], p[2], v[0], v[1], v[2]}, {a[0], a[1], a[2]}, message->referenceSeconds}});
 }

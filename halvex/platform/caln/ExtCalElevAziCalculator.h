@@ -31,10 +31,10 @@ public:
 /// Which orbit serves an instant: of the ephemerides no further from it than their system's timeframe (GPS 240, Galileo
 /// 180, BeiDou, QZSS and NavIC 120, GLONASS 60 min) the one of the least effective age (see getEffectiveAge), of two
 /// equally old ones the one with the later reference time; else the almanac nearest in time within two weeks. When that
-/// orbit says that the satellite is not healthy, the satellite has no position: an older orbit does not make it healthy.
-/// Of two orbits of a satellite with the same reference time the one that arrived later stays. What cannot be used - an
-/// unknown satellite, a record of Galileo, BeiDou, QZSS or NavIC with source 0, numbers that are not finite, a
-/// semi-major axis below 2.0e7 m or an eccentricity that is none - is refused.
+/// orbit says that the satellite is not healthy, the satellite has no position: an older orbit does not make it
+/// healthy. Of two orbits of a satellite with the same reference time the one that arrived later stays. What cannot be
+/// used - an unknown satellite, a record of Galileo, BeiDou, QZSS or NavIC with source 0, numbers that are not finite,
+/// a semi-major axis below 2.0e7 m or an eccentricity that is none - is refused.
 ///
 /// Positions of an epoch are worked out once, for all satellites together, and kept: a further site costs geometry
 /// alone. Any thread feeds and asks at any time; queries of epochs that are kept run side by side. Queries allocate
@@ -67,7 +67,8 @@ public:
 
     template <class Record>
     using Message = boost::shared_ptr<const BSS::TSK::MsgObjectT<Record>>;
-    /// Take an orbit over. False: it was refused, or is older than all that are kept.
+    /// Take an orbit over. False: it was refused, or is older than all that are kept. GLONASS ephemerides tell the
+    /// process's frequency manager their channel.
     bool ProcessGPSEphemeris(const Message<CALX_SAT_EPHEMERIS>& message);
     bool ProcessGLOEphemeris(const Message<CALX_SAT_EPHEMERIS_GLONASS>& message);
     bool ProcessGALEphemeris(const Message<CALX_SAT_EPHEMERIS_GALILEO>& message);
