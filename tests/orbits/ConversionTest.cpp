@@ -1,0 +1,146 @@
+#include <functional>
+#include <limits>
+
+#include "tests/orbits/Convert.h"
+#include "tests/support/OrbitSamples.h"
+
+namespace {
+
+using namespace halvex::test;
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+/// A record goes into the library's class and comes back with every field.
+template <class Object, class Record>
+void expectRoundTrips(const std::function<void(Record&)>& intoRange) {
+    RandomFields random;
+    for (int i = 0; i < 100; ++i) {
+        auto record = randomRecord<Record>(random);
+        intoRange(record);
+        ASSERT_EQ(as<Record>(as<Object>(record)), record) << "case " << i;
+    }
+}
+
+TEST(OrbitConversion, EveryFieldComesBack) {
+    RandomFields random(7);
+    expectRoundTrips<CHalvexEphemeris, CALN::CALX_SAT_EPHEMERIS>([&](auto& r) {
+        auto lnav = CALN::CALX_SAT_EPHEMERIS();  // what the class holds
+        lnav.satId = r.satId, lnav.source = r.source & 0x83, lnav.week = r.week, lnav.health = r.health;
+        lnav.ura = r.ura, lnav.codeOnL2 = r.codeOnL2, lnav.uraIndex = r.uraIndex, lnav.l2pDataFlag = r.l2pDataFlag;
+        lnav.aodo = r.aodo, lnav.fitIntervalFlag = r.fitIntervalFlag, lnav.iodc = r.iodc;
+        lnav.toe = std::floor(random.number(0, 4294967295.0)), lnav.toc = std::floor(random.number(0, 604800));
+        lnav.m0 = r.m0, lnav.deltaN = r.deltaN, lnav.e = r.e, lnav.sqrtA = r.sqrtA, lnav.omega0 = r.omega0;
+        lnav.i0 = r.i0, lnav.omega = r.omega, lnav.omegaDot = r.omegaDot, lnav.idot = r.idot;
+        lnav.delayTerm1 = r.delayTerm1, lnav.delayTerm2 = r.delayTerm2;
+        for (double* value : {&lnav.tgd, &lnav.cuc, &lnav.cus, &lnav.crc, &lnav.crs, &lnav.cic, &lnav.cis, &lnav.af0,
+                              &lnav.af1, &lnav.af2}) {
+            *value = static_cast<float>(random.number(-1.0, 1.0));
+        }
+        r = lnav;
+    });
+    expectRoundTrips<CHalvexEphemerisGLO, CALN::CALX_SAT_EPHEMERIS_GLONASS>([&](auto& r) {
+        r.source &= 0x83;
+        r.tb &= 0x7F;
+        r.referenceSeconds = std::floor(random.number(0, 604800e3)) / 1000.0;
+        for (double& x : r.position) x = random.number(-3e7, 3e7);
+        for (double& v : r.velocity) v = random.number(-7e3, 7e3);
+        for (double& a : r.acceleration) a = random.number(-1e-5, 1e-5);
+        r.tauN = random.number(-1e-3, 1e-3);
+        r.gammaN = random.number(-9e-10, 9e-10);
+    });
+    expectRoundTrips<CHalvexAlmanac, CALN::CALX_SAT_ALMANAC>(
+        [&](auto& r) { r.toa = 4096.0 * std::floor(random.number(0, 65535.5)); });
+    expectRoundTrips<CHalvexAlmanacGlonass, CALN::CALX_SAT_ALMANAC_GLONASS>([](auto&) {});
+    expectRoundTrips<CHalvexTimeInfoGlonass, CALN::CALX_CLOCK_GLONASS>([](auto&) {});
+    expectRoundTrips<CHalvexIonoUtc, CALN::CALX_IONO_UTC>(
+        [](auto& r) { r.source = static_cast<unsigned char>(r.source % 5 == 4 ? 0x80 : r.source % 5); });
+}
+
+/// The conversion fails and leaves its target alone.
+template <class From, class To>
+void expectRefused(const From& from, const To& target, const char* what) {
+    To to = target;
+    EXPECT_FALSE(convert(from, to)) << what;
+    EXPECT_TRUE(saved(to) == saved(target)) << what;
+}
+
+TEST(OrbitConversion, WhatTheClassesCannotHoldIsRefused) {
+    const auto gps = circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, 388800);
+    using Gps = CALN::CALX_SAT_EPHEMERIS;
+    const std::pair<const char*, void (*)(Gps&)> gpsRows[] = {
+        {"CNAV", [](Gps& r) { r.messageType = CALN::eCALGPSMESSAGE_CNAV; }},
+        {"rate of the axis", [](Gps& r) { r.aDot = 1e-3; }},
+        {"rate of the correction", [](Gps& r) { r.deltaNDot = 1e-15; }},
+        {"NaN", [](Gps& r) { r.idot = kNan; }},
+        {"infinite delay", [](Gps& r) { r.delayTerm2 = HUGE_VAL; }},
+        {"NaN into a float", [](Gps& r) { r.cis = kNan; }},
+        {"too large for a float", [](Gps& r) { r.tgd = 1e39; }},
+        {"half a second", [](Gps& r) { r.toe += 0.5; }},
+        {"before the week", [](Gps& r) { r.toc = -16.0; }},
+        {"beyond 32 bits", [](Gps& r) { r.toe = 4294967296.0; }},
+        {"NaN toe", [](Gps& r) { r.toe = kNan; }},
+    };
+    for (const auto& [what, spoil] : gpsRows) {
+        Gps record = gps;
+        spoil(record);
+        expectRefused(record, CHalvexEphemeris(), what);
+    }
+    const auto glonass = glonassOrbit(7, 388800);
+    using Glonass = CALN::CALX_SAT_EPHEMERIS_GLONASS;
+    const std::pair<const char*, void (*)(Glonass&)> glonassRows[] = {
+        {"NaN", [](Glonass& r) { r.velocity[1] = kNan; }},
+        {"NaN clock", [](Glonass& r) { r.deltaTauN = kNan; }},
+        {"before the week", [](Glonass& r) { r.referenceSeconds = -1.0; }},
+        {"beyond 32 bits of milliseconds", [](Glonass& r) { r.referenceSeconds = 4294967.296; }},
+        {"tb too wide for the identity", [](Glonass& r) { r.tb = 128; }},
+        {"position too wide for the identity", [](Glonass& r) { r.position[2] = 32768e3; }},
+    };
+    for (const auto& [what, spoil] : glonassRows) {
+        Glonass record = glonass;
+        spoil(record);
+        expectRefused(record, CHalvexEphemerisGLO(), what);
+    }
+    CALN::CALX_SAT_ALMANAC almanac;
+    for (const double toa : {4095.0, -4096.0, 65536.0 * 4096.0, kNan}) {
+        almanac.toa = toa;
+        expectRefused(almanac, CHalvexAlmanac(), "toa");
+    }
+    CALN::CALX_SAT_ALMANAC_GLONASS glonassAlmanac;
+    glonassAlmanac.tauC = kNan;
+    expectRefused(glonassAlmanac, CHalvexAlmanacGlonass(), "NaN");
+    CALN::CALX_IONO_UTC iono;
+    iono.beta[3] = kNan;
+    expectRefused(iono, CHalvexIonoUtc(), "NaN");
+    CALN::CALX_CLOCK_GLONASS clock;
+    clock.b2 = HUGE_VAL;
+    expectRefused(clock, CHalvexTimeInfoGlonass(), "infinite");
+
+    // The other way, from saved forms that hold anything.
+    expectRefused(patched(CHalvexEphemeris(), 12, kNan), gps, "NaN");
+    expectRefused(patched(CHalvexEphemeris(), 128, 'f', kNan), gps, "NaN float");
+    const auto ephemeris = as<CHalvexEphemerisGLO>(glonass);
+    expectRefused(patched(ephemeris, 83, kNan), glonass, "NaN");
+    expectRefused(patched(ephemeris, 131, 0.5), glonass, "half a day");
+    expectRefused(patched(ephemeris, 31, 256U), glonass, "tb beyond its byte");
+    expectRefused(patched(CHalvexAlmanac(), 77, 65536U), almanac, "week beyond 16 bits");
+    expectRefused(patched(CHalvexAlmanacGlonass(), 80, kNan), glonassAlmanac, "NaN");
+    expectRefused(patched(CHalvexIonoUtc(), 2, 128U), iono, "source of no meaning");
+}
+
+TEST(OrbitConversion, SourcesAreMapped) {
+    auto record = circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, 0);
+    auto glonass = glonassOrbit(7, 0);
+    const std::pair<int, int> rows[] = {{0, 0}, {1, 1}, {3, 3}, {4, 0}, {127, 0}, {0x80, 0x80}, {0x82, 0x82}};
+    for (const auto& [from, to] : rows) {
+        record.source = glonass.source = static_cast<unsigned char>(from);
+        EXPECT_EQ(saved(as<CHalvexEphemeris>(record))[7], to) << from;
+        EXPECT_EQ(saved(as<CHalvexEphemerisGLO>(glonass))[6], to) << from;
+    }
+    // GLONASS looks at two bits of the source, GPS at seven.
+    EXPECT_EQ(patched(CHalvexEphemeris(), 7, 'B', 0x83).GetSource(), 3);
+    EXPECT_EQ(patched(CHalvexEphemeris(), 7, 'B', 0x07).GetSource(), 7);
+    EXPECT_EQ(patched(CHalvexEphemerisGLO(), 6, 'B', 0x83).GetEphemerisSource(), 3);
+    EXPECT_EQ(patched(CHalvexEphemerisGLO(), 6, 'B', 0x07).GetEphemerisSource(), 3);
+}
+
+}  // namespace
