@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "halvex/orbits/HalvexAlmanac.h"
 #include "halvex/orbits/HalvexAlmanacGlonass.h"
 #include "halvex/orbits/HalvexEphemeris.h"
@@ -15,42 +13,15 @@
 
 namespace halvex::test {
 
-// The conversions under one name.
-inline bool convert(const CALN::CALX_SAT_EPHEMERIS& r, CHalvexEphemeris& o) {
-    return convertGPSEphemeris(r, o);
-}
-inline bool convert(const CHalvexEphemeris& o, CALN::CALX_SAT_EPHEMERIS& r) {
-    return convertGPSEphemeris(o, r);
-}
-inline bool convert(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, CHalvexEphemerisGLO& o) {
-    return convertGLOEphemeris(r, o);
-}
-inline bool convert(const CHalvexEphemerisGLO& o, CALN::CALX_SAT_EPHEMERIS_GLONASS& r) {
-    return convertGLOEphemeris(o, r);
-}
-inline bool convert(const CALN::CALX_SAT_ALMANAC& r, CHalvexAlmanac& o) {
-    return convertGPSAlmanac(r, o);
-}
-inline bool convert(const CHalvexAlmanac& o, CALN::CALX_SAT_ALMANAC& r) {
-    return convertGPSAlmanac(o, r);
-}
-inline bool convert(const CALN::CALX_SAT_ALMANAC_GLONASS& r, CHalvexAlmanacGlonass& o) {
-    return convertGLOAlmanac(r, o);
-}
-inline bool convert(const CHalvexAlmanacGlonass& o, CALN::CALX_SAT_ALMANAC_GLONASS& r) {
-    return convertGLOAlmanac(o, r);
-}
-inline bool convert(const CALN::CALX_IONO_UTC& r, CHalvexIonoUtc& o) {
-    return convertIonoUTC(r, o);
-}
-inline bool convert(const CHalvexIonoUtc& o, CALN::CALX_IONO_UTC& r) {
-    return convertIonoUTC(o, r);
-}
-inline bool convert(const CALN::CALX_CLOCK_GLONASS& r, CHalvexTimeInfoGlonass& o) {
-    return convertGLOClkInfo(r, o);
-}
-inline bool convert(const CHalvexTimeInfoGlonass& o, CALN::CALX_CLOCK_GLONASS& r) {
-    return convertGLOClkInfo(o, r);
+/// The conversions under one name.
+template <class From, class To>
+bool convert(const From& from, To& to) {
+    if constexpr (requires { convertGPSEphemeris(from, to); }) return convertGPSEphemeris(from, to);
+    if constexpr (requires { convertGLOEphemeris(from, to); }) return convertGLOEphemeris(from, to);
+    if constexpr (requires { convertGPSAlmanac(from, to); }) return convertGPSAlmanac(from, to);
+    if constexpr (requires { convertGLOAlmanac(from, to); }) return convertGLOAlmanac(from, to);
+    if constexpr (requires { convertIonoUTC(from, to); }) return convertIonoUTC(from, to);
+    if constexpr (requires { convertGLOClkInfo(from, to); }) return convertGLOClkInfo(from, to);
 }
 
 template <class Object, class Record>
@@ -71,18 +42,10 @@ Object patched(Object object, std::size_t offset, T value) {
 /// The same with the field's type as a letter: B, H, I for unsigned integers of 1, 2, 4 bytes, f and d.
 template <class Object>
 Object patched(const Object& object, std::size_t offset, char type, double value) {
-    switch (type) {
-        case 'B':
-            return patched(object, offset, static_cast<std::uint8_t>(value));
-        case 'H':
-            return patched(object, offset, static_cast<std::uint16_t>(value));
-        case 'I':
-            return patched(object, offset, static_cast<std::uint32_t>(value));
-        case 'f':
-            return patched(object, offset, static_cast<float>(value));
-        default:
-            return patched(object, offset, value);
-    }
+    if (type == 'B') return patched(object, offset, static_cast<std::uint8_t>(value));
+    if (type == 'H') return patched(object, offset, static_cast<std::uint16_t>(value));
+    if (type == 'I') return patched(object, offset, static_cast<std::uint32_t>(value));
+    return type == 'f' ? patched(object, offset, static_cast<float>(value)) : patched(object, offset, value);
 }
 
 }  // namespace halvex::test

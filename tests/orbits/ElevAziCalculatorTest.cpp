@@ -1,3 +1,5 @@
+#include <array>
+
 #include "halvex/orbits/HalvexElevAziCalculator.h"
 #include "halvex/orbits/HalvexEphemerisBDS.h"
 #include "halvex/orbits/HalvexEphemerisGAL.h"
@@ -14,81 +16,76 @@ using namespace halvex::test;
 constexpr double kToe = 397312;  // a multiple of 4096 s
 const SMjdTime kNow(2111, kToe);
 
-/// Feeds `count` satellites of each system over the longitudes 0.05, 0.1 ..., as ephemerides or as almanacs.
-struct Sky {
-    CHalvexElevAziCalculator calculator{0, 0, 0, nullptr};
-    bool almanacs = false;
-
-    template <class Ephemeris, class Almanac>
-    void add(int first, int count) {
-        for (int i = 0; i < count; ++i) {
-            const auto satId = static_cast<unsigned char>(first + i);
-            constexpr double kLag = std::is_same_v<Ephemeris, CHalvexEphemerisBDS> ? 14 : 0;
-            if (almanacs) {
-                EXPECT_TRUE(calculator.ProcessNewAlmanac(Almanac(circularOrbit<Almanac>(satId, kToe, 0.05 * (i + 1)))));
-            } else {
-                EXPECT_TRUE(calculator.ProcessNewEphemeris(
-                    Ephemeris(circularOrbit<Ephemeris>(satId, kToe - kLag, 0.05 * (i + 1)))));
-            }
+/// Feeds `count` satellites of a system, over longitudes 0.05, 0.1 ...
+template <class Object, class Record = Object>
+void add(CHalvexElevAziCalculator& calculator, int first, int count) {
+    for (int i = 0; i < count; ++i) {
+        const auto record = circularOrbit<Record>(static_cast<unsigned char>(first + i), kToe, 0.05 * (i + 1));
+        Object orbit;
+        if constexpr (requires { convert(record, orbit); } && !std::is_same_v<Object, Record>) {
+            EXPECT_TRUE(convert(record, orbit));
+        } else {
+            orbit = record;
+        }
+        if constexpr (requires { calculator.ProcessNewAlmanac(orbit); }) {
+            EXPECT_TRUE(calculator.ProcessNewAlmanac(orbit));
+        } else {
+            EXPECT_TRUE(calculator.ProcessNewEphemeris(orbit));
         }
     }
-    void addAll() {
-        for (int i = 0; i < 3; ++i) {
-            const auto number = static_cast<unsigned char>(1 + i);
-            if (almanacs) {
-                const auto gps = circularOrbit<CALN::CALX_SAT_ALMANAC>(number, kToe, 0.05 * (i + 1));
-                EXPECT_TRUE(calculator.ProcessNewAlmanac(as<CHalvexAlmanac>(gps)));
-            } else {
-                const auto gps = circularOrbit<CALN::CALX_SAT_EPHEMERIS>(number, kToe, 0.05 * (i + 1));
-                EXPECT_TRUE(calculator.ProcessNewEphemeris(as<CHalvexEphemeris>(gps)));
-            }
-        }
-        for (unsigned char slot = 1; slot <= 2; ++slot) {
-            CALN::CALX_SAT_ALMANAC_GLONASS almanac;
-            almanac.satId = slot, almanac.week = kWeek, almanac.referenceMilliseconds = 397312000;
-            almanac.health = 1, almanac.deltaT = -2656;
-            const auto ephemeris = as<CHalvexEphemerisGLO>(glonassOrbit(slot, kToe));
-            EXPECT_TRUE(almanacs ? calculator.ProcessNewAlmanac(as<CHalvexAlmanacGlonass>(almanac))
-                                 : calculator.ProcessNewEphemeris(ephemeris));
-        }
-        add<CHalvexEphemerisGAL, CHalvexAlmanacGal>(57, 4);
-        add<CHalvexEphemerisBDS, CHalvexAlmanacBds>(6, 5);
-        add<CHalvexEphemerisQZSS, CHalvexAlmanacQzss>(193, 6);
-        add<CHalvexEphemerisNAVIC, CHalvexAlmanacNavic>(1, 7);
+}
+void addEphemerides(CHalvexElevAziCalculator& calculator) {
+    add<CHalvexEphemeris, CALN::CALX_SAT_EPHEMERIS>(calculator, 1, 3);
+    for (unsigned char slot = 1; slot <= 2; ++slot) {
+        EXPECT_TRUE(calculator.ProcessNewEphemeris(as<CHalvexEphemerisGLO>(glonassOrbit(slot, kToe))));
     }
-};
+    add<CHalvexEphemerisGAL>(calculator, 57, 4);
+    add<CHalvexEphemerisBDS>(calculator, 6, 5);
+    add<CHalvexEphemerisQZSS>(calculator, 193, 6);
+    add<CHalvexEphemerisNAVIC>(calculator, 1, 7);
+}
+void addAlmanacs(CHalvexElevAziCalculator& calculator) {
+    add<CHalvexAlmanac, CALN::CALX_SAT_ALMANAC>(calculator, 1, 3);
+    CALN::CALX_SAT_ALMANAC_GLONASS glonass;
+    glonass.week = kWeek, glonass.referenceMilliseconds = 397312000, glonass.health = 1, glonass.deltaT = -2656;
+    for (glonass.satId = 1; glonass.satId <= 2; ++glonass.satId) {
+        EXPECT_TRUE(calculator.ProcessNewAlmanac(as<CHalvexAlmanacGlonass>(glonass)));
+    }
+    add<CHalvexAlmanacGal>(calculator, 57, 4);
+    add<CHalvexAlmanacBds>(calculator, 6, 5);
+    add<CHalvexAlmanacQzss>(calculator, 193, 6);
+    add<CHalvexAlmanacNavic>(calculator, 1, 7);
+}
+std::array<int, 5> counts(const CSiteRawDataHistoryItem& item) {
+    return {item.visibleGps, item.visibleGlonass, item.visibleBeidou, item.visibleGalileo, item.visibleQzss};
+}
 
 TEST(ElevAziCalculator, CountsBySystemInTheirOrder) {
-    for (const bool almanacs : {false, true}) {
-        Sky sky;
-        sky.almanacs = almanacs;
-        sky.addAll();
+    for (const auto& fill : {&addEphemerides, &addAlmanacs}) {
+        CHalvexElevAziCalculator calculator(0, 0, 0, nullptr);
+        fill(calculator);
+        CSiteRawDataHistoryItem item{9, 9, 9, 9, 9};
+        EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, item));
+        EXPECT_EQ(counts(item), (std::array{3, 2, 5, 4, 6}));
         unsigned char gps = 9, glonass = 9, beidou = 9, galileo = 9, qzss = 9;
-        EXPECT_TRUE(sky.calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, gps, glonass, beidou, galileo, qzss));
-        EXPECT_TRUE(gps == 3 && glonass == 2 && beidou == 5 && galileo == 4 && qzss == 6)
-            << almanacs << ' ' << int{gps} << int{glonass} << int{beidou} << int{galileo} << int{qzss};
-        CSiteRawDataHistoryItem item;
-        EXPECT_TRUE(sky.calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, item));
-        EXPECT_TRUE(item.visibleGps == 3 && item.visibleGlonass == 2 && item.visibleBeidou == 5 &&
-                    item.visibleGalileo == 4 && item.visibleQzss == 6);
+        EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, gps, glonass, beidou, galileo, qzss));
+        EXPECT_EQ(counts({gps, glonass, beidou, galileo, qzss}), counts(item));
         CALN::SCalElevationAzimuth table;
-        EXPECT_TRUE(sky.calculator.GetElevAziData({0, 0, 0}, kNow, table, false));
+        EXPECT_TRUE(calculator.GetElevAziData({0, 0, 0}, kNow, table, false));
         double elevation = 0.0, azimuth = 0.0;
         EXPECT_TRUE(table.getEleAzi({CALN::eCALSATSYSTEM_NAVIC, 7}, elevation, azimuth)) << "there, though not counted";
 
-        const CGeoCoord otherSide(0, kPi, 0);
-        EXPECT_TRUE(sky.calculator.GetVisibilityCount(otherSide, kNow, 0.0, item));
-        EXPECT_EQ(item.visibleGps + item.visibleGlonass + item.visibleBeidou + item.visibleGalileo + item.visibleQzss,
-                  0);
-        for (const bool bad : {false, true}) {  // no orbit serves that time; no site
+        const std::pair<CGeoCoord, SMjdTime> rows[] = {// the Earth is between; nothing serves that time; no site
+                                                       {{0, kPi, 0}, kNow},
+                                                       {{0, 0, 0}, SMjdTime(1900, 0.0)},
+                                                       {{1.6, 0, 0}, kNow}};
+        for (const auto& [site, t] : rows) {
             item = {9, 9, 9, 9, 9};
-            EXPECT_TRUE(sky.calculator.GetVisibilityCount({bad ? 1.6 : 0.0, 0, 0}, bad ? kNow : SMjdTime(1900, 0.0),
-                                                          0.1, item));
-            EXPECT_TRUE(item.visibleGps == 0 && item.visibleGlonass == 0 && item.visibleBeidou == 0 &&
-                        item.visibleGalileo == 0 && item.visibleQzss == 0);
+            EXPECT_TRUE(calculator.GetVisibilityCount(site, t, 0.0, item));
+            EXPECT_EQ(counts(item), (std::array{0, 0, 0, 0, 0}));
         }
-        sky.calculator.Reset();
-        EXPECT_FALSE(sky.calculator.GetElevAziData({0, 0, 0}, kNow, table, true));
+        calculator.Reset();
+        EXPECT_FALSE(calculator.GetElevAziData({0, 0, 0}, kNow, table, true));
     }
 }
 

@@ -17,23 +17,11 @@ Bytes withThread(std::string_view text, std::size_t offset) {
 
 TEST(OrbitSavedForm, GpsEphemeris) {
     CALN::CALX_SAT_EPHEMERIS r;
-    r.satId = 7;
-    r.source = 0x83;
-    r.health = 5;
-    r.week = 2111;
-    r.ura = 2.5;
-    r.codeOnL2 = 1;
-    r.uraIndex = 2;
-    r.l2pDataFlag = 3;
-    r.aodo = 4;
-    r.fitIntervalFlag = 5;
-    r.iodc = 0x0106;
-    r.tgd = 0.5;
+    r.satId = 7, r.source = 0x83, r.health = 5, r.week = 2111, r.ura = 2.5, r.codeOnL2 = 1, r.uraIndex = 2;
+    r.l2pDataFlag = 3, r.aodo = 4, r.fitIntervalFlag = 5, r.iodc = 0x0106, r.tgd = 0.5, r.toe = 388800, r.toc = 388816;
     r.m0 = 1, r.deltaN = 2, r.e = 3, r.sqrtA = 4, r.omega0 = 5, r.i0 = 6, r.omega = 7, r.omegaDot = 8, r.idot = 9;
     r.cuc = 1, r.cus = 2, r.crc = 3, r.crs = 4, r.cic = 5, r.cis = 6;
-    r.toe = 388800, r.toc = 388816;
-    r.af0 = 0.25, r.af1 = 0.125, r.af2 = -1;
-    r.delayTerm1 = 10, r.delayTerm2 = 11;
+    r.af0 = 0.25, r.af1 = 0.125, r.af2 = -1, r.delayTerm1 = 10, r.delayTerm2 = 11;
     const Bytes golden = withThread(
         "0e00 00000000 07 83 0500 3f08 0000000000000440 0100 0200 0300 0400 0500 0601 0000003f "
         "000000000000f03f 0000000000000040 0000000000000840 0000000000001040 0000000000001440 0000000000001840 "
@@ -51,23 +39,12 @@ TEST(OrbitSavedForm, GpsEphemeris) {
 
 TEST(OrbitSavedForm, GlonassEphemeris) {
     CALN::CALX_SAT_EPHEMERIS_GLONASS r;
-    r.satId = 7;
-    r.source = 0x82;
-    r.frequencyNumber = -5;
-    r.health = 1;
-    r.dayNumber = 1000;
-    r.frameTime = 40000;
-    r.modification = 1;
-    r.accuracyIndex = 3;
-    r.week = 2111;
-    r.referenceSeconds = 388800.5;
-    r.referenceSecondsOfDay = 51300;
-    r.tb = 57;
-    r.position = {-10000500.0, 20000250.0, 8000000.0};
-    r.velocity = {-1500.0, 250.0, 3000.0};
-    r.acceleration = {3000 * 0x1p-30, -2000 * 0x1p-30, 15000 * 0x1p-30};
+    r.satId = 7, r.source = 0x82, r.frequencyNumber = -5, r.health = 1, r.dayNumber = 1000, r.frameTime = 40000;
+    r.modification = 1, r.accuracyIndex = 3, r.week = 2111, r.referenceSeconds = 388800.5, r.tb = 57;
+    r.referenceSecondsOfDay = 51300, r.fourYearInterval = 7, r.controlFlags = 0x55, r.unhealthyLine = 9;
+    r.position = {-10000500.0, 20000250.0, 8000000.0}, r.velocity = {-1500.0, 250.0, 3000.0};
+    r.acceleration = {3000 * 0x1p-30, -2000 * 0x1p-30, 15000 * 0x1p-30}, r.recordFlags = 0x01020304;
     r.tauN = -0x1p-12, r.deltaTauN = 0x1p-29, r.gammaN = 3 * 0x1p-38, r.ageOfData = -3;
-    r.fourYearInterval = 7, r.controlFlags = 0x55, r.unhealthyLine = 9, r.recordFlags = 0x01020304;
     // The identity 0x34c16d is the CRC-24Q of 732000000ca7108009c408007d00004c00000200001800000e4f.
     const Bytes golden = withThread(
         "20 00000000 07 82 fb 01000000 e803 409c0000 01 0300 3f08 f49f2c17 64c80000 39000000 "
@@ -151,27 +128,23 @@ TEST(OrbitSavedForm, OldVersionsAreRefusedAndTraced) {
     const std::string gps = "CHalvexEphemeris::LoadData received old version ";
     const std::string glonass = "CHalvexEphemerisGLO::LoadData received old version ";
     struct Row {
-        const char* what;
         bool isGps;
-        unsigned first, second;
+        unsigned char first, second;
         std::size_t size;
         std::string text;
     };
-    const Row rows[] = {{"the version before", true, 13, 0, 168, gps + "13"},
-                        {"just the version", true, 1, 1, 2, gps + "257"},
-                        {"cut inside the version", true, 13, 0, 1, ""},
-                        {"too short", true, 14, 0, 167, ""},
-                        {"a slot where the format stands", false, 5, 0, 160, glonass + "5"},
-                        {"no known format", false, 33, 0, 1, glonass + "33"},
-                        {"too short", false, 32, 0, 159, ""}};
+    const Row rows[] = {
+        {true, 13, 0, 168, gps + "13"}, {true, 1, 1, 2, gps + "257"},      {true, 13, 0, 1, ""},
+        {true, 14, 0, 167, ""},         {false, 5, 0, 160, glonass + "5"}, {false, 33, 0, 1, glonass + "33"},
+        {false, 32, 0, 159, ""}};
     for (const Row& row : rows) {
         Bytes bytes(row.size, 0);
-        bytes[0] = static_cast<unsigned char>(row.first);
-        if (row.size > 1) bytes[1] = static_cast<unsigned char>(row.second);
+        bytes[0] = row.first;
+        if (row.size > 1) bytes[1] = row.second;
         traced.clear();
         EXPECT_FALSE(row.isGps ? CHalvexEphemeris().loadData(bytes.data(), bytes.size())
                                : CHalvexEphemerisGLO().loadData(bytes.data(), bytes.size()));
-        EXPECT_EQ(traced, row.text) << row.what;
+        EXPECT_EQ(traced, row.text) << row.size << " bytes";
     }
     Bytes iono = saved(CHalvexIonoUtc());
     iono[0] = 1;

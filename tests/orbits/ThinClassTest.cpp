@@ -1,4 +1,4 @@
-#include <memory>
+#include <array>
 
 #include "halvex/orbits/HalvexEphemerisBDS.h"
 #include "halvex/orbits/HalvexEphemerisGAL.h"
@@ -16,7 +16,7 @@ namespace {
 using namespace halvex::test;
 
 template <class Ephemeris>
-Ephemeris ephemeris(unsigned char satId, double seconds = 388800) {
+Ephemeris ephemeris(unsigned char satId, double seconds = 604784) {
     return Ephemeris(circularOrbit<Ephemeris>(satId, seconds));
 }
 
@@ -26,21 +26,20 @@ void expectNumbers(int first, int last, CALN::SCalSatID lastId, double timeframe
     for (int number = 0; number <= 255; ++number) {
         const auto e = ephemeris<Ephemeris>(static_cast<unsigned char>(number));
         EXPECT_EQ(e.IsDataValid(), number >= first && number <= last) << number;
-        EXPECT_EQ(e.IsValid(SMjdTime(2111, 388800.0)), e.IsDataValid()) << number;
+        EXPECT_EQ(e.IsValid(SMjdTime(2111, 604784.0)), e.IsDataValid()) << number;
     }
-    auto e = ephemeris<Ephemeris>(static_cast<unsigned char>(last));
+    const auto original = ephemeris<Ephemeris>(static_cast<unsigned char>(last));
+    auto e = original;
     EXPECT_EQ(e.GetSatID(), lastId);
     EXPECT_EQ(e.GetEphemerisValidatyTimeframeMinutes(), timeframe);
-    EXPECT_EQ(e.GetOrbitType(), CALN::eCALEPHEMERISTYPE_EPHEMERIS);
     e.SetSimulated(true);
-    EXPECT_TRUE(e.IsSimulated() && e.source == 0x81);
-    EXPECT_FALSE(e.EquivalentAll(ephemeris<Ephemeris>(static_cast<unsigned char>(last))));
+    EXPECT_TRUE(e.IsSimulated() && e.source == 0x81 && !e.EquivalentAll(original));
     e.SetSimulated(false);
-    EXPECT_TRUE(!e.IsSimulated() && e.EquivalentAll(ephemeris<Ephemeris>(static_cast<unsigned char>(last))));
+    EXPECT_TRUE(!e.IsSimulated() && e.EquivalentAll(original));
     e.source = 0;
     EXPECT_FALSE(e.IsDataValid() || e.IsValid(e.GetRefTime())) << "nobody has filled it";
-    const SMjdTime clockAtEndOfWeek = ephemeris<Ephemeris>(1, 604784).GetRefTime();
-    EXPECT_TRUE(clockAtEndOfWeek == SMjdTime(2111, 604784.0 + (lastId.system == CALN::eCALSATSYSTEM_BEIDOU ? 14 : 0)));
+    const double lag = lastId.system == CALN::eCALSATSYSTEM_BEIDOU ? 14 : 0;
+    EXPECT_TRUE(original.GetRefTime() == SMjdTime(2111, 604784 + lag));
 }
 
 TEST(ThinEphemerides, NumbersSourcesAndTimeframes) {
@@ -51,9 +50,7 @@ TEST(ThinEphemerides, NumbersSourcesAndTimeframes) {
     MDB::CPrnIdZ9 prn;
     EXPECT_FALSE(ephemeris<CHalvexEphemerisQZSS>(192).GetPrnID(prn)) << "no QZSS satellite, though data-valid";
     EXPECT_EQ(prn.getNumber(), 192);
-    EXPECT_EQ(
-        as<CHalvexEphemeris>(circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, 0)).GetEphemerisValidatyTimeframeMinutes(),
-        240.0);
+    EXPECT_EQ(CHalvexEphemeris().GetEphemerisValidatyTimeframeMinutes(), 240.0);
     EXPECT_EQ(CHalvexEphemerisGLO().GetEphemerisValidatyTimeframeMinutes(), 60.0);
 }
 
@@ -65,22 +62,19 @@ TEST(ThinEphemerides, GalileoMessageAndTimes) {
     struct Row {
         unsigned char type, reception;
         const char* text;
-        bool fNav, iNav, e1b, e5b;
+        unsigned received;  // F/NAV 1, I/NAV 2, E1-B alone 4, E5b alone 8
     };
-    for (const Row& row : {Row{1, 0, "F/NAV ", true, false, false, false},
-                           {2, 2, "I/NAV ", false, true, true, false},
-                           {2, 3, "I/NAV ", false, true, false, true},
-                           {3, 1, "NAV UNKNOWN ", false, false, false, false}}) {
+    const Row rows[] = {{1, 0, "F/NAV ", 1}, {2, 2, "I/NAV ", 6}, {2, 3, "I/NAV ", 10}, {3, 1, "NAV UNKNOWN ", 0}};
+    for (const Row& row : rows) {
         e.navType = row.type;
         e.inavReception = row.reception;
         std::string info = "old";
         e.GetAdditionalInfo(info);
         EXPECT_EQ(info, row.text + std::string("58926.500000000 ") + CGPSTime(2110, 604200.0).FormatRegional().str());
         EXPECT_EQ(e.GetNavigationType(), row.type);
-        EXPECT_EQ(e.isReceivedFNav(), row.fNav);
-        EXPECT_EQ(e.isReceivedINav(), row.iNav);
-        EXPECT_EQ(e.isReceivedINavE1BOnly(), row.e1b);
-        EXPECT_EQ(e.isReceivedINavE5bOnly(), row.e5b);
+        EXPECT_EQ((e.isReceivedFNav() ? 1U : 0U) + (e.isReceivedINav() ? 2U : 0U) +
+                      (e.isReceivedINavE1BOnly() ? 4U : 0U) + (e.isReceivedINavE5bOnly() ? 8U : 0U),
+                  row.received);
     }
     struct Counter final : IAssertHandler {
         void failed(std::string_view expression, std::string_view) override { text += expression; }
@@ -102,77 +96,58 @@ TEST(ThinEphemerides, GalileoMessageAndTimes) {
 TEST(ThinEphemerides, GalileoHealthDependsOnTheMessage) {
     struct Row {
         unsigned char type, reception;
-        bool e1b, e5a, e5b;  // the signal alone is bad: still healthy?
+        std::array<bool, 3> healthy;  // when E1-B, E5a, E5b alone is bad
     };
-    for (const Row& row : {Row{1, 1, true, false, true},
-                           {2, 1, false, true, false},
-                           {2, 2, false, true, true},
-                           {2, 3, true, true, false}}) {
-        auto e = ephemeris<CHalvexEphemerisGAL>(57);
-        e.navType = row.type;
-        e.inavReception = row.reception;
-        EXPECT_TRUE(e.IsHealthy());
-        const std::pair<CALN::CALX_SAT_EPHEMERIS_GALILEO::SignalStatus*, bool> signals[] = {
-            {&e.e1b, row.e1b}, {&e.e5a, row.e5a}, {&e.e5b, row.e5b}};
-        for (const auto& [signal, healthy] : signals) {
-            *signal = {1, 0};
-            EXPECT_EQ(e.IsHealthy(), healthy);
-            *signal = {0, 2};
-            EXPECT_EQ(e.IsHealthy(), healthy);
-            *signal = {};
+    const Row rows[] = {{1, 1, {true, false, true}},
+                        {2, 1, {false, true, false}},
+                        {2, 2, {false, true, true}},
+                        {2, 3, {true, true, false}}};
+    for (const Row& row : rows) {
+        for (const std::size_t bad : {0, 1, 2}) {
+            auto e = ephemeris<CHalvexEphemerisGAL>(57);
+            e.navType = row.type, e.inavReception = row.reception;
+            EXPECT_TRUE(e.IsHealthy());
+            (bad == 0 ? e.e1b : bad == 1 ? e.e5a : e.e5b) = {static_cast<unsigned char>(bad % 2), 2};
+            EXPECT_EQ(e.IsHealthy(), row.healthy[bad]);
         }
     }
 }
 
 TEST(ThinAlmanacs, NumbersHealthAndNoPosition) {
-    const CHalvexAlmanacGal galileo(circularOrbit<CALN::CALX_SAT_ALMANAC_GALILEO>(57 + 35, 4096));
-    CHalvexAlmanacBds beidou(circularOrbit<CALN::CALX_SAT_ALMANAC_BEIDOU>(63, 4096));
-    const CHalvexAlmanacQzss qzss(circularOrbit<CALN::CALX_SAT_ALMANAC_QZSS>(202, 4096));
-    const CHalvexAlmanacNavic navic(circularOrbit<CALN::CALX_SAT_ALMANAC_NAVIC>(7, 4096));
-    struct Row {
-        const IHalvexAlmanacBase* almanac;
-        CALN::SCalSatID id;
-        bool healthy;
-        double reference;
-    };
-    for (const Row& row : {Row{&galileo, {CALN::eCALSATSYSTEM_GALILEO, 36}, true, 4096},
-                           {&beidou, {CALN::eCALSATSYSTEM_BEIDOU, 63}, true, 4110},
-                           {&qzss, {CALN::eCALSATSYSTEM_QZSS, 10}, false, 4096},
-                           {&navic, {CALN::eCALSATSYSTEM_NAVIC, 7}, false, 4096}}) {
-        EXPECT_EQ(row.almanac->GetSatID(), row.id);
-        EXPECT_EQ(row.almanac->IsHealthy(), row.healthy) << int{row.id.system};
-        EXPECT_TRUE(row.almanac->GetRefTime() == SMjdTime(2111, row.reference)) << int{row.id.system};
-        EXPECT_EQ(row.almanac->GetOrbitType(), CALN::eCALEPHEMERISTYPE_ALMANAC);
+    const auto expect = []<class Almanac>(const Almanac& almanac, const CALN::SCalSatID& id, bool healthy, double lag) {
+        EXPECT_EQ(almanac.GetSatID(), id);
+        EXPECT_EQ(almanac.IsHealthy(), healthy) << int{id.system};
+        EXPECT_TRUE(almanac.GetRefTime() == SMjdTime(2111, 4096 + lag)) << int{id.system};
+        EXPECT_EQ(almanac.GetOrbitType(), CALN::eCALEPHEMERISTYPE_ALMANAC);
         double azimuth = 5.0, elevation = 5.0;
-        EXPECT_FALSE(row.almanac->GetAzimuthElevation(SMjdTime(2111, 4096.0), {6378137, 0, 0}, azimuth, elevation));
-        EXPECT_FALSE(row.almanac->GetAzimuthElevation({6378137, 0, 0}, azimuth, elevation));
+        EXPECT_FALSE(almanac.GetAzimuthElevation(SMjdTime(2111, 4096.0), {6378137, 0, 0}, azimuth, elevation));
+        EXPECT_FALSE(almanac.GetAzimuthElevation({6378137, 0, 0}, azimuth, elevation));
         EXPECT_TRUE(azimuth == 5.0 && elevation == 5.0);
-    }
-    beidou.health = 1;
-    EXPECT_FALSE(beidou.IsHealthy());
+    };
+    expect(circularOrbit<CHalvexAlmanacGal>(57 + 35, 4096), {CALN::eCALSATSYSTEM_GALILEO, 36}, true, 0);
+    expect(circularOrbit<CHalvexAlmanacBds>(63, 4096), {CALN::eCALSATSYSTEM_BEIDOU, 63}, true, 14);
+    expect(circularOrbit<CHalvexAlmanacQzss>(202, 4096), {CALN::eCALSATSYSTEM_QZSS, 10}, false, 0);
+    expect(circularOrbit<CHalvexAlmanacNavic>(7, 4096), {CALN::eCALSATSYSTEM_NAVIC, 7}, false, 0);
 }
 
 TEST(OrbitValidity, TwoWeeksFromTheReferenceAndNowOnTwoScales) {
-    const double toe = 397312;  // 97 times 4096 s: the instant that all of them can have
-    auto glonassAlmanac = CALN::CALX_SAT_ALMANAC_GLONASS();
-    glonassAlmanac.satId = 7, glonassAlmanac.week = kWeek, glonassAlmanac.referenceMilliseconds = 397312000;
-    struct Row {
-        std::unique_ptr<IHalvexOrbitBase> orbit;
-        bool gpsNow;  // an unset instant means now on the GPS scale
-    };
+    const double toe = 397312;  // a multiple of 4096 s, as almanacs want it
+    auto glonass = CALN::CALX_SAT_ALMANAC_GLONASS();
+    glonass.satId = 7, glonass.week = kWeek, glonass.referenceMilliseconds = 397312000;
     const auto gps = as<CHalvexEphemeris>(circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, toe));
-    const auto almanac = as<CHalvexAlmanac>(circularOrbit<CALN::CALX_SAT_ALMANAC>(7, toe));
-    std::vector<Row> rows;
-    rows.push_back({std::make_unique<CHalvexEphemeris>(gps), false});
-    rows.push_back({std::make_unique<CHalvexEphemerisGLO>(as<CHalvexEphemerisGLO>(glonassOrbit(7, toe))), false});
-    rows.push_back({std::make_unique<CHalvexAlmanac>(almanac), false});
-    rows.push_back({std::make_unique<CHalvexAlmanacGlonass>(as<CHalvexAlmanacGlonass>(glonassAlmanac)), false});
-    rows.push_back(
-        {std::make_unique<CHalvexAlmanacGal>(circularOrbit<CALN::CALX_SAT_ALMANAC_GALILEO>(60, toe)), false});
-    rows.push_back({std::make_unique<CHalvexEphemerisGAL>(ephemeris<CHalvexEphemerisGAL>(60, toe)), true});
-    rows.push_back({std::make_unique<CHalvexEphemerisBDS>(ephemeris<CHalvexEphemerisBDS>(7, toe - 14)), true});
-    rows.push_back({std::make_unique<CHalvexEphemerisQZSS>(ephemeris<CHalvexEphemerisQZSS>(193, toe)), true});
-    rows.push_back({std::make_unique<CHalvexEphemerisNAVIC>(ephemeris<CHalvexEphemerisNAVIC>(7, toe)), true});
+    const auto glonassEphemeris = as<CHalvexEphemerisGLO>(glonassOrbit(7, toe));
+    const auto gpsAlmanac = as<CHalvexAlmanac>(circularOrbit<CALN::CALX_SAT_ALMANAC>(7, toe));
+    const auto glonassAlmanac = as<CHalvexAlmanacGlonass>(glonass);
+    const auto galAlmanac = circularOrbit<CHalvexAlmanacGal>(60, toe);
+    const auto galileo = ephemeris<CHalvexEphemerisGAL>(60, toe);
+    const auto beidou = ephemeris<CHalvexEphemerisBDS>(7, toe - 14);
+    const auto qzss = ephemeris<CHalvexEphemerisQZSS>(193, toe);
+    const auto navic = ephemeris<CHalvexEphemerisNAVIC>(7, toe);
+    const std::pair<const IHalvexOrbitBase*, bool> rows[] = {
+        // does an unset instant mean now on the GPS scale?
+        {&gps, false},        {&glonassEphemeris, false}, {&gpsAlmanac, false}, {&glonassAlmanac, false},
+        {&galAlmanac, false}, {&galileo, true},           {&beidou, true},      {&qzss, true},
+        {&navic, true}};
 
     const SMjdTime reference(2111, toe);
     const auto after = [&reference](double seconds) {
@@ -185,32 +160,25 @@ TEST(OrbitValidity, TwoWeeksFromTheReferenceAndNowOnTwoScales) {
         const auto [year, month, day, hour, minute, second] = after(seconds).GetCalendar();
         clock.utc = TestClock::stamp(year, month, day, hour, minute, static_cast<int>(second));
     };
-    for (const Row& row : rows) {
-        const auto& orbit = *row.orbit;
-        SCOPED_TRACE(testing::Message() << typeid(orbit).name());
+    const ORBIT_COORD site{6378137, 0, 0};
+    for (const auto& [orbit, gpsNow] : rows) {
+        SCOPED_TRACE(typeid(*orbit).name());
         for (const double sign : {-1.0, 1.0}) {
-            EXPECT_TRUE(orbit.IsValid(after(sign * 1209599.999)));
-            EXPECT_FALSE(orbit.IsValid(after(sign * 1209600)));
+            EXPECT_TRUE(orbit->IsValid(after(sign * 1209599.999)));
+            EXPECT_FALSE(orbit->IsValid(after(sign * 1209600)));
         }
         setUtc(1209600 - 5);
-        EXPECT_EQ(orbit.IsValid(SMjdTime()), !row.gpsNow);
+        EXPECT_EQ(orbit->IsValid(SMjdTime()), !gpsNow);
         setUtc(-1209600 - 5);
-        EXPECT_EQ(orbit.IsValid(SMjdTime()), row.gpsNow);
+        EXPECT_EQ(orbit->IsValid(SMjdTime()), gpsNow);
+        setUtc(0);  // the short form of azimuth and elevation reads the clock as UTC, of whichever class
+        double azimuth = 1, elevation = 2, sameAzimuth = 1, sameElevation = 2;
+        EXPECT_EQ(orbit->GetAzimuthElevation(site, azimuth, elevation),
+                  orbit->GetAzimuthElevation(reference, site, sameAzimuth, sameElevation));
+        EXPECT_TRUE(azimuth == sameAzimuth && elevation == sameElevation);
     }
-    glonassAlmanac.satId = 25;
-    EXPECT_FALSE(as<CHalvexAlmanacGlonass>(glonassAlmanac).IsValid(reference)) << "no such slot";
-
-    // The short form of azimuth and elevation reads the clock as UTC, of whichever class.
-    const ORBIT_COORD site{6378137, 0, 0};
-    setUtc(0);
-    for (const Row& row : rows) {
-        double azimuth = 1, elevation = 2, sameAzimuth = 3, sameElevation = 4;
-        const bool can = row.orbit->GetAzimuthElevation(site, azimuth, elevation);
-        if (!can) continue;
-        EXPECT_TRUE(row.orbit->GetAzimuthElevation(reference, site, sameAzimuth, sameElevation));
-        EXPECT_EQ(azimuth, sameAzimuth) << typeid(*row.orbit).name();
-        EXPECT_EQ(elevation, sameElevation);
-    }
+    glonass.satId = 25;
+    EXPECT_FALSE(as<CHalvexAlmanacGlonass>(glonass).IsValid(reference)) << "no such slot";
 }
 
 }  // namespace

@@ -78,22 +78,17 @@ TEST(Rtcm3, CheckSumAndBits) {
 }
 
 TEST(GalileoRecord, SisaIndices) {
-    struct Row {
-        unsigned char index;
-        double metres;
-    };
-    for (const auto& [index, metres] :
-         {Row{0, 0}, {49, 0.49}, {50, 0.5}, {74, 0.98}, {75, 1.0}, {99, 1.96}, {100, 2.0}, {125, 6.0}}) {
-        CALN::CALX_SAT_EPHEMERIS_GALILEO record;
-        record.sisaIndex = index;
+    const std::pair<int, double> rows[] = {{0, 0},    {49, 0.49}, {50, 0.5},  {74, 0.98},
+                                           {75, 1.0}, {99, 1.96}, {100, 2.0}, {125, 6.0}};
+    CALN::CALX_SAT_EPHEMERIS_GALILEO record;
+    for (const auto& [index, metres] : rows) {
+        record.sisaIndex = static_cast<unsigned char>(index);
         EXPECT_NEAR(record.GetSisa(), metres, 1e-12);
-        EXPECT_EQ(CALN::CALX_SAT_EPHEMERIS_GALILEO::indexOfSisa(metres), index);
-        record.sisaIndex = 126;
-        EXPECT_LT(record.GetSisa(), 0.0);
+        EXPECT_EQ(record.indexOfSisa(metres), index);
     }
-    for (const double none : {6.01, -1.0, 1e9}) {
-        EXPECT_EQ(CALN::CALX_SAT_EPHEMERIS_GALILEO::indexOfSisa(none), 255);
-    }
+    record.sisaIndex = 126;
+    EXPECT_LT(record.GetSisa(), 0.0);
+    for (const double none : {6.01, -1.0, 1e9}) EXPECT_EQ(record.indexOfSisa(none), 255);
 }
 
 }  // namespace

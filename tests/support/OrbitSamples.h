@@ -14,18 +14,15 @@ inline constexpr double kPi = std::numbers::pi;
 inline constexpr double kGpsEarthRate = 7.2921151467e-5;
 inline constexpr unsigned short kWeek = 2111;
 
-/// A circle in the plane of the equator that crosses `longitude` (Earth-fixed) at toe = `seconds` of its own time.
+/// A circle in the plane of the equator that crosses `longitude` (Earth-fixed) at `seconds` of its own time.
 template <class Record>
 Record circularOrbit(unsigned char satId, double seconds, double longitude = 0.0, double semiMajorAxis = 26560e3) {
     constexpr bool kBeidouTime = std::is_base_of_v<CALN::CALX_SAT_EPHEMERIS_BEIDOU, Record> ||
-std::is_base_of_v<CALN::CALX_SAT_ALMANAC_BEIDOU, Record>;
+                                 std::is_base_of_v<CALN::CALX_SAT_ALMANAC_BEIDOU, Record>;
     Record record;
-    record.satId = satId;
-    record.source = 1;
-    record.week = kBeidouTime ? kWeek - 1356 : kWeek;
-    record.sqrtA = std::sqrt(semiMajorAxis);
+    record.satId = satId, record.source = 1, record.week = kBeidouTime ? kWeek - 1356 : kWeek;
+    record.sqrtA = std::sqrt(semiMajorAxis), record.m0 = longitude;
     record.omega0 = (kBeidouTime ? 7.2921150e-5 : kGpsEarthRate) * seconds;
-    record.m0 = longitude;
     if constexpr (requires { record.toa; }) {
         record.toa = seconds;
     } else {
@@ -34,31 +31,21 @@ std::is_base_of_v<CALN::CALX_SAT_ALMANAC_BEIDOU, Record>;
     return record;
 }
 
-/// Changes a circular orbit into any that a navigation satellite might have.
+/// Makes an ephemeris any that a navigation satellite might have.
 template <class Record>
 void anyElements(Record& record, RandomFields& random) {
-    record.sqrtA = random.number(5000.0, 6500.0);
-    record.e = random.number(0.0, 0.1);
+    record.sqrtA = random.number(5000, 6500), record.e = random.number(0, 0.1), record.i0 = random.number(0, 1.2);
     for (double* angle : {&record.m0, &record.omega0, &record.omega}) *angle = random.number(-kPi, kPi);
-    record.omegaDot = random.number(-1e-8, 1e-8);
-    if constexpr (requires { record.toe; }) {
-        record.i0 = random.number(0.0, 1.2);
-        record.idot = random.number(-1e-9, 1e-9);
-        record.deltaN = random.number(-1e-8, 1e-8);
-        for (double* c : {&record.cuc, &record.cus, &record.cic, &record.cis}) *c = random.number(-1e-5, 1e-5);
-        for (double* c : {&record.crc, &record.crs}) *c = random.number(-500.0, 500.0);
-    }
+    for (double* rate : {&record.omegaDot, &record.deltaN, &record.idot}) *rate = random.number(-1e-9, 1e-9);
+    for (double* c : {&record.cuc, &record.cus, &record.cic, &record.cis}) *c = random.number(-1e-5, 1e-5);
+    for (double* c : {&record.crc, &record.crs}) *c = random.number(-500, 500);
 }
 
-/// GLONASS satellite over the equator at longitude 0, moving north on a nearly circular orbit.
+/// GLONASS satellite over longitude and latitude 0, moving north on a nearly circular orbit.
 inline CALN::CALX_SAT_EPHEMERIS_GLONASS glonassOrbit(unsigned char slot, double seconds) {
     CALN::CALX_SAT_EPHEMERIS_GLONASS record;
-    record.satId = slot;
-    record.source = 1;
-    record.week = kWeek;
-    record.referenceSeconds = seconds;
-    record.position = {25500e3, 0.0, 0.0};
-    record.velocity = {0.0, -64.0, 3535.0};
+    record.satId = slot, record.source = 1, record.week = kWeek, record.referenceSeconds = seconds;
+    record.position = {25500e3, 0.0, 0.0}, record.velocity = {0.0, -64.0, 3535.0};
     return record;
 }
 
