@@ -23,21 +23,19 @@ void expectRoundTrips(const std::function<void(Record&)>& intoRange) {
 
 TEST(OrbitConversion, EveryFieldComesBack) {
     RandomFields random(7);
-    expectRoundTrips<CHalvexEphemeris, CALN::CALX_SAT_EPHEMERIS>([&](auto& r) {
-        auto lnav = CALN::CALX_SAT_EPHEMERIS();  // what the class holds
-        lnav.satId = r.satId, lnav.source = r.source & 0x83, lnav.week = r.week, lnav.health = r.health;
-        lnav.ura = r.ura, lnav.codeOnL2 = r.codeOnL2, lnav.uraIndex = r.uraIndex, lnav.l2pDataFlag = r.l2pDataFlag;
-        lnav.aodo = r.aodo, lnav.fitIntervalFlag = r.fitIntervalFlag, lnav.iodc = r.iodc;
-        lnav.toe = std::floor(random.number(0, 4294967295.0)), lnav.toc = std::floor(random.number(0, 604800));
-        lnav.m0 = r.m0, lnav.deltaN = r.deltaN, lnav.e = r.e, lnav.sqrtA = r.sqrtA, lnav.omega0 = r.omega0;
-        lnav.i0 = r.i0, lnav.omega = r.omega, lnav.omegaDot = r.omegaDot, lnav.idot = r.idot;
-        lnav.delayTerm1 = r.delayTerm1, lnav.delayTerm2 = r.delayTerm2;
-        for (double* value : {&lnav.tgd, &lnav.cuc, &lnav.cus, &lnav.crc, &lnav.crs, &lnav.cic, &lnav.cis, &lnav.af0,
-                              &lnav.af1, &lnav.af2}) {
-            *value = static_cast<float>(random.number(-1.0, 1.0));
-        }
-        r = lnav;
-    });
+    int converted = 0;
+    for (int i = 0; i < 100; ++i) {  // any saved form whose numbers happen to be finite
+        Bytes bytes = saved(CHalvexEphemeris());
+        for (std::size_t at = 6; at < bytes.size(); ++at) random(bytes[at]);
+        bytes[7] &= 0x83;
+        CHalvexEphemeris ephemeris;
+        CALN::CALX_SAT_EPHEMERIS record;
+        EXPECT_TRUE(ephemeris.loadData(bytes.data(), bytes.size()));
+        if (!convert(ephemeris, record)) continue;
+        ++converted;
+        EXPECT_EQ(saved(as<CHalvexEphemeris>(record)), bytes) << "case " << i;
+    }
+    EXPECT_GT(converted, 50);
     expectRoundTrips<CHalvexEphemerisGLO, CALN::CALX_SAT_EPHEMERIS_GLONASS>([&](auto& r) {
         r.source &= 0x83;
         r.tb &= 0x7F;

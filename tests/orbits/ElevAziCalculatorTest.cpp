@@ -17,76 +17,51 @@ constexpr double kToe = 397312;  // a multiple of 4096 s
 const SMjdTime kNow(2111, kToe);
 
 /// Feeds `count` satellites of a system, over longitudes 0.05, 0.1 ...
-template <class Object, class Record = Object>
+template <class Ephemeris>
 void add(CHalvexElevAziCalculator& calculator, int first, int count) {
     for (int i = 0; i < count; ++i) {
-        const auto record = circularOrbit<Record>(static_cast<unsigned char>(first + i), kToe, 0.05 * (i + 1));
-        Object orbit;
-        if constexpr (requires { convert(record, orbit); } && !std::is_same_v<Object, Record>) {
-            EXPECT_TRUE(convert(record, orbit));
-        } else {
-            orbit = record;
-        }
-        if constexpr (requires { calculator.ProcessNewAlmanac(orbit); }) {
-            EXPECT_TRUE(calculator.ProcessNewAlmanac(orbit));
-        } else {
-            EXPECT_TRUE(calculator.ProcessNewEphemeris(orbit));
-        }
+        const auto satId = static_cast<unsigned char>(first + i);
+        EXPECT_TRUE(calculator.ProcessNewEphemeris(circularOrbit<Ephemeris>(satId, kToe, 0.05 * (i + 1))));
     }
-}
-void addEphemerides(CHalvexElevAziCalculator& calculator) {
-    add<CHalvexEphemeris, CALN::CALX_SAT_EPHEMERIS>(calculator, 1, 3);
-    for (unsigned char slot = 1; slot <= 2; ++slot) {
-        EXPECT_TRUE(calculator.ProcessNewEphemeris(as<CHalvexEphemerisGLO>(glonassOrbit(slot, kToe))));
-    }
-    add<CHalvexEphemerisGAL>(calculator, 57, 4);
-    add<CHalvexEphemerisBDS>(calculator, 6, 5);
-    add<CHalvexEphemerisQZSS>(calculator, 193, 6);
-    add<CHalvexEphemerisNAVIC>(calculator, 1, 7);
-}
-void addAlmanacs(CHalvexElevAziCalculator& calculator) {
-    add<CHalvexAlmanac, CALN::CALX_SAT_ALMANAC>(calculator, 1, 3);
-    CALN::CALX_SAT_ALMANAC_GLONASS glonass;
-    glonass.week = kWeek, glonass.referenceMilliseconds = 397312000, glonass.health = 1, glonass.deltaT = -2656;
-    for (glonass.satId = 1; glonass.satId <= 2; ++glonass.satId) {
-        EXPECT_TRUE(calculator.ProcessNewAlmanac(as<CHalvexAlmanacGlonass>(glonass)));
-    }
-    add<CHalvexAlmanacGal>(calculator, 57, 4);
-    add<CHalvexAlmanacBds>(calculator, 6, 5);
-    add<CHalvexAlmanacQzss>(calculator, 193, 6);
-    add<CHalvexAlmanacNavic>(calculator, 1, 7);
 }
 std::array<int, 5> counts(const CSiteRawDataHistoryItem& item) {
     return {item.visibleGps, item.visibleGlonass, item.visibleBeidou, item.visibleGalileo, item.visibleQzss};
 }
 
 TEST(ElevAziCalculator, CountsBySystemInTheirOrder) {
-    for (const auto& fill : {&addEphemerides, &addAlmanacs}) {
-        CHalvexElevAziCalculator calculator(0, 0, 0, nullptr);
-        fill(calculator);
-        CSiteRawDataHistoryItem item{9, 9, 9, 9, 9};
-        EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, item));
-        EXPECT_EQ(counts(item), (std::array{3, 2, 5, 4, 6}));
-        unsigned char gps = 9, glonass = 9, beidou = 9, galileo = 9, qzss = 9;
-        EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, gps, glonass, beidou, galileo, qzss));
-        EXPECT_EQ(counts({gps, glonass, beidou, galileo, qzss}), counts(item));
-        CALN::SCalElevationAzimuth table;
-        EXPECT_TRUE(calculator.GetElevAziData({0, 0, 0}, kNow, table, false));
-        double elevation = 0.0, azimuth = 0.0;
-        EXPECT_TRUE(table.getEleAzi({CALN::eCALSATSYSTEM_NAVIC, 7}, elevation, azimuth)) << "there, though not counted";
-
-        const std::pair<CGeoCoord, SMjdTime> rows[] = {// the Earth is between; nothing serves that time; no site
-                                                       {{0, kPi, 0}, kNow},
-                                                       {{0, 0, 0}, SMjdTime(1900, 0.0)},
-                                                       {{1.6, 0, 0}, kNow}};
-        for (const auto& [site, t] : rows) {
-            item = {9, 9, 9, 9, 9};
-            EXPECT_TRUE(calculator.GetVisibilityCount(site, t, 0.0, item));
-            EXPECT_EQ(counts(item), (std::array{0, 0, 0, 0, 0}));
-        }
-        calculator.Reset();
-        EXPECT_FALSE(calculator.GetElevAziData({0, 0, 0}, kNow, table, true));
+    CHalvexElevAziCalculator calculator(0, 0, 0, nullptr);
+    for (unsigned char n = 1; n <= 3; ++n) {
+        const auto almanac = as<CHalvexAlmanac>(circularOrbit<CALN::CALX_SAT_ALMANAC>(n, kToe));
+        EXPECT_TRUE(calculator.ProcessNewAlmanac(almanac));
+        const auto glonass = as<CHalvexEphemerisGLO>(glonassOrbit(n, kToe));
+        EXPECT_TRUE(n == 3 || calculator.ProcessNewEphemeris(glonass));
     }
+    add<CHalvexEphemerisGAL>(calculator, 57, 4);
+    add<CHalvexEphemerisBDS>(calculator, 6, 5);
+    add<CHalvexEphemerisQZSS>(calculator, 193, 6);
+    add<CHalvexEphemerisNAVIC>(calculator, 1, 7);
+    CSiteRawDataHistoryItem item{9, 9, 9, 9, 9};
+    EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, item));
+    EXPECT_EQ(counts(item), (std::array{3, 2, 5, 4, 6}));
+    unsigned char gps = 9, glonass = 9, beidou = 9, galileo = 9, qzss = 9;
+    EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, gps, glonass, beidou, galileo, qzss));
+    EXPECT_EQ(counts({gps, glonass, beidou, galileo, qzss}), counts(item));
+    CALN::SCalElevationAzimuth table;
+    EXPECT_TRUE(calculator.GetElevAziData({0, 0, 0}, kNow, table, false));
+    double elevation = 0.0, azimuth = 0.0;
+    EXPECT_TRUE(table.getEleAzi({CALN::eCALSATSYSTEM_NAVIC, 7}, elevation, azimuth)) << "there, though not counted";
+
+    const std::pair<CGeoCoord, SMjdTime> rows[] = {// the Earth is between; nothing serves that time; no site
+                                                   {{0, kPi, 0}, kNow},
+                                                   {{0, 0, 0}, SMjdTime(1900, 0.0)},
+                                                   {{1.6, 0, 0}, kNow}};
+    for (const auto& [site, t] : rows) {
+        item = {9, 9, 9, 9, 9};
+        EXPECT_TRUE(calculator.GetVisibilityCount(site, t, 0.0, item));
+        EXPECT_EQ(counts(item), (std::array{0, 0, 0, 0, 0}));
+    }
+    calculator.Reset();
+    EXPECT_FALSE(calculator.GetElevAziData({0, 0, 0}, kNow, table, true));
 }
 
 TEST(ElevAziCalculator, TheMaskItselfIsNotVisible) {

@@ -54,41 +54,11 @@ TYPED_TEST(OrbitRecord, RoundTripShortLengthsAndVersions) {
     }
 }
 
-TEST(Rtcm3, CheckSumAndBits) {
+TEST(Rtcm3, CheckSum) {
     // The check value of CRC-24 with this polynomial and start 0 in the catalogues of parametrised CRCs.
     const std::string_view digits = "123456789";
     const std::vector<unsigned char> text(digits.begin(), digits.end());
     EXPECT_EQ(PIO::RTCM3::ComputeCRC24(text), 0xCDE703U);
-
-    Bytes bytes(5, 0);
-    PIO::RTCM3::CBitCollector collector(bytes);
-    EXPECT_TRUE(collector.Add(0b101, 3));
-    EXPECT_FALSE(collector.Add(4, 2)) << "too wide";
-    EXPECT_TRUE(collector.Add(0xFFFFFFFF, 32));
-    EXPECT_FALSE(collector.Add(0, 6)) << "no room";
-    EXPECT_TRUE(collector.Add(1, 5));
-    EXPECT_EQ(collector.GetBitCount(), 40U);
-    EXPECT_EQ(bytes, hex("BFFFFFFFE1"));
-
-    std::uint32_t coded = 77;
-    EXPECT_FALSE(PIO::RTCM3::ConvertIntToIntS(16, 5, coded) || PIO::RTCM3::ConvertIntToIntS(-16, 5, coded));
-    EXPECT_EQ(coded, 77U);
-    EXPECT_TRUE(PIO::RTCM3::ConvertIntToIntS(-15, 5, coded) && coded == 0x1F);
-    EXPECT_TRUE(PIO::RTCM3::ConvertIntToIntS(-2147483647, 32, coded) && coded == 0xFFFFFFFF);
-}
-
-TEST(GalileoRecord, SisaIndices) {
-    const std::pair<int, double> rows[] = {{0, 0},    {49, 0.49}, {50, 0.5},  {74, 0.98},
-                                           {75, 1.0}, {99, 1.96}, {100, 2.0}, {125, 6.0}};
-    CALN::CALX_SAT_EPHEMERIS_GALILEO record;
-    for (const auto& [index, metres] : rows) {
-        record.sisaIndex = static_cast<unsigned char>(index);
-        EXPECT_NEAR(record.GetSisa(), metres, 1e-12);
-        EXPECT_EQ(record.indexOfSisa(metres), index);
-    }
-    record.sisaIndex = 126;
-    EXPECT_LT(record.GetSisa(), 0.0);
-    for (const double none : {6.01, -1.0, 1e9}) EXPECT_EQ(record.indexOfSisa(none), 255);
 }
 
 }  // namespace
