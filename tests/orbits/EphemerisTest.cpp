@@ -251,6 +251,7 @@ TEST(IonoUtc, LeapSecondDayAndValidity) {
     EXPECT_EQ(parameters.getValidMJDEnd(), 44244 + 14000 + 7);
     parameters = patched(parameters, 97, 86400U);
     EXPECT_EQ(parameters.getValidMJDEnd(), 44244 + 14001 + 7);
+    EXPECT_EQ(patched(parameters, 93, 0x7FFFFFFFU).getValidMJDEnd(), 2147483647) << "the last of all days";
 }
 
 }  // namespace
