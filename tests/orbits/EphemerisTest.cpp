@@ -91,10 +91,10 @@ TEST(GpsEphemeris, EquivalenceAtTheResolutionOfEachField) {
         EXPECT_TRUE(patched(zero, row.offset, row.type, 0.9375 * step).EquivalentAll(zero)) << row.what;
         EXPECT_TRUE(row.type == 'I' || !patched(zero, row.offset, row.type, kNan).EquivalentAll(zero)) << row.what;
     }
-    for (const std::size_t offset : {6, 7, 10, 20, 22, 24, 28, 30}) {  // PRN, flags, week, words but the fourth
+    for (const unsigned offset : {6U, 7U, 10U, 20U, 22U, 24U, 28U, 30U}) {  // PRN, flags, week, words but the fourth
         EXPECT_FALSE(patched(zero, offset, std::uint8_t{1}).EquivalentAll(zero)) << offset;
     }
-    for (const std::size_t offset : {26, 152, 160}) {  // fourth word, extra delays
+    for (const unsigned offset : {26U, 152U, 160U}) {  // fourth word, extra delays
         EXPECT_TRUE(patched(zero, offset, std::uint8_t{1}).EquivalentAll(zero)) << offset;
     }
     const auto withHealth = [&zero](double health) { return patched(zero, 8, 'H', health); };
@@ -177,7 +177,7 @@ TEST(GlonassEphemeris, IdentityCoversTheBroadcastContentAlone) {
     EXPECT_TRUE(std::adjacent_find(seen.begin(), seen.end()) == seen.end()) << "a change has gone unnoticed";
     CHalvexEphemerisGLO wide = patched(base, 31, 128U);
     EXPECT_FALSE(GenerateNavIdentValues(wide));
-    for (const std::size_t offset : {5, 6, 7, 8, 12, 14, 18, 19, 21, 23, 27, 115, 131, 139, 151, 155}) {
+    for (const unsigned offset : {5U, 6U, 7U, 8U, 12U, 14U, 18U, 19U, 21U, 23U, 27U, 115U, 131U, 139U, 151U, 155U}) {
         EXPECT_EQ(identity(patched(base, offset, std::uint8_t{1})), 0U) << offset;
     }
 }

@@ -103,7 +103,7 @@ TEST(ThinEphemerides, GalileoHealthDependsOnTheMessage) {
                         {2, 2, {false, true, true}},
                         {2, 3, {true, true, false}}};
     for (const Row& row : rows) {
-        for (const std::size_t bad : {0, 1, 2}) {
+        for (const unsigned bad : {0U, 1U, 2U}) {
             auto e = ephemeris<CHalvexEphemerisGAL>(57);
             e.navType = row.type, e.inavReception = row.reception;
             EXPECT_TRUE(e.IsHealthy());

@@ -59,7 +59,7 @@ TEST(OrbitBatch, AllKernelsAgreeWithSingleOrbitsWhateverTheNeighbours) {
     for (const OrbitKernels* kernels : {&plainOrbitKernels(), &orbitKernels()}) {
         RandomFields random;
         OrbitBatch batch;  // used again and again: old numbers must not show
-        for (const std::size_t count : {1, 3, 4, 5, 8, 63, 0, 7}) {
+        for (const std::size_t count : {1U, 3U, 4U, 5U, 8U, 63U, 0U, 7U}) {
             for (const std::vector<std::size_t>& absurd : {std::vector<std::size_t>{}, {0}, {1, 2}, {0, 2, 3, 6}}) {
                 batch.clear();
                 const auto expected = fill(batch, count, absurd, random);
