@@ -47,7 +47,7 @@ void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& 
     // Status: P, P1, P2, P3, P4 in bits 0 to 6, M in bits 7 and 8. Health: Cn, A_C and ln from bit 0 on; published
     // files show which is ln: it goes with Bn.
     unsigned flags = (r.controlFlags & 0x7FU) | (r.modification & 3U) << 7U;
-    unsigned health = (r.almanacHealth & 3U) | (r.unhealthyLine & 1U) << 2U;
+    unsigned health = r.healthFlags & 7U;
     if (status) {
         io.integer(flags, "the status flags");
         io.optionalKnown(r.deltaTauN);
@@ -59,9 +59,8 @@ void glonassFields(Io& io, CALN::CALX_SAT_EPHEMERIS_GLONASS& r, const SMjdTime& 
     if constexpr (Io::kReads) {
         r.controlFlags = flags & 0x7FU;
         r.modification = static_cast<unsigned char>(flags >> 7U & 3U);
-        r.almanacHealth = static_cast<unsigned char>(health & 3U);
-        r.unhealthyLine = health >> 2U & 1U;
-        r.health = (bn != 0 ? 1U : 0U) | r.unhealthyLine << 1U;
+        r.healthFlags = health & 7U;
+        r.health = (bn != 0 ? 1U : 0U) | (health >> 2U & 1U) << 1U;
     }
 }
 

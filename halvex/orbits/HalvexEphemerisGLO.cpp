@@ -26,7 +26,9 @@ CHalvexEphemerisGLO::~CHalvexEphemerisGLO() = default;
 
 template <class Self, class Use>
 void CHalvexEphemerisGLO::numbers(Self& d, Use&& use) {
-    for (auto* vector : {&d.position, &d.velocity, &d.acceleration}) std::for_each(vector->begin(), vector->end(), use);
+    for (auto* vector : {&d.position, &d.velocity, &d.acceleration}) {
+        for (auto& component : *vector) use(component);
+    }
     for (auto* value : {&d.tauN, &d.deltaTauN, &d.gammaN, &d.ageOfData}) use(*value);
 }
 

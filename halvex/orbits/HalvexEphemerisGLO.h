@@ -16,7 +16,8 @@
 /// loading), uint8 slot, uint8 source and flags, int8 frequency number, uint32 health, uint16 N_T, uint32 t_k [s of the
 /// Moscow day], uint8 M, uint16 F_T, uint16 GPS week, uint32 reference time [ms of the GPS week], uint32 t_b [s of the
 /// Moscow day], uint32 t_b index, float64 x, y, z [m], vx, vy, vz [m/s], ax, ay, az [m/s^2], tau_n [s], delta tau_n
-/// [s], gamma_n, E_n [d], uint32 N_4, P flags, l_n, uint32 record flags, uint8 issue of data, uint32 content identity.
+/// [s], gamma_n, E_n [d], uint32 N_4, P flags, health flags, uint32 record flags, uint8 issue of data, uint32 content
+/// identity.
 class HALVEX_EXPORT CHalvexEphemerisGLO : public IHalvexEphemerisBase {
 public:
     CHalvexEphemerisGLO() = default;

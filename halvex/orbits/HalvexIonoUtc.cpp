@@ -1,5 +1,8 @@
 #include "halvex/orbits/HalvexIonoUtc.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/time/TimeBase.h"
 
@@ -70,5 +73,6 @@ std::int32_t CHalvexIonoUtc::getValidMJDStart() const {
 }
 
 std::int32_t CHalvexIonoUtc::getValidMJDEnd() const {
-    return referenceDay() + 7;
+    // A week of rubbish puts the reference time at the end of all days.
+    return std::min(referenceDay(), std::numeric_limits<std::int32_t>::max() - 7) + 7;
 }

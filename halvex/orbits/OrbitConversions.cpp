@@ -157,7 +157,7 @@ bool convertGLOEphemeris(const CHalvexEphemerisGLO& from, CALN::CALX_SAT_EPHEMER
     r.referenceSecondsOfDay = d.referenceSecondsOfDay;
     r.fourYearInterval = d.trailing[0];
     r.controlFlags = d.trailing[1];
-    r.unhealthyLine = d.trailing[2];
+    r.healthFlags = d.trailing[2];
     r.recordFlags = d.flags;
     to = r;
     return true;
@@ -188,7 +188,7 @@ bool convertGLOEphemeris(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, CHalvexEphem
     d.deltaTauN = r.deltaTauN;
     d.gammaN = r.gammaN;
     d.ageOfData = r.ageOfData;
-    d.trailing = {r.fourYearInterval, r.controlFlags, r.unhealthyLine};
+    d.trailing = {r.fourYearInterval, r.controlFlags, r.healthFlags};
     d.iod = PIO::RTCM3::generateGLONASSIOD(r.tb);
     d.frequencyNumber = r.frequencyNumber;
     d.flags = r.recordFlags;

@@ -193,7 +193,7 @@ TEST(NavigationReader, GlonassTime) {
     EXPECT_EQ(status("").dayNumber, 732) << "1 January in Moscow";
     const auto known = status("     1.790000000000e+02 5.587935447693e-09 2.000000000000e+00 6.000000000000e+00\n");
     EXPECT_TRUE(known.controlFlags == 51 && known.modification == 1 && known.accuracyIndex == 2);
-    EXPECT_TRUE(known.deltaTauN == 5.587935447693e-9 && known.unhealthyLine == 1 && known.almanacHealth == 2);
+    EXPECT_TRUE(known.deltaTauN == 5.587935447693e-9 && known.healthFlags == 6);
     EXPECT_EQ(known.health, 3U);
     const auto unknown = status("                         .999999999999e+09 1.500000000000e+01\n");
     EXPECT_TRUE(unknown.deltaTauN == 0.0 && unknown.accuracyIndex == 15 && unknown.health == 1);

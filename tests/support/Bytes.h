@@ -45,11 +45,11 @@ void expectSavedForm(const Record& record, Record other, const Bytes& golden) {
     }
     EXPECT_FALSE(other.loadData(nullptr, golden.size()));
     record.saveData(nullptr, golden.size());
-    EXPECT_TRUE(other == before);
+    EXPECT_TRUE(other == before && saved(other) == saved(before));
     Bytes longer = golden;
     longer.push_back(0xEE);
     EXPECT_TRUE(other.loadData(longer.data(), longer.size()));
-    EXPECT_TRUE(other == record);
+    EXPECT_TRUE(other == record && saved(other) == golden);
 }
 
 }  // namespace halvex::test

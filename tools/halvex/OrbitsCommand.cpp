@@ -181,7 +181,7 @@ private:
     static ORBIT_COORD inShortSteps(const CALN::CALX_SAT_EPHEMERIS_GLONASS& record, const SMjdTime& t) {
         constexpr double kMinute = 60.0;
         double position[3] = {};
-        static_cast<void>(CALN::POS_SAT_CalcSatPosCartesianGlo(record, t.GetGpsSeconds(), position, kMinute));
+        static_cast<void>(CALN::POS_SAT_CalcSatPosCartesianGloSteps(record, t.GetGpsSeconds(), kMinute, position));
         return {position[0], position[1], position[2]};
     }
 

@@ -28,9 +28,8 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_GLONASS : CALX_SAT_EPHEMERIS_BASE,
     int ageOfData = 0;                       ///< E_n [d]
     unsigned int fourYearInterval = 0;       ///< N_4
     unsigned int controlFlags = 0;           ///< P (bits 0, 1), P1 (2, 3), P2 (4), P3 (5), P4 (6)
-    unsigned int unhealthyLine = 0;          ///< l_n
+    unsigned int healthFlags = 0;            ///< Cn of the almanac (bit 0: healthy), whether it is known (1), l_n (2)
     unsigned int recordFlags = 0;            ///< of the host, carried
-    unsigned char almanacHealth = 0;         ///< bit 0: Cn, 1 healthy; bit 1: Cn is known (RINEX: A_C)
 
     [[nodiscard]] unsigned int GetSatId() const { return satId; }
     [[nodiscard]] SMjdTime GetReferenceTime() const { return {int{week}, referenceSeconds}; }
@@ -58,8 +57,7 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_GLONASS : CALX_SAT_EPHEMERIS_BASE,
         io(r.accuracyIndex);
         io(r.referenceSecondsOfDay);
         io(r.ageOfData);
-        for (auto* word : {&r.fourYearInterval, &r.controlFlags, &r.unhealthyLine, &r.recordFlags}) io(*word);
-        io(r.almanacHealth);
+        for (auto* word : {&r.fourYearInterval, &r.controlFlags, &r.healthFlags, &r.recordFlags}) io(*word);
     }
 };
 

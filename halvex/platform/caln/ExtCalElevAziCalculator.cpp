@@ -234,7 +234,7 @@ const Epoch& ExtCalElevAziCalculator::State::fill(const SMjdTime& t,
         }
     }
     batch.compute(halvex::orbitKernels(), add);
-    epoch.filled = true;
+    epoch.filled = CGlobalGeodeticSettings::GetPZ90ToWGS84() == frame;  // else somebody has changed it meanwhile
     return epoch;
 }
 
@@ -319,6 +319,8 @@ bool ExtCalElevAziCalculator::ProcessGLOEphemeris(const Message<CALX_SAT_EPHEMER
     const double distance = std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
     const double sum = v[0] + v[1] + v[2] + a[0] + a[1] + a[2] + message->referenceSeconds;
     if (!std::isfinite(distance) || !std::isfinite(sum) || distance < kepler::kSmallestSemiMajorAxis) return false;
+    // Integration takes a step for every 500 s: a second that is none of a week must not keep it busy for ever.
+    if (!(message->referenceSeconds >= 0.0 && message->referenceSeconds <= kepler::kWeek)) return false;
     const SCalSatID id = idOf(eCALSATSYSTEM_GLONASS, message->satId);
     setGlonassChannel(id, message->frequencyNumber);
     return m_state->take(

@@ -57,7 +57,12 @@ int POS_SAT_CalcSatPosCartesianBds(const CALX_SAT_EPHEMERIS_BEIDOU& record, doub
 }
 
 int POS_SAT_CalcSatPosCartesianGlo(const CALX_SAT_EPHEMERIS_GLONASS& record, double gpsSecondsOfWeek,
-                                   double position[3], double step) {
+                                   double position[3]) {
+    return POS_SAT_CalcSatPosCartesianGloSteps(record, gpsSecondsOfWeek, halvex::glonass::kStep, position);
+}
+
+int POS_SAT_CalcSatPosCartesianGloSteps(const CALX_SAT_EPHEMERIS_GLONASS& record, double gpsSecondsOfWeek, double step,
+                                        double position[3]) {
     namespace glonass = halvex::glonass;
     const double seconds = kepler::withinHalfWeek(gpsSecondsOfWeek - record.referenceSeconds);
     if (!(std::abs(seconds) <= kepler::kWeek && step >= 1.0)) return kPositionNoOrbit;

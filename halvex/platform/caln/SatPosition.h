@@ -31,10 +31,13 @@ HALVEX_EXPORT int POS_SAT_CalcSatPosCartesianBds(const CALX_SAT_EPHEMERIS_BEIDOU
 /// NavIC. NavIC ICD for SPS, appendix A.
 HALVEX_EXPORT int POS_SAT_CalcSatPosCartesianNavic(const CALX_SAT_EPHEMERIS_NAVIC& record, double gpsSecondsOfWeek,
                                                    double position[3]);
-/// GLONASS, transformed to WGS-84. GLONASS ICD 5.1, A.3.1.2, in Runge-Kutta steps of `step` seconds, at least 1: those
-/// of CHalvexEphemerisGLO, which leave up to a metre after a quarter of an hour, or shorter ones (the ICD has 60 s).
+/// GLONASS, transformed to WGS-84. GLONASS ICD 5.1, A.3.1.2, in the Runge-Kutta steps of CHalvexEphemerisGLO (500 s),
+/// which leave up to a metre after a quarter of an hour.
 HALVEX_EXPORT int POS_SAT_CalcSatPosCartesianGlo(const CALX_SAT_EPHEMERIS_GLONASS& record, double gpsSecondsOfWeek,
-                                                 double position[3], double step = 500.0);
+                                                 double position[3]);
+/// The same in steps of `step` seconds, at least 1; the ICD has 60.
+HALVEX_EXPORT int POS_SAT_CalcSatPosCartesianGloSteps(const CALX_SAT_EPHEMERIS_GLONASS& record, double gpsSecondsOfWeek,
+                                                      double step, double position[3]);
 
 }  // namespace CALN
 

@@ -1,0 +1,113 @@
+#include <array>
+
+#include "halvex/orbits/HalvexElevAziCalculator.h"
+#include "halvex/orbits/HalvexEphemerisBDS.h"
+#include "halvex/orbits/HalvexEphemerisGAL.h"
+#include "halvex/orbits/HalvexEphemerisNAVIC.h"
+#include "halvex/orbits/HalvexEphemerisQZSS.h"
+#include "halvex/orbits/ThinAlmanacs.h"
+#include "tests/orbits/Convert.h"
+#include "tests/support/OrbitSamples.h"
+
+namespace {
+
+using namespace halvex::test;
+
+constexpr double kToe = 397312;  // a multiple of 4096 s
+const SMjdTime kNow(2111, kToe);
+
+/// Feeds `count` satellites of a system, over longitudes 0.05, 0.1 ...
+template <class Ephemeris>
+void add(CHalvexElevAziCalculator& calculator, int first, int count) {
+    for (int i = 0; i < count; ++i) {
+        const auto satId = static_cast<unsigned char>(first + i);
+        EXPECT_TRUE(calculator.ProcessNewEphemeris(circularOrbit<Ephemeris>(satId, kToe, 0.05 * (i + 1))));
+    }
+}
+std::array<int, 5> counts(const CSiteRawDataHistoryItem& item) {
+    return {item.visibleGps, item.visibleGlonass, item.visibleBeidou, item.visibleGalileo, item.visibleQzss};
+}
+
+TEST(ElevAziCalculator, CountsBySystemInTheirOrder) {
+    CHalvexElevAziCalculator calculator(0, 0, 0, nullptr);
+    for (unsigned char n = 1; n <= 3; ++n) {
+        const auto almanac = as<CHalvexAlmanac>(circularOrbit<CALN::CALX_SAT_ALMANAC>(n, kToe));
+        EXPECT_TRUE(calculator.ProcessNewAlmanac(almanac));
+        const auto glonass = as<CHalvexEphemerisGLO>(glonassOrbit(n, kToe));
+        EXPECT_TRUE(n == 3 || calculator.ProcessNewEphemeris(glonass));
+    }
+    add<CHalvexEphemerisGAL>(calculator, 57, 4);
+    add<CHalvexEphemerisBDS>(calculator, 6, 5);
+    add<CHalvexEphemerisQZSS>(calculator, 193, 6);
+    add<CHalvexEphemerisNAVIC>(calculator, 1, 7);
+    CSiteRawDataHistoryItem item{9, 9, 9, 9, 9};
+    EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, item));
+    EXPECT_EQ(counts(item), (std::array{3, 2, 5, 4, 6}));
+    unsigned char gps = 9, glonass = 9, beidou = 9, galileo = 9, qzss = 9;
+    EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, 0.1, gps, glonass, beidou, galileo, qzss));
+    EXPECT_EQ(counts({gps, glonass, beidou, galileo, qzss}), counts(item));
+    CALN::SCalElevationAzimuth table;
+    EXPECT_TRUE(calculator.GetElevAziData({0, 0, 0}, kNow, table, false));
+    double elevation = 0.0, azimuth = 0.0;
+    EXPECT_TRUE(table.getEleAzi({CALN::eCALSATSYSTEM_NAVIC, 7}, elevation, azimuth)) << "there, though not counted";
+
+    const std::pair<CGeoCoord, SMjdTime> rows[] = {// the Earth is between; nothing serves that time; no site
+                                                   {{0, kPi, 0}, kNow},
+                                                   {{0, 0, 0}, SMjdTime(1900, 0.0)},
+                                                   {{1.6, 0, 0}, kNow}};
+    for (const auto& [site, t] : rows) {
+        item = {9, 9, 9, 9, 9};
+        EXPECT_TRUE(calculator.GetVisibilityCount(site, t, 0.0, item));
+        EXPECT_EQ(counts(item), (std::array{0, 0, 0, 0, 0}));
+    }
+    calculator.Reset();
+    EXPECT_FALSE(calculator.GetElevAziData({0, 0, 0}, kNow, table, true));
+}
+
+TEST(ElevAziCalculator, TheMaskItselfIsNotVisible) {
+    CHalvexElevAziCalculator calculator(0, 0, 0, nullptr);
+    auto record = circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, kToe, 0.5);
+    EXPECT_TRUE(calculator.ProcessNewEphemeris(as<CHalvexEphemeris>(record)));
+    CALN::SCalElevationAzimuth table;
+    double elevation = 0.0, azimuth = 0.0;
+    EXPECT_TRUE(calculator.GetElevAziData({0, 0, 0}, kNow, table, false));
+    ASSERT_TRUE(table.getEleAzi({CALN::eCALSATSYSTEM_GPS, 7}, elevation, azimuth));
+    EXPECT_NEAR(elevation, std::atan2(std::cos(0.5) - 6378137 / 26560e3, std::sin(0.5)), 1e-12);
+    EXPECT_NEAR(azimuth, kPi / 2, 1e-12);
+    const auto visible = [&](double mask) {
+        CSiteRawDataHistoryItem item;
+        EXPECT_TRUE(calculator.GetVisibilityCount({0, 0, 0}, kNow, mask, item));
+        return item.visibleGps;
+    };
+    EXPECT_EQ(visible(elevation), 0);
+    EXPECT_EQ(visible(std::nextafter(elevation, 0.0)), 1);
+    CALN::SCalSatEpochDataOrbit direction;
+    const MDB::CPrnIdZ9 prn(CALN::eCALSATSYSTEM_GPS, 7);
+    EXPECT_TRUE(calculator.GetSatElevAziData(prn, {0, 0, 0}, kNow, direction));
+    EXPECT_NEAR(direction.elevation, elevation, 1e-12);
+    EXPECT_FALSE(calculator.GetSatElevAziData({CALN::eCALSATSYSTEM_GPS, 8}, {0, 0, 0}, kNow, direction));
+    EXPECT_FALSE(calculator.GetSatElevAziData(prn, {std::nan(""), 0, 0}, kNow, direction));
+
+    record.health = 1;
+    record.toe = kToe + 16;
+    EXPECT_TRUE(calculator.ProcessNewEphemeris(as<CHalvexEphemeris>(record)));
+    const SMjdTime later(2111, kToe + 16);
+    EXPECT_FALSE(calculator.GetElevAziData({0, 0, 0}, later, table, false)) << "not healthy";
+    EXPECT_TRUE(calculator.GetElevAziData({0, 0, 0}, later, table, true));
+}
+
+TEST(ElevAziCalculator, OnlyConversionsFail) {
+    CHalvexElevAziCalculator calculator(0, 0, 0, nullptr);
+    const auto gps = as<CHalvexEphemeris>(circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, kToe));
+    EXPECT_FALSE(calculator.ProcessNewEphemeris(patched(gps, 36, std::nan(""))));
+    EXPECT_FALSE(calculator.ProcessNewEphemeris(patched(as<CHalvexEphemerisGLO>(glonassOrbit(7, kToe)), 131, 0.5)));
+    EXPECT_FALSE(calculator.ProcessNewAlmanac(patched(CHalvexAlmanac(), 5, std::nan(""))));
+    EXPECT_FALSE(calculator.ProcessNewAlmanac(patched(CHalvexAlmanacGlonass(), 24, std::nan(""))));
+    EXPECT_TRUE(calculator.ProcessNewEphemeris(patched(gps, 60, 1.0))) << "the engine refuses it, which is not told";
+    EXPECT_TRUE(calculator.ProcessNewEphemeris(CHalvexEphemerisGAL()));
+    EXPECT_TRUE(calculator.ProcessNewAlmanac(CHalvexAlmanacNavic()));
+    CALN::SCalElevationAzimuth table;
+    EXPECT_FALSE(calculator.GetElevAziData({0, 0, 0}, kNow, table, true)) << "nothing was kept";
+}
+
+}  // namespace
