@@ -1,7 +1,7 @@
 #pragma once
 
-#include <array>
-#include <cstdio>
+#include <fmt/format.h>
+
 #include <string>
 #include <utility>
 
@@ -30,11 +30,9 @@ inline rinex::NavigationReader navigationReaderOf(const std::string& text) {
 /// A record whose every field prints its own place: four to a line, the epoch being number 0.
 inline std::string numberedRecord(const std::string& epoch, int lines, std::size_t indent = 4) {
     std::string text = epoch;
-    std::array<char, 32> field{};
     for (int i = 1; i < 4 * lines; ++i) {
         if (i % 4 == 0) text += '\n' + std::string(indent, ' ');
-        std::snprintf(field.data(), field.size(), "%19.12E", static_cast<double>(i));
-        text += field.data();
+        text += fmt::format("{:19.12E}", static_cast<double>(i));
     }
     return text + '\n';
 }

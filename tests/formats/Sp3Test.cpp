@@ -1,8 +1,9 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <locale>
 #include <sstream>
 #include <tuple>
 
@@ -49,6 +50,7 @@ std::string story(const std::string& text) {
     Sp3Reader reader;
     if (!reader.open(linesOf(text))) return "! " + reader.error().text() + '\n';
     std::ostringstream told;
+    told.imbue(std::locale::classic());
     told.precision(15);
     Epoch epoch;
     for (auto result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
@@ -153,10 +155,10 @@ TEST(PreciseOrbits, InterpolateWhereAllPointsAreThere) {
     std::string text = kHeader;
     for (int i = 0; i < 40; ++i) {
         const ORBIT_COORD p = circular(i * kStep);
-        char line[200];
-        std::snprintf(line, sizeof line, "*  2022  1  1 %2d %2d  0.00000000\nPG01%14.6f%14.6f%14.6f 999999.999999\n",
-                      i / 4, i % 4 * 15, p.x / 1e3, p.y / 1e3, p.z / 1e3);
-        if (i != 20) text += line + (i == 30 ? kR26 : with(line + 32, "G01", "R26"));
+        const std::string line =
+            fmt::format("*  2022  1  1 {:2} {:2}  0.00000000\nPG01{:14.6f}{:14.6f}{:14.6f} 999999.999999\n", i / 4,
+                        i % 4 * 15, p.x / 1e3, p.y / 1e3, p.z / 1e3);
+        if (i != 20) text += line + (i == 30 ? kR26 : with(line.substr(32), "G01", "R26"));
     }
     PreciseOrbits orbits;
     ASSERT_TRUE(orbits.read(linesOf(text)));
