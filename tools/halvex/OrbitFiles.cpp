@@ -61,8 +61,9 @@ bool isRinex(const std::string& file) {
 
 }  // namespace
 
-OrbitFiles::OrbitFiles(bool keepGoing)
+OrbitFiles::OrbitFiles(bool keepGoing, Listener listener)
     : m_keepGoing(keepGoing),
+      m_listener(std::move(listener)),
       m_calculator(kOrbitsPerSatellite, 0, 0, nullptr),
       m_latestPlausible(CSatelliteTime(true)) {
     m_latestPlausible.AddDays(1.0);
@@ -194,7 +195,9 @@ void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::Naviga
         void operator()(const rinex::IonosphereModel&) const { self.passOver("ionosphere models (ION)"); }
         void operator()(const rinex::EarthOrientation&) const { self.passOver("Earth orientation (EOP)"); }
     } taker{*this, reader};
+    const std::uint64_t takenBefore = m_taken;
     std::visit(taker, record);
+    if (m_listener && m_taken != takenBefore) m_listener(record);
 }
 
 const CALN::CALX_SAT_EPHEMERIS_GLONASS* OrbitFiles::glonass(const CALN::SCalSatID& id,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <tuple>
@@ -19,7 +20,10 @@ namespace halvex::tool {
 /// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too.
 class OrbitFiles {
 public:
-    explicit OrbitFiles(bool keepGoing);
+    /// Called with each ephemeris that is taken, after it is.
+    using Listener = std::function<void(const rinex::NavigationRecord&)>;
+
+    explicit OrbitFiles(bool keepGoing, Listener listener = nullptr);
 
     void read(const std::vector<std::string>& files);
 
@@ -51,6 +55,7 @@ private:
     void fault(const std::string& text);
 
     bool m_keepGoing;
+    Listener m_listener;
     CHalvexElevAziCalculator m_calculator;
     std::map<Issue, ORBIT_COORD> m_issues;  // where each puts its satellite at its reference time
     std::map<CALN::SCalSatID, std::uint64_t> m_satellites;
