@@ -32,7 +32,10 @@ constexpr unsigned char kMadeUp = CALN::kSimulatedSource | CALN::eCALORBITSOURCE
 /// How far GPS time is ahead of the time in which a system's reference times are round [s].
 double gpsAhead(CALN::eCALSATSYSTEM system, const SMjdTime& t) {
     if (system == CALN::eCALSATSYSTEM_BEIDOU) return rinex::kGpsMinusBeiDou;
-    return system == CALN::eCALSATSYSTEM_GLONASS ? rinex::gpsMinusUtc(t) : 0.0;
+    if (system != CALN::eCALSATSYSTEM_GLONASS) return 0.0;
+    SMjdTime utc = t;
+    utc.SubtractSeconds(rinex::gpsMinusUtc(t));  // at most a second off, just before a step
+    return rinex::gpsMinusUtc(utc);
 }
 
 SMjdTime nearestReference(const OwnConstellation::Plan& plan, const SMjdTime& t) {
@@ -225,7 +228,7 @@ void OwnConstellation::renewGlonass(Satellite& satellite, unsigned char number, 
     r.satId = number;
     r.source = kMadeUp;
     SMjdTime utc = reference;
-    const int leapSeconds = rinex::gpsMinusUtc(reference);
+    const int leapSeconds = static_cast<int>(gpsAhead(satellite.plan->system, reference));
     utc.SubtractSeconds(leapSeconds);
     static_cast<void>(rinex::setGlonassTime(utc, leapSeconds, r));  // serving() has seen to the week
     r.frameTime = r.referenceSecondsOfDay;
