@@ -84,6 +84,7 @@ struct Fit {
                 const CHalvexObservation* observed = nullptr;
                 const auto type = static_cast<CPrnID::PrnType>(systemOfCode(id.system)->typeBit());
                 if (!station.GetObservation(CPrnID(id.number, type), observed)) continue;
+                EXPECT_TRUE(sky.serving(id, t).healthy);
                 const double range = sky.range(id, t);
                 const double rate = sky.range(id, later(t, 0.5)) - sky.range(id, later(t, -0.5));
                 double neutral = 0.0, charged = 0.0;
@@ -131,8 +132,9 @@ struct Simulate : testing::Test {
 TEST_F(Simulate, ObservationsAndNavigationFitTogether) {
     // Over a week's end. What the second run reads it writes again: all is used.
     run("a", {"--start", "2021-01-02T21:50", "--hours", "12"});
-    run("b", {"--start", "2021-01-02T21:50", "--hours", "12", "--nav", folder.path("a.nav")});
-    EXPECT_TRUE(file("a.nav") == file("b.nav"));
+    run("b", {"--start", "2021-01-02T21:50", "--hours", "12", "--nav", folder.path("a.nav"), "--atmosphere", "off"});
+    EXPECT_TRUE(bodyOf(folder.path("a.nav")) == bodyOf(folder.path("b.nav")));
+    EXPECT_EQ(lines(file("a.nav")), lines(file("b.nav")) + 2) << "one header has an ionosphere";
 
     tool::Simulation::Settings settings{
         .start = SMjdTime(2021, 1, 2, 21, 50, 0.0), .interval = 150.0, .duration = 43200.0};
@@ -161,7 +163,7 @@ TEST_F(Simulate, EphemeridesHandOverWithoutAStep) {
     run("a", {"--start", "2016-12-31T20:00", "--hours", "12"});  // GLONASS lives through a leap second
     Sky sky(folder.path("a.nav"));
     const std::map<int, std::size_t> counts = {{1, 7}, {2, 25}, {3, 73}, {5, 13}};
-    ASSERT_EQ(sky.clocks.size(), 102U);
+    EXPECT_TRUE(sky.clocks.size() == 102 && sky.files.json()["repeated"] == 0);
     for (const auto& [id, clocks] : sky.clocks) {
         const std::string name = std::to_string(id.system) + "/" + std::to_string(id.number);
         EXPECT_EQ(clocks.size(), counts.at(id.system)) << name;
