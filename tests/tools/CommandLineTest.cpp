@@ -57,23 +57,6 @@ TEST(CommandLine, TimesInTheirForms) {
               "ESBC00DNK_R_20201771345_01H\nesbc177n.20\n");
 }
 
-TEST(CommandLine, SimulationIsTheSameEveryTime) {
-    const TemporaryFolder folder;
-    const auto simulated = [&](const char* seed) {
-        EXPECT_EQ(runTool({"simulate", "--out", folder.path("f"), "--hours", "0.5", "--seed", seed}).status, 0);
-        return readFile(folder.path("f"));
-    };
-    const std::string first = simulated("1");
-    EXPECT_FALSE(simulated("2") == first);
-    const CommaLocale comma;
-    const ScopedVariable zone("TZ", "Pacific/Kiritimati");
-    EXPECT_TRUE(simulated("1") == first);
-
-    const ToolRun full = runTool({"simulate", "--out", "/dev/full"});
-    EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(full.err, "halvex: /dev/full: cannot be written: No space left on device\n");
-}
-
 TEST(CommandLine, DemoDoesTheWholeJob) {
     const TemporaryFolder folder;
     const ScopedVariable temporary("TMPDIR", folder.path("").c_str());

@@ -13,8 +13,8 @@
 #include "halvex/orbits/HalvexEphemerisGLO.h"
 #include "halvex/orbits/HalvexEphemerisNAVIC.h"
 #include "halvex/orbits/HalvexEphemerisQZSS.h"
-#include "halvex/platform/caln/SatPosition.h"
 #include "halvex/time/SatelliteTime.h"
+#include "tools/halvex/BroadcastOrbit.h"
 
 namespace halvex::tool {
 namespace {
@@ -35,22 +35,6 @@ bool fill(Ephemeris& ephemeris, const Record& record) {
     return true;
 }
 
-int positionOf(const CALN::CALX_SAT_EPHEMERIS& r, double seconds, double position[3]) {
-    return CALN::POS_SAT_CalcSatPosCartesian(r, seconds, position);
-}
-int positionOf(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r, double seconds, double position[3]) {
-    return CALN::POS_SAT_CalcSatPosCartesianGal(r, seconds, position);
-}
-int positionOf(const CALN::CALX_SAT_EPHEMERIS_BEIDOU& r, double seconds, double position[3]) {
-    return CALN::POS_SAT_CalcSatPosCartesianBds(r, seconds, position);
-}
-int positionOf(const CALN::CALX_SAT_EPHEMERIS_NAVIC& r, double seconds, double position[3]) {
-    return CALN::POS_SAT_CalcSatPosCartesianNavic(r, seconds, position);
-}
-int positionOf(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, double seconds, double position[3]) {
-    return CALN::POS_SAT_CalcSatPosCartesianGlo(r, seconds, position);
-}
-
 /// Satellites that receivers know and the library's classes have no number for, such as R26 and I10.
 bool hasPlace(const CALN::SCalSatID& id) {
     return satelliteIndex(id) >= 0 &&
@@ -67,8 +51,9 @@ bool isRinex(const std::string& file) {
 
 }  // namespace
 
-OrbitFiles::OrbitFiles(bool keepGoing, const SMjdTime& when)
+OrbitFiles::OrbitFiles(bool keepGoing, const SMjdTime& when, Listener listener)
     : m_keepGoing(keepGoing),
+      m_listener(std::move(listener)),
       m_calculator(kOrbitsPerSatellite, 0, 0, nullptr),
       m_almanacReference(when.IsSet() ? when : CSatelliteTime(true)),
       m_latestPlausible(CSatelliteTime(true)) {
@@ -138,26 +123,22 @@ void OrbitFiles::readAlmanac(const std::string& file) {
 }
 
 template <class Ephemeris, class Record>
-bool OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
+void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
     const auto bad = [&](const std::string& what) {
         fault(fmt::format("{}:{}: the ephemeris of {} {}", reader.lines().name(), reader.line(),
                           rinex::satelliteName(reader.satellite()), what));
-        return false;
     };
     if (!hasPlace(reader.satellite())) {
         passOver(rinex::satelliteName(reader.satellite()));
-        return false;
+        return;
     }
     Ephemeris ephemeris;
     if (!fill(ephemeris, record)) return bad("has a number that cannot be");
     if (!ephemeris.IsDataValid()) return bad("is not plausible");
     const SMjdTime reference = ephemeris.GetRefTime();
     if (reference > m_latestPlausible) return bad("is of the future: " + formatTime(reference));
-    double position[3] = {};
-    if (positionOf(record, reference.GetGpsSeconds(), position) != CALN::kPositionDone) {
-        return bad("has elements of no orbit");
-    }
-    const ORBIT_COORD at{position[0], position[1], position[2]};
+    ORBIT_COORD at;
+    if (!broadcastPosition(record, reference.GetGpsSeconds(), at)) return bad("has elements of no orbit");
     const Issue key{ephemeris.GetSatID(), reader.kind(), std::llround(reference.GetAsMjd() * 86400.0), issue};
     const auto [known, isNew] = m_issues.emplace(key, at);
     if (!isNew) {
@@ -172,7 +153,6 @@ bool OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Reco
     ++m_taken;
     ++m_satellites[ephemeris.GetSatID()];
     m_ephemerides.add(reference);
-    return true;
 }
 
 void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record) {
@@ -187,8 +167,7 @@ void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::Naviga
             }
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r) const {
-            if (!self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb)) return;
-            self.m_glonass[{{CALN::eCALSATSYSTEM_GLONASS, r.satId}, r.GetReferenceTime()}] = r;
+            self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb);
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r) const {
             self.takeEphemeris<CHalvexEphemerisGAL>(reader, r, r.iodNav * 4U + r.navType);
@@ -207,13 +186,9 @@ void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::Naviga
         void operator()(const rinex::IonosphereModel&) const { self.passOver("ionosphere models (ION)"); }
         void operator()(const rinex::EarthOrientation&) const { self.passOver("Earth orientation (EOP)"); }
     } taker{*this, reader};
+    const std::uint64_t takenBefore = m_taken;
     std::visit(taker, record);
-}
-
-const CALN::CALX_SAT_EPHEMERIS_GLONASS* OrbitFiles::glonass(const CALN::SCalSatID& id,
-                                                            const SMjdTime& referenceTime) const {
-    const auto at = m_glonass.find({id, referenceTime});
-    return at != m_glonass.end() ? &at->second : nullptr;
+    if (m_listener && m_taken != takenBefore) m_listener(record);
 }
 
 std::string OrbitFiles::text() const {

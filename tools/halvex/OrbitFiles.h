@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <tuple>
@@ -19,8 +20,11 @@ namespace halvex::tool {
 /// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too.
 class OrbitFiles {
 public:
+    /// Called with each ephemeris that is taken, after it is.
+    using Listener = std::function<void(const rinex::NavigationRecord&)>;
+
     /// The weeks of almanacs are completed to the latest that are not ahead of `when`; unset: now.
-    explicit OrbitFiles(bool keepGoing, const SMjdTime& when = {});
+    explicit OrbitFiles(bool keepGoing, const SMjdTime& when = {}, Listener listener = nullptr);
 
     void read(const std::vector<std::string>& files);
 
@@ -31,9 +35,6 @@ public:
     /// Satellites with an orbit, by system and number.
     [[nodiscard]] const std::map<CALN::SCalSatID, std::uint64_t>& satellites() const { return m_satellites; }
     [[nodiscard]] std::uint64_t taken() const { return m_taken; }
-    /// The GLONASS ephemeris of a slot with that reference time; null when there is none.
-    [[nodiscard]] const CALN::CALX_SAT_EPHEMERIS_GLONASS* glonass(const CALN::SCalSatID& id,
-                                                                  const SMjdTime& referenceTime) const;
 
     /// What was read: records by kind, those that are read over, duplicates, faults. For people and for --json.
     [[nodiscard]] std::string text() const;
@@ -55,17 +56,16 @@ private:
     void readNavigation(const std::string& file);
     void readAlmanac(const std::string& file);
     void take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record);
-    /// False: it was not taken.
     template <class Ephemeris, class Record>
-    bool takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
+    void takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
     void passOver(const std::string& what) { ++m_passedOver[what]; }
     void fault(const std::string& text);
 
     bool m_keepGoing;
+    Listener m_listener;
     CHalvexElevAziCalculator m_calculator;
     std::map<Issue, ORBIT_COORD> m_issues;  // where each puts its satellite at its reference time
     std::map<CALN::SCalSatID, std::uint64_t> m_satellites;
-    std::map<std::pair<CALN::SCalSatID, SMjdTime>, CALN::CALX_SAT_EPHEMERIS_GLONASS> m_glonass;
     std::map<std::string, std::uint64_t> m_passedOver;
     std::uint64_t m_taken = 0;
     std::uint64_t m_duplicates = 0;

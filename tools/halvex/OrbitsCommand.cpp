@@ -96,9 +96,12 @@ std::string groupOf(const CALN::SCalSatID& id) {
     return std::string(systemOfCode(id.system)->name);
 }
 
+/// GLONASS ephemerides by satellite and reference time.
+using GlonassRecords = std::map<std::pair<CALN::SCalSatID, SMjdTime>, CALN::CALX_SAT_EPHEMERIS_GLONASS>;
+
 class Comparison {
 public:
-    Comparison(OrbitFiles& orbits, const sp3::PreciseOrbits& precise, double maxAge) {
+    Comparison(OrbitFiles& orbits, const GlonassRecords& glonass, const sp3::PreciseOrbits& precise, double maxAge) {
         const auto& engine = orbits.calculator().GetEngine();
         for (const SMjdTime& t : precise.epochs()) {
             for (const sp3::Header::Satellite& satellite : precise.header().satellites) {
@@ -111,9 +114,10 @@ public:
                     ++m_unhealthy;
                 } else {
                     const Axes axes = axesAt(engine, satellite.id, t, *broadcast);
-                    if (const auto* record = orbits.glonass(satellite.id, broadcast->referenceTime)) {
+                    if (const auto record = glonass.find({satellite.id, broadcast->referenceTime});
+                        record != glonass.end()) {
                         m_groups["GLONASS, 500 s steps"].add(axes.partsOf(minus(broadcast->position, *truth)), t);
-                        broadcast->position = inShortSteps(*record, t);
+                        broadcast->position = inShortSteps(record->second, t);
                     }
                     const ORBIT_COORD parts = axes.partsOf(minus(broadcast->position, *truth));
                     m_satellites[satellite.id].add(parts, t);
@@ -191,11 +195,11 @@ private:
     std::uint64_t m_unhealthy = 0;
 };
 
-void compare(const Options& options, OrbitFiles& orbits) {
+void compare(const Options& options, OrbitFiles& orbits, const GlonassRecords& glonass) {
     sp3::PreciseOrbits precise;
     if (!precise.read(options.compare)) throw Failure(precise.errors().front());
     if (!options.keepGoing && !precise.errors().empty()) throw Failure(precise.errors().front());
-    const Comparison comparison(orbits, precise, options.maxAge);
+    const Comparison comparison(orbits, glonass, precise, options.maxAge);
     if (comparison.empty()) {
         const auto span = precise.span();
         throw Failure(fmt::format("{}: its span, {} to {}, has no satellite in common with the ephemerides",
@@ -260,12 +264,18 @@ void addOrbitsCommand(CLI::App& app) {
     command->add_flag("--keep-going", options->keepGoing, "pass over what is wrong in the files, and say how much");
     command->add_flag("--json", options->json, "as JSON");
     command->callback([options] {
-        OrbitFiles orbits(options->keepGoing, options->at.empty() ? SMjdTime() : parseTime(options->at));
+        GlonassRecords glonass;
+        OrbitFiles orbits(options->keepGoing, options->at.empty() ? SMjdTime() : parseTime(options->at),
+                          [&glonass](const rinex::NavigationRecord& record) {
+                              if (const auto* r = std::get_if<CALN::CALX_SAT_EPHEMERIS_GLONASS>(&record)) {
+                                  glonass[{{CALN::eCALSATSYSTEM_GLONASS, r->satId}, r->GetReferenceTime()}] = *r;
+                              }
+                          });
         orbits.read(options->files);
         if (options->compare.empty()) {
             positions(*options, orbits);
         } else {
-            compare(*options, orbits);
+            compare(*options, orbits, glonass);
         }
     });
 }
