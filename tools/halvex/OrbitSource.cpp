@@ -240,7 +240,7 @@ void OwnConstellation::renewGlonass(Satellite& satellite, unsigned char number, 
     r.frequencyNumber = static_cast<signed char>(satellite.channel);
     r.modification = 1;
     r.accuracyIndex = 3;    // 2.5 m
-    r.almanacHealth = 0x3;  // known, healthy
+    r.healthFlags = 0x3;  // known, healthy
     satellite.record = r;
 }
 
