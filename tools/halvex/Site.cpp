@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 #include <optional>
 
@@ -49,6 +50,11 @@ Site parseSite(const std::string& text) {
                           Failure::kWrongUsage);
         }
         return {text, CGeoCoord(latitude * kDegree, longitude * kDegree, height)};
+    }
+    std::error_code ignored;
+    if (!std::filesystem::exists(text, ignored)) {
+        throw Failure("the site '" + text + "' is neither LAT,LON,H nor X,Y,Z nor an observation file",
+                      Failure::kWrongUsage);
     }
     rinex::ObservationReader reader;
     if (!reader.open(text)) throw Failure(reader.error());
