@@ -62,7 +62,7 @@ Site parseSite(const std::string& text) {
     if (!header.position || !isOnEarth(*header.position)) {
         throw Failure(text + ": its header has no position; give the site as LAT,LON,H or X,Y,Z");
     }
-    return {header.markerName.empty() ? text : header.markerName, fromCartesian(*header.position)};
+    return {header.markerName.empty() ? text : header.markerName, fromCartesian(*header.position), true};
 }
 
 }  // namespace halvex::tool

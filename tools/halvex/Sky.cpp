@@ -112,9 +112,10 @@ SMjdTime ephemerisTime(const SMjdTime& time, const std::string& instead) {
 std::string siteText(const Site& site) {
     const double latitude = degrees(site.position.GetLatitude());
     const double longitude = degrees(site.position.GetLongitude());
-    return fmt::format("{} ({:.4f}\u00b0 {}, {:.4f}\u00b0 {}, {:.0f} m)", site.name, std::abs(latitude),
-                       latitude < 0.0 ? "S" : "N", std::abs(longitude), longitude < 0.0 ? "W" : "E",
-                       site.position.GetHeight());
+    const std::string place =
+        fmt::format("{:.4f}\u00b0 {}, {:.4f}\u00b0 {}, {:.0f} m", std::abs(latitude), latitude < 0.0 ? "S" : "N",
+                    std::abs(longitude), longitude < 0.0 ? "W" : "E", site.position.GetHeight());
+    return site.named ? site.name + " (" + place + ")" : place;
 }
 
 Json siteJson(const Site& site) {

@@ -68,11 +68,12 @@ void addSpanOptions(CLI::App& command, SkyOptions& options, const std::string& f
 /// Time of the first or last ephemeris. Failure (2), asking for `instead`, when the files hold almanacs alone.
 [[nodiscard]] SMjdTime ephemerisTime(const SMjdTime& time, const std::string& instead);
 
-/// A site for titles: its name, latitude, longitude and height.
+/// A site for titles: its name, if it has one, latitude, longitude and height.
 [[nodiscard]] std::string siteText(const Site& site);
 [[nodiscard]] Json siteJson(const Site& site);
+/// One line of JSON; bytes in names out of files that are no UTF-8 do no harm.
+[[nodiscard]] std::string jsonText(const Json& json);
 /// Prints a JSON object on one line, its last member "epochs" an array that grows epoch by epoch: memory does not.
-/// Bytes in names out of files that are no UTF-8 do no harm.
 class EpochPrinter {
 public:
     explicit EpochPrinter(const Json& head);
@@ -82,7 +83,7 @@ public:
 private:
     bool m_empty = true;
 };
-[[nodiscard]] std::string jsonText(const Json& json);
+
 /// Writes a picture ("-": standard output).
 void writePicture(const std::string& file, const std::string& picture);
 

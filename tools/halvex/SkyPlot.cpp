@@ -32,7 +32,7 @@ Box boxAround(Point centre, std::string_view text, double size) {
 
 /// What stands around the horizon, each with its place.
 std::vector<std::pair<std::string, Point>> azimuthNames() {
-    constexpr double kOutside = 18.0;
+    constexpr double kOutside = 26.0;
     const std::string_view winds[] = {"N", "E", "S", "W"};
     std::vector<std::pair<std::string, Point>> names;
     for (int azimuth = 0; azimuth < 360; azimuth += 30) {

@@ -55,8 +55,11 @@ public:
     Axes(const std::vector<VisibleSatellites>& epochs, unsigned highest) : m_first(epochs.front().t) {
         constexpr double kShortest = 60.0;  // so that a single epoch has a width
         m_length = std::max(kShortest, epochs.back().t.GetDifferenceInSeconds(m_first));
+        m_timeStep =
+            tickStep(m_length, 12.0,
+                     {10.0, 30.0, 60.0, 120.0, 300.0, 600.0, 1800.0, 3600.0, 7200.0, 10800.0, 21600.0, 43200.0, kDay});
         m_countStep = tickStep(std::max(1U, highest), 8.0, {1.0, 2.0, 5.0, 10.0});
-        m_top = m_countStep * std::ceil(std::max(1U, highest) / m_countStep);
+        m_top = m_countStep * (std::floor(highest / m_countStep) + 1.0);
     }
     [[nodiscard]] double x(const SMjdTime& t) const { return xOf(t.GetDifferenceInSeconds(m_first)); }
     [[nodiscard]] double end() const { return kPlot.x + kPlot.width; }
@@ -91,12 +94,9 @@ private:
 
     /// Full hours and their like, in seconds from the first epoch.
     [[nodiscard]] std::vector<double> timeTicks() const {
-        const double step =
-            tickStep(m_length, 12.0,
-                     {10.0, 30.0, 60.0, 120.0, 300.0, 600.0, 1800.0, 3600.0, 7200.0, 10800.0, 21600.0, 43200.0, kDay});
         const double ofDay = m_first.GetMjdFractMilliseconds() / 1000.0;
         std::vector<double> ticks;
-        for (double tick = std::ceil(ofDay / step) * step - ofDay; tick <= m_length; tick += step) {
+        for (double tick = std::ceil(ofDay / m_timeStep) * m_timeStep - ofDay; tick <= m_length; tick += m_timeStep) {
             ticks.push_back(tick);
         }
         return ticks;
@@ -111,8 +111,7 @@ private:
             SMjdTime t = m_first;
             t.AddSeconds(tick);
             const std::string text = formatTime(t);  // 2022-01-01T06:00:00
-            const bool wholeMinutes = text.ends_with(":00");
-            svg.text({xOf(tick), kPlot.y + kPlot.height + 20.0}, text.substr(11, wholeMinutes ? 5 : 8));
+            svg.text({xOf(tick), kPlot.y + kPlot.height + 20.0}, text.substr(11, m_timeStep < 60.0 ? 8 : 5));
             const double half = textWidth(text.substr(0, 10), 12.0) / 2.0;
             if (text.substr(0, 10) != date && xOf(tick) - half >= free) {
                 date = text.substr(0, 10);
@@ -124,7 +123,8 @@ private:
     }
 
     SMjdTime m_first;
-    double m_length = 0.0;  // [s]
+    double m_length = 0.0;    // [s]
+    double m_timeStep = 1.0;  // [s]
     double m_countStep = 1.0;
     double m_top = 1.0;
 };

@@ -140,10 +140,10 @@ std::string Tracking::text() const {
 }
 
 Json Tracking::json() const {
-    Json json = {{"observations", m_file},       {"epochs", m_epochs},        {"from", formatTime(m_first)},
-                 {"to", formatTime(m_last)},     {"badEpochs", m_faults},     {"systems", Json::object()},
-                 {"all", all().json()},          {"leftOut", Json::object()}, {"belowHorizon", Json::array()},
-                 {"withoutOrbit", Json::array()}};
+    Json json = {{"observations", m_file},        {"epochs", m_epochs},           {"from", formatTime(m_first)},
+                 {"to", formatTime(m_last)},      {"badEpochs", m_faults},        {"agrees", agrees()},
+                 {"all", all().json()},           {"systems", Json::object()},    {"leftOut", Json::object()},
+                 {"belowHorizon", Json::array()}, {"withoutOrbit", Json::array()}};
     for (const auto& [system, counts] : m_systems) json["systems"][systemOfCode(system)->name] = counts.json();
     for (const auto& [system, count] : m_leftOut) json["leftOut"][systemOfCode(system)->name] = count;
     for (const auto& [id, s] : m_below) {
