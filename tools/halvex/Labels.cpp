@@ -13,7 +13,9 @@ constexpr double kRingWidth = 5.0;
 }  // namespace
 
 std::optional<Box> Labels::place(Point marker, double radius, double width, double height, double reach) {
-    for (double distance = radius; distance <= reach; distance += kRingWidth) {
+    const int rings = static_cast<int>((reach - radius) / kRingWidth);
+    for (int ring = 0; ring <= rings; ++ring) {
+        const double distance = radius + ring * kRingWidth;
         for (const auto& [dx, dy] : kDirections) {
             const Point centre{marker.x + dx * (distance + width / 2.0), marker.y + dy * (distance + height / 2.0)};
             const Box box{centre.x - width / 2.0, centre.y - height / 2.0, width, height};

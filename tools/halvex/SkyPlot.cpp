@@ -76,7 +76,7 @@ void SkyPlot::add(const SMjdTime& t, const std::vector<SkySatellite>& satellites
         track.lastEpoch = m_epochs;
         track.healthy = satellite.healthy;
         track.end = pointOf(satellite.elevation, satellite.azimuth);
-        constexpr double kApart = 1.0;  // dense epochs do not make the picture larger
+        constexpr double kApart = 2.5;  // dense epochs do not make the picture larger
         if (track.points.empty() ||
             std::hypot(track.end.x - track.points.back().x, track.end.y - track.points.back().y) >= kApart) {
             track.points.push_back(track.end);

@@ -11,7 +11,8 @@
 namespace halvex::tool {
 
 /// A picture of the sky laid on the map: north up, east on the right, the zenith in the middle, the horizon around. One
-/// epoch gives a named mark for each satellite; several give tracks with a named mark at their ends.
+/// epoch gives a named mark for each satellite; several give tracks with a named mark at their ends. Names never
+/// overlap; one that finds no room near its mark, as on a day of all systems, is left out.
 class SkyPlot {
 public:
     static constexpr double kWidth = 800.0;

@@ -58,16 +58,18 @@ public:
         m_timeStep =
             tickStep(m_length, 12.0,
                      {10.0, 30.0, 60.0, 120.0, 300.0, 600.0, 1800.0, 3600.0, 7200.0, 10800.0, 21600.0, 43200.0, kDay});
-        m_countStep = tickStep(std::max(1U, highest), 8.0, {1.0, 2.0, 5.0, 10.0});
-        m_top = m_countStep * (std::floor(highest / m_countStep) + 1.0);
+        m_countStep = static_cast<unsigned>(tickStep(std::max(1U, highest), 8.0, {1.0, 2.0, 5.0, 10.0}));
+        m_top = m_countStep * (highest / m_countStep + 1);
     }
     [[nodiscard]] double x(const SMjdTime& t) const { return xOf(t.GetDifferenceInSeconds(m_first)); }
     [[nodiscard]] double end() const { return kPlot.x + kPlot.width; }
-    [[nodiscard]] double y(double count) const { return kPlot.y + kPlot.height * (1.0 - count / m_top); }
+    [[nodiscard]] double y(unsigned count) const {
+        return kPlot.y + kPlot.height * (1.0 - static_cast<double>(count) / m_top);
+    }
 
     void draw(Svg& svg, double mask) const {
         svg.beginGroup("stroke=\"#d0d0d0\"");
-        for (double count = 0.0; count <= m_top; count += m_countStep) {
+        for (unsigned count = 0; count <= m_top; count += m_countStep) {
             svg.line({kPlot.x, y(count)}, {kPlot.x + kPlot.width, y(count)});
         }
         const std::vector<double> ticks = timeTicks();
@@ -77,7 +79,7 @@ public:
         svg.rectangle(kPlot, "fill=\"none\" stroke=\"#4d4d4d\"");
         svg.endGroup();
         svg.beginGroup("text-anchor=\"end\"");
-        for (double count = 0.0; count <= m_top; count += m_countStep) {
+        for (unsigned count = 0; count <= m_top; count += m_countStep) {
             svg.text({kPlot.x - 7.0, y(count) + 4.5}, fmt::format("{}", count));
         }
         svg.endGroup();
@@ -95,10 +97,10 @@ private:
     /// Full hours and their like, in seconds from the first epoch.
     [[nodiscard]] std::vector<double> timeTicks() const {
         const double ofDay = m_first.GetMjdFractMilliseconds() / 1000.0;
+        const double first = std::ceil(ofDay / m_timeStep) * m_timeStep - ofDay;
+        const int after = static_cast<int>(std::floor((m_length - first) / m_timeStep));
         std::vector<double> ticks;
-        for (double tick = std::ceil(ofDay / m_timeStep) * m_timeStep - ofDay; tick <= m_length; tick += m_timeStep) {
-            ticks.push_back(tick);
-        }
+        for (int i = 0; i <= after; ++i) ticks.push_back(first + i * m_timeStep);
         return ticks;
     }
 
@@ -125,8 +127,8 @@ private:
     SMjdTime m_first;
     double m_length = 0.0;    // [s]
     double m_timeStep = 1.0;  // [s]
-    double m_countStep = 1.0;
-    double m_top = 1.0;
+    unsigned m_countStep = 1;
+    unsigned m_top = 1;
 };
 
 /// Steps, without the points in the middle of a level stretch.
@@ -144,6 +146,7 @@ std::vector<Point> stepsOf(const Curve& curve, const std::vector<VisibleSatellit
 /// Names and last counts at the curves' ends, from the top down and moved apart where the curves are not.
 void drawNames(Svg& svg, const std::vector<Curve>& curves, const Axes& axes) {
     std::vector<const Curve*> order;
+    order.reserve(curves.size());
     for (const Curve& curve : curves) order.push_back(&curve);
     std::stable_sort(order.begin(), order.end(),
                      [](const Curve* a, const Curve* b) { return a->counts.back() > b->counts.back(); });
