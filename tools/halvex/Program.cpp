@@ -20,6 +20,8 @@ int runProgram(const std::vector<std::string>& arguments) {
         addRawCommand(app);
         addNameCommand(app);
         addOrbitsCommand(app);
+        addSkyCommand(app);
+        addVisibilityCommand(app);
         addSimulateCommand(app);
         addDemoCommand(app);
         try {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 #include <optional>
 
@@ -50,13 +51,18 @@ Site parseSite(const std::string& text) {
         }
         return {text, CGeoCoord(latitude * kDegree, longitude * kDegree, height)};
     }
+    std::error_code ignored;
+    if (!std::filesystem::exists(text, ignored)) {
+        throw Failure("the site '" + text + "' is neither LAT,LON,H nor X,Y,Z nor an observation file",
+                      Failure::kWrongUsage);
+    }
     rinex::ObservationReader reader;
     if (!reader.open(text)) throw Failure(reader.error());
     const auto& header = reader.header();
     if (!header.position || !isOnEarth(*header.position)) {
         throw Failure(text + ": its header has no position; give the site as LAT,LON,H or X,Y,Z");
     }
-    return {header.markerName.empty() ? text : header.markerName, fromCartesian(*header.position)};
+    return {header.markerName.empty() ? text : header.markerName, fromCartesian(*header.position), true};
 }
 
 }  // namespace halvex::tool

@@ -10,6 +10,7 @@ namespace halvex::tool {
 struct Site {
     std::string name;  ///< of the marker, or the words it was given in
     CGeoCoord position;
+    bool named = false;  ///< the name is more than its coordinates
 };
 
 /// A site as people give it: "LAT,LON,H" (degrees north and east, metres), "X,Y,Z" (Earth-fixed metres; told apart by

@@ -40,6 +40,8 @@ void addInfoCommand(CLI::App& app);
 void addRawCommand(CLI::App& app);
 void addNameCommand(CLI::App& app);
 void addOrbitsCommand(CLI::App& app);
+void addSkyCommand(CLI::App& app);
+void addVisibilityCommand(CLI::App& app);
 void addSimulateCommand(CLI::App& app);
 void addDemoCommand(CLI::App& app);
 
