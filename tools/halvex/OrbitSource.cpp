@@ -244,8 +244,8 @@ void OwnConstellation::renewGlonass(Satellite& satellite, unsigned char number, 
     satellite.record = r;
 }
 
-FileOrbits::FileOrbits(const std::vector<std::string>& files)
-    : m_files(false, [this](const rinex::NavigationRecord& record) {
+FileOrbits::FileOrbits(const std::vector<std::string>& files, bool keepGoing)
+    : m_files(keepGoing, [this](const rinex::NavigationRecord& record) {
           m_records[{satelliteOf(record), referenceTimeOf(record)}] = record;
       }) {
     m_files.read(files);
