@@ -31,7 +31,7 @@ struct Sky {
     std::map<CALN::SCalSatID, int> channels;
     tool::OrbitFiles files;
 
-    explicit Sky(const std::string& file) : files(false, [this](const auto& record) { take(record); }) {
+    explicit Sky(const std::string& file) : files(false, SMjdTime(), [this](const auto& record) { take(record); }) {
         files.read({file});
     }
     void take(const rinex::NavigationRecord& record) {
@@ -139,7 +139,7 @@ TEST_F(Simulate, ObservationsAndNavigationFitTogether) {
     tool::Simulation::Settings settings{
         .start = SMjdTime(2021, 1, 2, 21, 50, 0.0), .interval = 150.0, .duration = 43200.0};
     tool::OwnConstellation own(settings.start);
-    tool::FileOrbits read({folder.path("a.nav")});
+    tool::FileOrbits read({folder.path("a.nav")}, false);
     for (tool::OrbitSource* orbits : std::initializer_list<tool::OrbitSource*>{&own, &read}) {
         settings.atmosphere = orbits == &own;
         const Fit fit(settings, *orbits, folder.path("a.nav"));
@@ -152,7 +152,7 @@ TEST_F(Simulate, ADayOnRealOrbits) {
     const char* const data = std::getenv("HALVEX_DATA");
     if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA names no folder with real data";
     const std::string nav = std::string(data) + "/nav/BRDC00IGS_R_20220010000_01D_MN.rnx.gz";
-    tool::FileOrbits orbits({nav});
+    tool::FileOrbits orbits({nav}, false);
     // At no time at which one ephemeris takes over from another.
     const Fit fit({.start = SMjdTime(2022, 1, 1, 0, 1, 7.0), .interval = 300.0, .duration = 86000.0}, orbits, nav);
     // The broadcast term of relativity does without the corrections of the radius: some centimetres.

@@ -239,13 +239,13 @@ void OwnConstellation::renewGlonass(Satellite& satellite, unsigned char number, 
     r.gammaN = satellite.drift;
     r.frequencyNumber = static_cast<signed char>(satellite.channel);
     r.modification = 1;
-    r.accuracyIndex = 3;    // 2.5 m
+    r.accuracyIndex = 3;  // 2.5 m
     r.healthFlags = 0x3;  // known, healthy
     satellite.record = r;
 }
 
-FileOrbits::FileOrbits(const std::vector<std::string>& files)
-    : m_files(false, SMjdTime(), [this](const rinex::NavigationRecord& record) {
+FileOrbits::FileOrbits(const std::vector<std::string>& files, bool keepGoing)
+    : m_files(keepGoing, SMjdTime(), [this](const rinex::NavigationRecord& record) {
           m_records[{satelliteOf(record), referenceTimeOf(record)}] = record;
       }) {
     m_files.read(files);

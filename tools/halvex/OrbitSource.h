@@ -73,15 +73,14 @@ private:
 };
 
 /// The satellites and ephemerides of navigation files, chosen as the elevation-azimuth engine does. Failure when a file
-/// cannot be read or none has an ephemeris.
+/// cannot be read or none has an ephemeris; faults in them as OrbitFiles treats them.
 class FileOrbits final : public OrbitSource {
 public:
-    explicit FileOrbits(const std::vector<std::string>& files);
+    FileOrbits(const std::vector<std::string>& files, bool keepGoing);
     [[nodiscard]] std::map<CALN::SCalSatID, int> satellites() const override;
     [[nodiscard]] const rinex::NavigationRecord* serving(const CALN::SCalSatID& id, const SMjdTime& t) override;
-    /// First and last reference time.
-    [[nodiscard]] const SMjdTime& first() const { return m_files.first(); }
-    [[nodiscard]] const SMjdTime& last() const { return m_files.last(); }
+    /// What was read.
+    [[nodiscard]] const OrbitFiles& files() const { return m_files; }
 
 private:
     OrbitFiles m_files;

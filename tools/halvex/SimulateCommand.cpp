@@ -20,6 +20,7 @@ struct Options {
     std::string start, position;
     std::string atmosphere = "on";
     double hours = 1.0;
+    bool keepGoing = false;
 };
 
 /// The command line is checked as far as it can be before a file is made.
@@ -41,14 +42,17 @@ std::unique_ptr<OrbitSource> orbitsFor(Options& options) {
     Simulation::Settings& settings = options.settings;
     if (!options.start.empty()) settings.start = parseTime(options.start);
     if (options.navigation.empty()) return std::make_unique<OwnConstellation>(settings.start);
-    auto orbits = std::make_unique<FileOrbits>(options.navigation);
-    if (options.start.empty()) settings.start = orbits->first();
+    auto orbits = std::make_unique<FileOrbits>(options.navigation, options.keepGoing);
+    if (options.keepGoing) std::cerr << orbits->files().text();
+    const SMjdTime first = orbits->files().first();
+    const SMjdTime last = orbits->files().last();
+    if (options.start.empty()) settings.start = first;
     constexpr double kLongestUse = 4.0 * 3600.0;  // of an ephemeris, away from its reference time [s]
-    const double late = settings.start.GetDifferenceInSeconds(orbits->last());
-    const double early = orbits->first().GetDifferenceInSeconds(settings.start) - settings.duration;
+    const double late = settings.start.GetDifferenceInSeconds(last);
+    const double early = first.GetDifferenceInSeconds(settings.start) - settings.duration;
     if (std::max(late, early) > kLongestUse) {
-        throw Failure(options.navigation.front() + ": its ephemerides, " + formatTime(orbits->first()) + " to " +
-                      formatTime(orbits->last()) + ", do not serve " + formatTime(settings.start));
+        throw Failure(options.navigation.front() + ": its ephemerides, " + formatTime(first) + " to " +
+                      formatTime(last) + ", do not serve " + formatTime(settings.start));
     }
     return orbits;
 }
@@ -90,6 +94,7 @@ void addSimulateCommand(CLI::App& app) {
                         "navigation file to write: the ephemerides that were used");
     command->add_option("--nav", options->navigation,
                         "navigation files whose satellites to take; without, a constellation of its own");
+    command->add_flag("--keep-going", options->keepGoing, "pass over what is wrong in these, and say how much");
     command->add_option("--start", options->start,
                         "first epoch; without, 2021-01-01, or the first reference time of the navigation files");
     command->add_option("--hours", options->hours, "length")->check(CLI::Range(0.0, 8784.0))->capture_default_str();

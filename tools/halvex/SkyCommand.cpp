@@ -52,7 +52,7 @@ void compare(const Options& options) {
     const SMjdTime to = options.to.empty() ? SMjdTime() : parseTime(options.to);
     if (from.IsSet() && to.IsSet()) static_cast<void>(makeSpan(from, to, std::nullopt));
     const Site site = parseSite(options.site.empty() ? options.tracked : options.site);
-    OrbitFiles orbits(options.keepGoing);
+    OrbitFiles orbits(options.keepGoing, from);
     orbits.read(options.files);
     const Tracking tracking(orbits, site, options.tracked, from, to, options.keepGoing);
     if (options.json) {
@@ -79,7 +79,7 @@ void show(const Options& options) {
     const double mask = options.maskRadians();
     std::optional<Span> span = spanOf(options);
     const Site site = siteOf(options);
-    OrbitFiles orbits(options.keepGoing);
+    OrbitFiles orbits(options.keepGoing, span ? span->first : SMjdTime());
     orbits.read(options.files);
     if (!span) span = Span{.first = ephemerisTime(orbits.first(), "say --at or --from and --to")};
 

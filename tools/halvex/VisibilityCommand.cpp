@@ -51,7 +51,7 @@ void count(const SkyOptions& options) {
     const std::optional<SMjdTime> to = options.to.empty() ? std::nullopt : std::optional(parseTime(options.to));
     if (from && to) static_cast<void>(makeSpan(*from, *to, options.step));  // before anything long is read
     const Site site = siteOf(options);
-    OrbitFiles orbits(options.keepGoing);
+    OrbitFiles orbits(options.keepGoing, from.value_or(SMjdTime()));
     orbits.read(options.files);
     const char* const instead = "say --from and --to";
     const Span span = makeSpan(from ? *from : ephemerisTime(orbits.first(), instead),
