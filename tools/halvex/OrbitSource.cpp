@@ -38,9 +38,11 @@ double gpsAhead(CALN::eCALSATSYSTEM system, const SMjdTime& t) {
     return rinex::gpsMinusUtc(utc);
 }
 
-SMjdTime nearestReference(const OwnConstellation::Plan& plan, const SMjdTime& t) {
+/// Of the least effective age, of two equally old ones the later.
+SMjdTime bestReference(const OwnConstellation::Plan& plan, const SMjdTime& t) {
     const double first = plan.phase + gpsAhead(plan.system, t);
-    const double periods = std::floor((t.GetGpsSeconds() - first) / plan.every + 0.5);
+    const double ahead = 1.0 / (1.0 + systemOfCode(plan.system)->costAhead);  // part of a period
+    const double periods = std::floor((t.GetGpsSeconds() - first) / plan.every + ahead);
     return {t.GetGpsWeek(), first + periods * plan.every};
 }
 
@@ -121,7 +123,7 @@ const rinex::NavigationRecord* OwnConstellation::serving(const CALN::SCalSatID& 
     const auto at = m_satellites.find(id);
     if (at == m_satellites.end()) return nullptr;
     Satellite& satellite = at->second;
-    const SMjdTime reference = nearestReference(*satellite.plan, t);
+    const SMjdTime reference = bestReference(*satellite.plan, t);
     const bool isBeidou = id.system == CALN::eCALSATSYSTEM_BEIDOU;
     const int firstWeek = isBeidou ? CALN::CALX_SAT_EPHEMERIS_BEIDOU::kGpsWeekOfWeek0 : 0;
     if (reference < SMjdTime(firstWeek, gpsAhead(id.system, t))) return nullptr;  // before the system's time began

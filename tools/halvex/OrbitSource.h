@@ -20,9 +20,9 @@ public:
     virtual ~OrbitSource() = default;
     /// Every satellite there is, with its GLONASS channel (0: another system).
     [[nodiscard]] virtual std::map<CALN::SCalSatID, int> satellites() const = 0;
-    /// The ephemeris that serves a satellite at an instant: the one with the nearest reference time, of two equally
-    /// near ones the later. Null when there is none, or it says that the satellite is not healthy. Stands until the
-    /// next call for that satellite.
+    /// The ephemeris that serves a satellite at an instant: the one of the least effective age (see
+    /// CALN::getEffectiveAge), of two equally old ones the later. Null when there is none, or it says that the
+    /// satellite is not healthy. Stands until the next call for that satellite.
     [[nodiscard]] virtual const rinex::NavigationRecord* serving(const CALN::SCalSatID& id, const SMjdTime& t) = 0;
 };
 
