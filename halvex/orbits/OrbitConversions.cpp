@@ -1,10 +1,10 @@
-// Between the library's classes and the computation library's records, field by field.
+// Between the library's classes and the computation library's records. One list of pairs of fields for each of them
+// serves both directions.
 
-#include <algorithm>
 #include <cmath>
 #include <concepts>
-#include <initializer_list>
 #include <limits>
+#include <type_traits>
 
 #include "halvex/orbits/HalvexAlmanac.h"
 #include "halvex/orbits/HalvexAlmanacGlonass.h"
@@ -17,32 +17,47 @@
 
 namespace {
 
-template <class Range>
-bool areFinite(const Range& values) {
-    return std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
-}
-bool areFinite(std::initializer_list<double> values) {
-    return std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
-}
-
-/// A whole number into its field; false for fractions, numbers out of range and what is no number.
-template <std::integral T>
-bool toField(double value, T& field) {
-    if (!(value >= static_cast<double>(std::numeric_limits<T>::min()) &&
-          value <= static_cast<double>(std::numeric_limits<T>::max())) ||
-        value != std::floor(value)) {
+/// A number into a field; false when it is not finite, or the field cannot hold it as it is (singles round).
+template <class From, class To>
+requires std::is_arithmetic_v<From> && std::is_arithmetic_v<To>
+bool take(From from, To& to) {
+    if constexpr (std::floating_point<From>) {
+        if (!std::isfinite(from)) return false;
+    }
+    const auto value = static_cast<double>(from);
+    if constexpr (std::integral<To>) {
+        if (value < static_cast<double>(std::numeric_limits<To>::min()) ||
+            value > static_cast<double>(std::numeric_limits<To>::max()) || value != std::floor(value)) {
+            return false;
+        }
+    } else if (std::abs(value) > static_cast<double>(std::numeric_limits<To>::max())) {
         return false;
     }
-    field = static_cast<T>(value);
+    to = static_cast<To>(from);
     return true;
+}
+template <class From, class To, std::size_t Size>
+bool take(const std::array<From, Size>& from, std::array<To, Size>& to) {
+    bool fits = true;
+    for (std::size_t i = 0; i < Size; ++i) fits = take(from[i], to[i]) && fits;
+    return fits;
 }
 
-/// A number into a field of single precision.
-bool toField(double value, float& field) {
-    if (!(std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max()))) return false;
-    field = static_cast<float>(value);
-    return true;
-}
+/// The two directions of a list of pairs, the object's field first.
+struct ToRecord {
+    template <class Field, class Other>
+    void operator()(const Field& field, Other& other) {
+        fits = take(field, other) && fits;
+    }
+    bool fits = true;
+};
+struct FromRecord {
+    template <class Field, class Other>
+    void operator()(Field& field, const Other& other) {
+        fits = take(other, field) && fits;
+    }
+    bool fits = true;
+};
 
 /// Sources the library tells apart; the simulated bit travels along.
 std::uint8_t knownSource(std::uint8_t source) {
@@ -50,340 +65,261 @@ std::uint8_t knownSource(std::uint8_t source) {
     return static_cast<std::uint8_t>((code >= 1 && code <= 3 ? code : 0U) | (source & CALN::kSimulatedSource));
 }
 
+template <class Direction, class Data, class Record>
+bool gpsFields(Direction pair, Data& d, Record& r) {
+    auto& [codeOnL2, uraIndex, l2pDataFlag, aodo, fitIntervalFlag, iodc] = d.words;
+    pair(d.prn, r.satId);
+    pair(d.source, r.source);
+    pair(d.health, r.health);
+    pair(d.week, r.week);
+    pair(d.ura, r.ura);
+    pair(codeOnL2, r.codeOnL2);
+    pair(uraIndex, r.uraIndex);
+    pair(l2pDataFlag, r.l2pDataFlag);
+    pair(aodo, r.aodo);
+    pair(fitIntervalFlag, r.fitIntervalFlag);
+    pair(iodc, r.iodc);
+    pair(d.tgd, r.tgd);
+    pair(d.m0, r.m0);
+    pair(d.deltaN, r.deltaN);
+    pair(d.e, r.e);
+    pair(d.sqrtA, r.sqrtA);
+    pair(d.omega0, r.omega0);
+    pair(d.i0, r.i0);
+    pair(d.omega, r.omega);
+    pair(d.omegaDot, r.omegaDot);
+    pair(d.idot, r.idot);
+    pair(d.cuc, r.cuc);
+    pair(d.cus, r.cus);
+    pair(d.crc, r.crc);
+    pair(d.crs, r.crs);
+    pair(d.cic, r.cic);
+    pair(d.cis, r.cis);
+    pair(d.toe, r.toe);
+    pair(d.toc, r.toc);
+    pair(d.af0, r.af0);
+    pair(d.af1, r.af1);
+    pair(d.af2, r.af2);
+    pair(d.delayTerm1, r.delayTerm1);
+    pair(d.delayTerm2, r.delayTerm2);
+    return pair.fits;
+}
+
+template <class Direction, class Data, class Record>
+bool glonassFields(Direction pair, Data& d, Record& r) {
+    pair(d.slot, r.satId);
+    pair(d.source, r.source);
+    pair(d.health, r.health);
+    pair(d.dayNumber, r.dayNumber);
+    pair(d.frameTime, r.frameTime);
+    pair(d.modification, r.modification);
+    pair(d.accuracyIndex, r.accuracyIndex);
+    pair(d.week, r.week);
+    pair(d.referenceSecondsOfDay, r.referenceSecondsOfDay);
+    pair(d.tb, r.tb);
+    pair(d.position, r.position);
+    pair(d.velocity, r.velocity);
+    pair(d.acceleration, r.acceleration);
+    pair(d.tauN, r.tauN);
+    pair(d.deltaTauN, r.deltaTauN);
+    pair(d.gammaN, r.gammaN);
+    pair(d.ageOfData, r.ageOfData);
+    pair(d.trailing[0], r.fourYearInterval);
+    pair(d.trailing[1], r.controlFlags);
+    pair(d.trailing[2], r.healthFlags);
+    pair(d.frequencyNumber, r.frequencyNumber);
+    pair(d.flags, r.recordFlags);
+    return pair.fits;
+}
+
+template <class Direction, class Data, class Record>
+bool gpsAlmanacFields(Direction pair, Data& d, Record& r) {
+    pair(d.prn, r.satId);
+    pair(d.source, r.source);
+    pair(d.health, r.health);
+    pair(d.m0, r.m0);
+    pair(d.e, r.e);
+    pair(d.sqrtA, r.sqrtA);
+    pair(d.omega0, r.omega0);
+    pair(d.i, r.i);
+    pair(d.omega, r.omega);
+    pair(d.omegaDot, r.omegaDot);
+    pair(d.af0, r.af0);
+    pair(d.af1, r.af1);
+    pair(d.week, r.week);
+    return pair.fits;
+}
+
+template <class Direction, class Data, class Record>
+bool glonassAlmanacFields(Direction pair, Data& d, Record& r) {
+    pair(d.slot, r.satId);
+    pair(d.source, r.source);
+    pair(d.week, r.week);
+    pair(d.dayNumber, r.dayNumber);
+    pair(d.fourYearInterval, r.fourYearInterval);
+    pair(d.modification, r.modification);
+    pair(d.channel, r.channel);
+    pair(d.controlFlags, r.controlFlags);
+    pair(d.milliseconds, r.referenceMilliseconds);
+    pair(d.nodeSecondsOfDay, r.nodeSecondsOfDay);
+    pair(d.health, r.health);
+    pair(d.tauN, r.tauN);
+    pair(d.lambda, r.lambda);
+    pair(d.deltaI, r.deltaI);
+    pair(d.e, r.e);
+    pair(d.omega, r.omega);
+    pair(d.deltaT, r.deltaT);
+    pair(d.deltaTDot, r.deltaTDot);
+    pair(d.tauC, r.tauC);
+    return pair.fits;
+}
+
+template <class Direction, class Data, class Record>
+bool ionoUtcFields(Direction pair, Data& d, Record& r) {
+    pair(d.alpha, r.alpha);
+    pair(d.beta, r.beta);
+    pair(d.a0, r.a0);
+    pair(d.a1, r.a1);
+    pair(d.wnt, r.wnt);
+    pair(d.tot, r.tot);
+    pair(d.word1, r.word1);
+    pair(d.word2, r.word2);
+    pair(d.deltaTls, r.deltaTls);
+    pair(d.deltaTlsf, r.deltaTlsf);
+    pair(d.wnLsf, r.wnLsf);
+    pair(d.dn, r.dn);
+    return pair.fits;
+}
+
+template <class Direction, class Data, class Record>
+bool clockFields(Direction pair, Data& d, Record& r) {
+    auto& [fourYearInterval, availability, leapNotice, source, slot] = d.bytes;
+    pair(d.dayNumber, r.dayNumber);
+    pair(d.frameTime, r.frameTime);
+    pair(fourYearInterval, r.fourYearInterval);
+    pair(leapNotice, r.leapNotice);
+    pair(source, r.source);
+    pair(slot, r.slot);
+    pair(d.almanacDay, r.almanacDay);
+    pair(d.tauC, r.tauC);
+    pair(d.tauGps, r.tauGps);
+    pair(d.b1, r.b1);
+    pair(d.b2, r.b2);
+    return pair.fits;
+}
+
 }  // namespace
 
 bool convertGPSEphemeris(const CHalvexEphemeris& from, CALN::CALX_SAT_EPHEMERIS& to) {
-    const CHalvexEphemeris::Data& d = from.m_data;
-    if (!areFinite({d.ura,   d.tgd,      d.m0,   d.deltaN, d.e,          d.sqrtA,     d.omega0, d.i0,
-                    d.omega, d.omegaDot, d.idot, d.cuc,    d.cus,        d.crc,       d.crs,    d.cic,
-                    d.cis,   d.af0,      d.af1,  d.af2,    d.delayTerm1, d.delayTerm2})) {
-        return false;
-    }
-    CALN::CALX_SAT_EPHEMERIS r;
-    r.satId = d.prn;
-    r.source = d.source;
-    r.health = d.health;
-    r.week = d.week;
-    r.ura = d.ura;
-    r.codeOnL2 = d.words[CHalvexEphemeris::kCodeOnL2];
-    r.uraIndex = d.words[CHalvexEphemeris::kUraIndex];
-    r.l2pDataFlag = d.words[CHalvexEphemeris::kL2PDataFlag];
-    r.aodo = d.words[CHalvexEphemeris::kAodo];
-    r.fitIntervalFlag = d.words[CHalvexEphemeris::kFitIntervalFlag];
-    r.iodc = d.words[CHalvexEphemeris::kIodc];
-    r.tgd = d.tgd;
-    r.m0 = d.m0;
-    r.deltaN = d.deltaN;
-    r.e = d.e;
-    r.sqrtA = d.sqrtA;
-    r.omega0 = d.omega0;
-    r.i0 = d.i0;
-    r.omega = d.omega;
-    r.omegaDot = d.omegaDot;
-    r.idot = d.idot;
-    r.cuc = d.cuc;
-    r.cus = d.cus;
-    r.crc = d.crc;
-    r.crs = d.crs;
-    r.cic = d.cic;
-    r.cis = d.cis;
-    r.toe = d.toe;
-    r.toc = d.toc;
-    r.af0 = d.af0;
-    r.af1 = d.af1;
-    r.af2 = d.af2;
-    r.delayTerm1 = d.delayTerm1;
-    r.delayTerm2 = d.delayTerm2;
-    to = r;
+    CALN::CALX_SAT_EPHEMERIS record;
+    if (!gpsFields(ToRecord(), from.m_data, record)) return false;
+    to = record;
     return true;
 }
 
-bool convertGPSEphemeris(const CALN::CALX_SAT_EPHEMERIS& r, CHalvexEphemeris& to) {
-    if (r.messageType != CALN::eCALGPSMESSAGE_LNAV || r.aDot != 0.0 || r.deltaNDot != 0.0) return false;
-    if (!areFinite({r.ura, r.m0, r.deltaN, r.e, r.sqrtA, r.omega0, r.i0, r.omega, r.omegaDot, r.idot, r.delayTerm1,
-                    r.delayTerm2})) {
-        return false;
-    }
-    CHalvexEphemeris::Data d;
-    const bool fits = toField(r.tgd, d.tgd) && toField(r.cuc, d.cuc) && toField(r.cus, d.cus) &&
-                      toField(r.crc, d.crc) && toField(r.crs, d.crs) && toField(r.cic, d.cic) &&
-                      toField(r.cis, d.cis) && toField(r.toe, d.toe) && toField(r.toc, d.toc) &&
-                      toField(r.af0, d.af0) && toField(r.af1, d.af1) && toField(r.af2, d.af2);
-    if (!fits) return false;
-    d.prn = r.satId;
-    d.source = knownSource(r.source);
-    d.health = r.health;
-    d.week = r.week;
-    d.ura = r.ura;
-    d.words = {r.codeOnL2, r.uraIndex, r.l2pDataFlag, r.aodo, r.fitIntervalFlag, r.iodc};
-    d.m0 = r.m0;
-    d.deltaN = r.deltaN;
-    d.e = r.e;
-    d.sqrtA = r.sqrtA;
-    d.omega0 = r.omega0;
-    d.i0 = r.i0;
-    d.omega = r.omega;
-    d.omegaDot = r.omegaDot;
-    d.idot = r.idot;
-    d.delayTerm1 = r.delayTerm1;
-    d.delayTerm2 = r.delayTerm2;
-    to.m_data = d;
+bool convertGPSEphemeris(const CALN::CALX_SAT_EPHEMERIS& from, CHalvexEphemeris& to) {
+    if (from.messageType != CALN::eCALGPSMESSAGE_LNAV || from.aDot != 0.0 || from.deltaNDot != 0.0) return false;
+    CHalvexEphemeris::Data data;
+    if (!gpsFields(FromRecord(), data, from)) return false;
+    data.source = knownSource(from.source);
+    to.m_data = data;
     return true;
 }
 
 bool convertGLOEphemeris(const CHalvexEphemerisGLO& from, CALN::CALX_SAT_EPHEMERIS_GLONASS& to) {
-    const CHalvexEphemerisGLO::Data& d = from.m_data;
-    CALN::CALX_SAT_EPHEMERIS_GLONASS r;
-    if (!areFinite(d.position) || !areFinite(d.velocity) || !areFinite(d.acceleration) ||
-        !areFinite({d.tauN, d.deltaTauN, d.gammaN}) || !toField(d.ageOfData, r.ageOfData) || !toField(d.tb, r.tb)) {
-        return false;
-    }
-    r.satId = d.slot;
-    r.source = d.source;
-    r.week = d.week;
-    r.referenceSeconds = d.milliseconds / 1000.0;
-    r.position = d.position;
-    r.velocity = d.velocity;
-    r.acceleration = d.acceleration;
-    r.tauN = d.tauN;
-    r.deltaTauN = d.deltaTauN;
-    r.gammaN = d.gammaN;
-    r.health = d.health;
-    r.frequencyNumber = d.frequencyNumber;
-    r.dayNumber = d.dayNumber;
-    r.frameTime = d.frameTime;
-    r.modification = d.modification;
-    r.accuracyIndex = d.accuracyIndex;
-    r.referenceSecondsOfDay = d.referenceSecondsOfDay;
-    r.fourYearInterval = d.trailing[0];
-    r.controlFlags = d.trailing[1];
-    r.healthFlags = d.trailing[2];
-    r.recordFlags = d.flags;
-    to = r;
+    CALN::CALX_SAT_EPHEMERIS_GLONASS record;
+    if (!glonassFields(ToRecord(), from.m_data, record)) return false;
+    record.referenceSeconds = from.m_data.milliseconds / 1000.0;
+    to = record;
     return true;
 }
 
-bool convertGLOEphemeris(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, CHalvexEphemerisGLO& to) {
+bool convertGLOEphemeris(const CALN::CALX_SAT_EPHEMERIS_GLONASS& from, CHalvexEphemerisGLO& to) {
     CHalvexEphemerisGLO result;
-    CHalvexEphemerisGLO::Data& d = result.m_data;
-    if (!areFinite(r.position) || !areFinite(r.velocity) || !areFinite(r.acceleration) ||
-        !areFinite({r.tauN, r.deltaTauN, r.gammaN, r.referenceSeconds}) ||
-        !toField(std::round(r.referenceSeconds * 1000.0), d.milliseconds)) {
+    CHalvexEphemerisGLO::Data& data = result.m_data;
+    if (!glonassFields(FromRecord(), data, from) ||
+        !take(std::round(from.referenceSeconds * 1000.0), data.milliseconds)) {
         return false;
     }
-    d.slot = r.satId;
-    d.source = knownSource(r.source);
-    d.health = r.health;
-    d.dayNumber = r.dayNumber;
-    d.frameTime = r.frameTime;
-    d.modification = r.modification;
-    d.accuracyIndex = r.accuracyIndex;
-    d.week = r.week;
-    d.referenceSecondsOfDay = r.referenceSecondsOfDay;
-    d.tb = r.tb;
-    d.position = r.position;
-    d.velocity = r.velocity;
-    d.acceleration = r.acceleration;
-    d.tauN = r.tauN;
-    d.deltaTauN = r.deltaTauN;
-    d.gammaN = r.gammaN;
-    d.ageOfData = r.ageOfData;
-    d.trailing = {r.fourYearInterval, r.controlFlags, r.healthFlags};
-    d.iod = PIO::RTCM3::generateGLONASSIOD(r.tb);
-    d.frequencyNumber = r.frequencyNumber;
-    d.flags = r.recordFlags;
+    data.source = knownSource(from.source);
+    data.iod = PIO::RTCM3::generateGLONASSIOD(from.tb);
     if (!GenerateNavIdentValues(result)) return false;
     to = result;
     return true;
 }
 
 bool convertGPSAlmanac(const CHalvexAlmanac& from, CALN::CALX_SAT_ALMANAC& to) {
-    const CHalvexAlmanac::Data& d = from.m_data;
-    CALN::CALX_SAT_ALMANAC r;
-    if (!areFinite({d.m0, d.e, d.sqrtA, d.omega0, d.i, d.omega, d.omegaDot, d.af0, d.af1}) ||
-        !toField(d.week, r.week)) {
-        return false;
-    }
-    r.satId = d.prn;
-    r.source = d.source;
-    r.toa = from.GetRefTimeInGPSSeconds();
-    r.health = d.health;
-    r.m0 = d.m0;
-    r.e = d.e;
-    r.sqrtA = d.sqrtA;
-    r.omega0 = d.omega0;
-    r.i = d.i;
-    r.omega = d.omega;
-    r.omegaDot = d.omegaDot;
-    r.af0 = d.af0;
-    r.af1 = d.af1;
-    to = r;
+    CALN::CALX_SAT_ALMANAC record;
+    if (!gpsAlmanacFields(ToRecord(), from.m_data, record)) return false;
+    record.toa = from.GetRefTimeInGPSSeconds();
+    to = record;
     return true;
 }
 
-bool convertGPSAlmanac(const CALN::CALX_SAT_ALMANAC& r, CHalvexAlmanac& to) {
-    CHalvexAlmanac::Data d;
-    if (!areFinite({r.m0, r.e, r.sqrtA, r.omega0, r.i, r.omega, r.omegaDot, r.af0, r.af1}) ||
-        !toField(r.toa / 4096.0, d.toa)) {
-        return false;
-    }
-    d.prn = r.satId;
-    d.source = r.source;
-    d.health = r.health;
-    d.m0 = r.m0;
-    d.e = r.e;
-    d.sqrtA = r.sqrtA;
-    d.omega0 = r.omega0;
-    d.i = r.i;
-    d.omega = r.omega;
-    d.omegaDot = r.omegaDot;
-    d.af0 = r.af0;
-    d.af1 = r.af1;
-    d.week = r.week;
-    to.m_data = d;
+bool convertGPSAlmanac(const CALN::CALX_SAT_ALMANAC& from, CHalvexAlmanac& to) {
+    CHalvexAlmanac::Data data;
+    if (!gpsAlmanacFields(FromRecord(), data, from) || !take(from.toa / 4096.0, data.toa)) return false;
+    to.m_data = data;
     return true;
 }
 
 bool convertGLOAlmanac(const CHalvexAlmanacGlonass& from, CALN::CALX_SAT_ALMANAC_GLONASS& to) {
-    const CHalvexAlmanacGlonass::Data& d = from.m_data;
-    if (!areFinite({d.tauN, d.lambda, d.deltaI, d.e, d.omega, d.deltaT, d.deltaTDot, d.tauC})) return false;
-    CALN::CALX_SAT_ALMANAC_GLONASS r;
-    r.satId = d.slot;
-    r.source = d.source;
-    r.week = d.week;
-    r.dayNumber = d.dayNumber;
-    r.fourYearInterval = d.fourYearInterval;
-    r.modification = d.modification;
-    r.channel = d.channel;
-    r.controlFlags = d.controlFlags;
-    r.referenceMilliseconds = d.milliseconds;
-    r.nodeSecondsOfDay = d.nodeSecondsOfDay;
-    r.health = d.health;
-    r.tauN = d.tauN;
-    r.lambda = d.lambda;
-    r.deltaI = d.deltaI;
-    r.e = d.e;
-    r.omega = d.omega;
-    r.deltaT = d.deltaT;
-    r.deltaTDot = d.deltaTDot;
-    r.tauC = d.tauC;
-    to = r;
+    CALN::CALX_SAT_ALMANAC_GLONASS record;
+    if (!glonassAlmanacFields(ToRecord(), from.m_data, record)) return false;
+    to = record;
     return true;
 }
 
-bool convertGLOAlmanac(const CALN::CALX_SAT_ALMANAC_GLONASS& r, CHalvexAlmanacGlonass& to) {
-    if (!areFinite({r.tauN, r.lambda, r.deltaI, r.e, r.omega, r.deltaT, r.deltaTDot, r.tauC})) return false;
-    CHalvexAlmanacGlonass::Data d;
-    d.slot = r.satId;
-    d.source = r.source;
-    d.week = r.week;
-    d.dayNumber = r.dayNumber;
-    d.fourYearInterval = r.fourYearInterval;
-    d.modification = r.modification;
-    d.channel = r.channel;
-    d.controlFlags = r.controlFlags;
-    d.milliseconds = r.referenceMilliseconds;
-    d.nodeSecondsOfDay = r.nodeSecondsOfDay;
-    d.health = r.health;
-    d.tauN = r.tauN;
-    d.lambda = r.lambda;
-    d.deltaI = r.deltaI;
-    d.e = r.e;
-    d.omega = r.omega;
-    d.deltaT = r.deltaT;
-    d.deltaTDot = r.deltaTDot;
-    d.tauC = r.tauC;
-    to.m_data = d;
+bool convertGLOAlmanac(const CALN::CALX_SAT_ALMANAC_GLONASS& from, CHalvexAlmanacGlonass& to) {
+    CHalvexAlmanacGlonass::Data data;
+    if (!glonassAlmanacFields(FromRecord(), data, from)) return false;
+    to.m_data = data;
     return true;
 }
 
 bool convertIonoUTC(const CHalvexIonoUtc& from, CALN::CALX_IONO_UTC& to) {
-    const CHalvexIonoUtc::Data& d = from.m_data;
-    CALN::CALX_IONO_UTC r;
-    if (!areFinite(d.alpha) || !areFinite(d.beta) || !areFinite({d.a0, d.a1})) return false;
-    if (d.source < CHalvexIonoUtc::kNoSource || d.source >= CALN::kSimulatedSource) return false;
-    r.source = d.source == CHalvexIonoUtc::kSimulatedSource  ? CALN::kSimulatedSource
-               : d.source == CHalvexIonoUtc::kReceiverSource ? static_cast<std::uint8_t>(CALN::eCALORBITSOURCE_RECEIVER)
-               : d.source == CHalvexIonoUtc::kNoSource       ? std::uint8_t{0}
-                                                             : static_cast<std::uint8_t>(d.source);
-    r.alpha = d.alpha;
-    r.beta = d.beta;
-    r.a0 = d.a0;
-    r.a1 = d.a1;
-    r.wnt = d.wnt;
-    r.tot = d.tot;
-    r.word1 = d.word1;
-    r.word2 = d.word2;
-    r.deltaTls = d.deltaTls;
-    r.deltaTlsf = d.deltaTlsf;
-    r.wnLsf = d.wnLsf;
-    r.dn = d.dn;
-    to = r;
+    const std::int32_t source = from.m_data.source;
+    if (source < CHalvexIonoUtc::kNoSource || source >= CALN::kSimulatedSource) return false;
+    CALN::CALX_IONO_UTC record;
+    if (!ionoUtcFields(ToRecord(), from.m_data, record)) return false;
+    record.source = source == CHalvexIonoUtc::kSimulatedSource  ? CALN::kSimulatedSource
+                    : source == CHalvexIonoUtc::kReceiverSource ? std::uint8_t{CALN::eCALORBITSOURCE_RECEIVER}
+                    : source == CHalvexIonoUtc::kNoSource       ? std::uint8_t{CALN::eCALORBITSOURCE_NONE}
+                                                                : static_cast<std::uint8_t>(source);
+    to = record;
     return true;
 }
 
-bool convertIonoUTC(const CALN::CALX_IONO_UTC& r, CHalvexIonoUtc& to) {
-    if (!areFinite(r.alpha) || !areFinite(r.beta) || !areFinite({r.a0, r.a1})) return false;
-    CHalvexIonoUtc::Data d;
-    d.source = r.source == CALN::eCALORBITSOURCE_NONE       ? CHalvexIonoUtc::kNoSource
-               : r.source == CALN::eCALORBITSOURCE_RECEIVER ? CHalvexIonoUtc::kReceiverSource
-               : (r.source & CALN::kSimulatedSource) != 0   ? CHalvexIonoUtc::kSimulatedSource
-                                                            : std::int32_t{r.source};
-    d.alpha = r.alpha;
-    d.beta = r.beta;
-    d.a0 = r.a0;
-    d.a1 = r.a1;
-    d.wnt = r.wnt;
-    d.tot = r.tot;
-    d.word1 = r.word1;
-    d.word2 = r.word2;
-    d.deltaTls = r.deltaTls;
-    d.deltaTlsf = r.deltaTlsf;
-    d.wnLsf = r.wnLsf;
-    d.dn = r.dn;
-    to.m_data = d;
+bool convertIonoUTC(const CALN::CALX_IONO_UTC& from, CHalvexIonoUtc& to) {
+    CHalvexIonoUtc::Data data;
+    if (!ionoUtcFields(FromRecord(), data, from)) return false;
+    data.source = from.source == CALN::eCALORBITSOURCE_NONE       ? CHalvexIonoUtc::kNoSource
+                  : from.source == CALN::eCALORBITSOURCE_RECEIVER ? CHalvexIonoUtc::kReceiverSource
+                  : (from.source & CALN::kSimulatedSource) != 0   ? CHalvexIonoUtc::kSimulatedSource
+                                                                  : std::int32_t{from.source};
+    to.m_data = data;
     return true;
 }
 
 bool convertGLOClkInfo(const CHalvexTimeInfoGlonass& from, CALN::CALX_CLOCK_GLONASS& to) {
-    const CHalvexTimeInfoGlonass::Data& d = from.m_data;
-    if (!areFinite({d.tauC, d.tauGps, d.b1, d.b2})) return false;
-    CALN::CALX_CLOCK_GLONASS r;
-    r.available = from.IsAvailable();
-    r.dayNumber = d.dayNumber;
-    r.frameTime = d.frameTime;
-    r.fourYearInterval = d.bytes[CHalvexTimeInfoGlonass::kFourYearInterval];
-    r.leapNotice = d.bytes[CHalvexTimeInfoGlonass::kLeapNotice];
-    r.source = d.bytes[CHalvexTimeInfoGlonass::kSource];
-    r.slot = d.bytes[CHalvexTimeInfoGlonass::kSlot];
-    r.almanacDay = d.almanacDay;
-    r.tauC = d.tauC;
-    r.tauGps = d.tauGps;
-    r.b1 = d.b1;
-    r.b2 = d.b2;
-    to = r;
+    CALN::CALX_CLOCK_GLONASS record;
+    if (!clockFields(ToRecord(), from.m_data, record)) return false;
+    record.available = from.IsAvailable();
+    to = record;
     return true;
 }
 
-bool convertGLOClkInfo(const CALN::CALX_CLOCK_GLONASS& r, CHalvexTimeInfoGlonass& to) {
-    if (!areFinite({r.tauC, r.tauGps, r.b1, r.b2})) return false;
-    CHalvexTimeInfoGlonass::Data d;
-    d.dayNumber = r.dayNumber;
-    d.frameTime = r.frameTime;
-    d.bytes = {r.fourYearInterval, static_cast<std::uint8_t>(r.available ? CHalvexTimeInfoGlonass::kFilled : 0),
-               r.leapNotice, r.source, r.slot};
-    d.almanacDay = r.almanacDay;
-    d.tauC = r.tauC;
-    d.tauGps = r.tauGps;
-    d.b1 = r.b1;
-    d.b2 = r.b2;
-    to.m_data = d;
+bool convertGLOClkInfo(const CALN::CALX_CLOCK_GLONASS& from, CHalvexTimeInfoGlonass& to) {
+    CHalvexTimeInfoGlonass::Data data;
+    if (!clockFields(FromRecord(), data, from)) return false;
+    data.bytes[CHalvexTimeInfoGlonass::kAvailability] = from.available ? CHalvexTimeInfoGlonass::kFilled : 0;
+    to.m_data = data;
     return true;
 }
 
 bool convertCoords(const CGeoCoord& from, CALN::SCalCoordinateSet& to) {
-    if (!areFinite({from.GetLatitude(), from.GetLongitude(), from.GetHeight()}) ||
-        std::abs(from.GetLatitude()) > 1.5707963267948968) {
+    constexpr double kQuarterCircle = 1.5707963267948968;
+    if (!std::isfinite(from.GetLongitude() + from.GetHeight()) || !(std::abs(from.GetLatitude()) <= kQuarterCircle)) {
         return false;
     }
     to.geographic = {from.GetLatitude(), from.GetLongitude(), from.GetHeight()};
