@@ -16,12 +16,12 @@
 class HALVEX_EXPORT IHalvexOrbitBase : public IPersistData {
 public:
     /// How long almanacs stay usable on either side of their reference time [s].
-    static const int AlmanacValidityGPS = 1209600;
-    static const int AlmanacValidityGLO = 1209600;
-    static const int AlmanacValidityGAL = 1209600;
-    static const int AlmanacValidityBDS = 1209600;
-    static const int AlmanacValidityQZSS = 1209600;
-    static const int AlmanacValidityNAVIC = 1209600;
+    static constexpr int AlmanacValidityGPS = 1209600;
+    static constexpr int AlmanacValidityGLO = 1209600;
+    static constexpr int AlmanacValidityGAL = 1209600;
+    static constexpr int AlmanacValidityBDS = 1209600;
+    static constexpr int AlmanacValidityQZSS = 1209600;
+    static constexpr int AlmanacValidityNAVIC = 1209600;
 
     ~IHalvexOrbitBase() override;
     bool loadData(const unsigned char* buffer, std::size_t length) override = 0;
