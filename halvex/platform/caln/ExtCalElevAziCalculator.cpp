@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <mutex>
 #include <numbers>
-#include <shared_mutex>
 #include <variant>
 #include <vector>
 
@@ -14,6 +12,7 @@
 #include "halvex/platform/caln/OrbitBatch.h"
 #include "halvex/platform/caln/OrbitKernels.h"
 #include "halvex/platform/caln/SatPosition.h"
+#include "halvex/platform/kernix/SyncGuard.h"
 
 namespace CALN {
 
@@ -24,6 +23,8 @@ namespace {
 namespace glonass = halvex::glonass;
 namespace kepler = halvex::kepler;
 
+constexpr bool kRead = false;
+constexpr bool kWrite = true;
 constexpr double kAlmanacTimeframe = 1209600.0;  // two weeks
 constexpr auto kAllSatellites = static_cast<std::size_t>(halvex::kSatellites);
 
@@ -136,7 +137,7 @@ struct ExtCalElevAziCalculator::State {
     double timeframe = 0.0;  // [s]; 0: the systems' own
     ExtCalOrbitConsumer* consumer = nullptr;
 
-    mutable std::shared_mutex lock;  // guards all below; shared for reading orbits and filled epochs
+    mutable CReaderWriterSyncGuard lock;  // guards all below; shared for reading orbits and filled epochs
     int mode = kModeEphemerisBeforeAlmanac;
     std::array<History, kAllSatellites> ephemerides, almanacs;
     std::vector<Epoch> epochs;
@@ -167,7 +168,7 @@ struct ExtCalElevAziCalculator::State {
         if (index < 0) return false;
         const SMjdTime reference = orbit.reference;
         {
-            const std::unique_lock guard(lock);
+            const CReadWriteLock guard(lock, kWrite);
             auto& histories = type == eCALEPHEMERISTYPE_EPHEMERIS ? ephemerides : almanacs;
             if (!histories[static_cast<std::size_t>(index)].insert(std::move(orbit), capacity)) return false;
             for (Epoch& epoch : epochs) epoch.filled = false;
@@ -251,13 +252,13 @@ ExtCalElevAziCalculator::~ExtCalElevAziCalculator() = default;
 
 void ExtCalElevAziCalculator::SetMode(int mode) {
     if (mode < kModeEphemerisBeforeAlmanac || mode > kModeAlmanacs) return;
-    const std::unique_lock guard(m_state->lock);
+    const CReadWriteLock guard(m_state->lock, kWrite);
     m_state->mode = mode;
     for (Epoch& epoch : m_state->epochs) epoch.filled = false;
 }
 
 void ExtCalElevAziCalculator::Reset() {
-    const std::unique_lock guard(m_state->lock);
+    const CReadWriteLock guard(m_state->lock, kWrite);
     for (History& history : m_state->ephemerides) history.clear();
     for (History& history : m_state->almanacs) history.clear();
     for (Epoch& epoch : m_state->epochs) epoch.filled = false;
@@ -391,10 +392,10 @@ int ExtCalElevAziCalculator::GetElevAziData(const SCalCoordinateSet& site, const
         return any ? kDone : kNoOrbit;
     };
     {
-        const std::shared_lock guard(m_state->lock);
+        const CReadWriteLock guard(m_state->lock, kRead);
         if (const Epoch* epoch = m_state->find(t, frame)) return look(*epoch);
     }
-    const std::unique_lock guard(m_state->lock);
+    const CReadWriteLock guard(m_state->lock, kWrite);
     const Epoch* epoch = m_state->find(t, frame);
     return look(epoch != nullptr ? *epoch : m_state->fill(t, frame));
 }
@@ -404,7 +405,7 @@ std::optional<ExtCalElevAziCalculator::SatellitePosition> ExtCalElevAziCalculato
     const int index = halvex::satelliteIndex(id);
     if (index < 0 || !t.IsSet()) return std::nullopt;
 
-    const std::shared_lock guard(m_state->lock);
+    const CReadWriteLock guard(m_state->lock, kRead);
     SatellitePosition result;
     const Orbit* orbit = m_state->choose(static_cast<std::size_t>(index), secondsOf(t), result.type);
     if (orbit == nullptr) return std::nullopt;

@@ -37,8 +37,8 @@ public:
 /// a semi-major axis below 2.0e7 m or an eccentricity that is none - is refused.
 ///
 /// Positions of an epoch are worked out once, for all satellites together, and kept: a further site costs geometry
-/// alone. Any thread feeds and asks at any time; queries of epochs that are kept run side by side. Queries allocate
-/// nothing.
+/// alone. Any thread feeds and asks at any time; queries of epochs that are kept run side by side, and a new orbit
+/// waits for those that have begun alone. Queries allocate nothing.
 class HALVEX_EXPORT ExtCalElevAziCalculator {
 public:
     /// Which orbits are used.
