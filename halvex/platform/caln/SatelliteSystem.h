@@ -122,20 +122,27 @@ namespace CALN {
 
 /// Largest satellite number of a system; 0 for what is none.
 [[nodiscard]] constexpr unsigned char getMaxSatNumber(eCALSATSYSTEM system) {
-    const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
-    return entry != nullptr ? entry->maxNumber : static_cast<unsigned char>(0);
+    for (const halvex::SatelliteSystem& entry : halvex::kSatelliteSystems) {
+        if (entry.code == system) return entry.maxNumber;
+    }
+    return 0;
 }
 
 /// Length of the time around its reference in which a system's ephemeris is the one to use [min].
 [[nodiscard]] constexpr double getEphemerisTimeframeMinutes(eCALSATSYSTEM system) {
-    const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
-    return entry != nullptr ? entry->ephemerisMinutes : 0.0;
+    for (const halvex::SatelliteSystem& entry : halvex::kSatelliteSystems) {
+        if (entry.code == system) return entry.ephemerisMinutes;
+    }
+    return 0.0;
 }
 
 /// How old an ephemeris is to be taken for at an instant `seconds` behind (before: negative) its reference time [s].
 [[nodiscard]] constexpr double getEffectiveAge(eCALSATSYSTEM system, double seconds) {
-    const halvex::SatelliteSystem* entry = halvex::systemOfCode(system);
-    return seconds >= 0.0 ? seconds : -seconds * (entry != nullptr ? entry->costAhead : 1.0);
+    if (seconds >= 0.0) return seconds;
+    for (const halvex::SatelliteSystem& entry : halvex::kSatelliteSystems) {
+        if (entry.code == system) return -seconds * entry.costAhead;
+    }
+    return -seconds;
 }
 
 }  // namespace CALN
