@@ -203,6 +203,10 @@ std::vector<std::pair<std::string, ptree>> elements(const ptree& svg, const std:
     return found;
 }
 
+double number(const ptree& element, const std::string& attribute) {
+    return std::stod(element.get<std::string>("<xmlattr>." + attribute));
+}
+
 ptree readPicture(const std::string& file) {
     std::istringstream in(readFile(file));
     ptree picture;
@@ -226,8 +230,7 @@ TEST_F(Sky, PictureHasEastOnTheRightAndNoNameOverAnother) {
     };
     std::vector<Name> names;
     for (const auto& [element, content] : elements(picture, "names")) {
-        if (element == "text")
-            names.push_back({content.get<double>("<xmlattr>.x"), content.get<double>("<xmlattr>.y")});
+        if (element == "text") names.push_back({number(content, "x"), number(content, "y")});
     }
     ASSERT_EQ(names.size(), 32U);
     constexpr double kWidth = 20.0, kHeight = 10.0;  // of three letters of 11 units
@@ -237,7 +240,7 @@ TEST_F(Sky, PictureHasEastOnTheRightAndNoNameOverAnother) {
                 << i << " " << j;
         }
         for (const auto& [element, mark] : elements(picture, "marks")) {
-            const double x = mark.get<double>("<xmlattr>.cx"), y = mark.get<double>("<xmlattr>.cy");
+            const double x = number(mark, "cx"), y = number(mark, "cy");
             EXPECT_TRUE(std::abs(names[i].x - x) > kWidth / 2 + 4 || std::abs(names[i].y - 4 - y) > kHeight / 2 + 4)
                 << i;
             EXPECT_TRUE(x > 500.0 && std::abs(y - 437.0) < 1.0) << "these stand in the east, the zenith is at 400, 437";
