@@ -74,20 +74,20 @@ constexpr auto kTimeframes = [] {
 class History {
 public:
     /// False when the orbit is older than all of a full history.
-    bool insert(Orbit orbit, std::size_t capacity) {
+    bool insert(const Orbit& orbit, std::size_t capacity) {
         const auto at = std::lower_bound(m_orbits.begin(), m_orbits.end(), orbit.reference,
                                          [](const Orbit& o, const SMjdTime& time) { return o.reference < time; });
         if (at != m_orbits.end() && at->reference == orbit.reference) {
-            *at = std::move(orbit);
+            *at = orbit;
             return true;
         }
         if (m_orbits.size() < capacity) {
-            m_orbits.insert(at, std::move(orbit));
+            m_orbits.insert(at, orbit);
             return true;
         }
         if (at == m_orbits.begin()) return false;
         std::move(m_orbits.begin() + 1, at, m_orbits.begin());
-        *(at - 1) = std::move(orbit);
+        *(at - 1) = orbit;
         return true;
     }
     /// The one of the least effective age within `timeframe` seconds; of two equally old ones the later.
@@ -133,16 +133,17 @@ void setDirection(SCalSatEpochDataOrbit& out, double elevation, double azimuth) 
 }  // namespace
 
 struct ExtCalElevAziCalculator::State {
+    halvex::OrbitBatch batch;  // guarded, as all up to the lock; shared for reading orbits and filled epochs
+    std::array<History, kAllSatellites> ephemerides, almanacs;
+    std::vector<Epoch> epochs;
+    std::uint64_t uses = 0;
+    int mode = kModeEphemerisBeforeAlmanac;
+    mutable CReaderWriterSyncGuard lock;
+
+    // Set once.
     std::size_t capacity = 0;
     double timeframe = 0.0;  // [s]; 0: the systems' own
     ExtCalOrbitConsumer* consumer = nullptr;
-
-    mutable CReaderWriterSyncGuard lock;  // guards all below; shared for reading orbits and filled epochs
-    int mode = kModeEphemerisBeforeAlmanac;
-    std::array<History, kAllSatellites> ephemerides, almanacs;
-    std::vector<Epoch> epochs;
-    halvex::OrbitBatch batch;
-    std::uint64_t uses = 0;
 
     [[nodiscard]] const Orbit* choose(std::size_t satellite, double t, eCALEPHEMERISTYPE& type) const {
         const eCALSATSYSTEM system = halvex::satelliteAt(static_cast<int>(satellite)).system;
@@ -163,14 +164,14 @@ struct ExtCalElevAziCalculator::State {
                                                  : kepler::withinHalfWeek(t.GetGpsSeconds() - orbit.reference);
     }
 
-    bool take(const SCalSatID& id, eCALEPHEMERISTYPE type, Orbit orbit) {
+    bool take(const SCalSatID& id, eCALEPHEMERISTYPE type, const Orbit& orbit) {
         const int index = halvex::satelliteIndex(id);
         if (index < 0) return false;
         const SMjdTime reference = orbit.reference;
         {
             const CReadWriteLock guard(lock, kWrite);
             auto& histories = type == eCALEPHEMERISTYPE_EPHEMERIS ? ephemerides : almanacs;
-            if (!histories[static_cast<std::size_t>(index)].insert(std::move(orbit), capacity)) return false;
+            if (!histories[static_cast<std::size_t>(index)].insert(orbit, capacity)) return false;
             for (Epoch& epoch : epochs) epoch.filled = false;
         }
         if (consumer != nullptr) consumer->OnNewOrbit(id, type, reference);

@@ -13,7 +13,7 @@ namespace halvex {
 
 /// Numbers of many satellites side by side. Lanes behind the used ones hold harmless zeros or old numbers, so that
 /// kernels may work on whole packs.
-inline constexpr std::size_t kLanes = (kSatellites + 7) / 8 * 8;
+inline constexpr std::size_t kLanes = (static_cast<std::size_t>(kSatellites) + 7) / 8 * 8;
 struct alignas(64) Lanes : std::array<double, kLanes> {};
 
 /// Positions by lane [m].
