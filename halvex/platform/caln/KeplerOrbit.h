@@ -39,11 +39,35 @@ struct Elements {
     Number a{}, aDot{};                    // semi-major axis [m], its rate [m/s]
     Number meanMotion{}, meanMotionDot{};  // with its correction [rad/s]; half of its rate [rad/s^2]
     Number m0{}, e{}, rootOneMinusE2{};
-    Number omega{}, omega0{}, nodeRate{}, earthAngle{};  // node: omega0 + nodeRate tk - earthAngle
+    Number sinOmega{}, cosOmega{};              // of the argument of perigee
+    Number omega0{}, nodeRate{}, earthAngle{};  // node: omega0 + nodeRate tk - earthAngle
     Number i0{}, idot{};
     Number cuc{}, cus{}, crc{}, crs{}, cic{}, cis{};
 };
 inline constexpr std::size_t kElements = sizeof(Elements<double>) / sizeof(double);
+
+inline bool sameValue(double left, double right) {
+    return left == right;
+}
+
+inline bool isWithin(double value, double bound) {
+    return std::abs(value) <= bound;
+}
+
+inline void sineAndCosine(double angle, double& sine, double& cosine) {
+    sine = std::sin(angle);
+    cosine = std::cos(angle);
+}
+
+/// The same, by a few terms of their series where all angles are small enough for these to be exact.
+template <class Number>
+inline void sineAndCosineOfSmall(const Number& angle, Number& sine, Number& cosine) {
+    constexpr double kSmall = 0.01;  // the first terms left out: 2e-18 and 3e-21
+    if (!isWithin(angle, kSmall)) return sineAndCosine(angle, sine, cosine);
+    const Number square = angle * angle;
+    sine = angle - angle * square * (1.0 / 6.0) * (1.0 - square * (1.0 / 20.0));
+    cosine = 1.0 - square * 0.5 * (1.0 - square * (1.0 / 12.0) * (1.0 - square * (1.0 / 30.0)));
+}
 
 /// Of any record that names the elements as CALX_SAT_EPHEMERIS_COMMON does. `inertialNode`: the node's longitude counts
 /// in a frame that does not turn with the Earth (geostationary BeiDou).
@@ -55,7 +79,7 @@ inline Elements<double> elementsOf(const Record& r, const Constants& constants, 
     o.m0 = r.m0;
     o.e = r.e;
     o.rootOneMinusE2 = std::sqrt(1.0 - r.e * r.e);
-    o.omega = r.omega;
+    sineAndCosine(r.omega, o.sinOmega, o.cosOmega);
     o.omega0 = r.omega0;
     o.nodeRate = inertialNode ? r.omegaDot : r.omegaDot - constants.earthRate;
     if constexpr (requires { r.toa; }) {  // an almanac
@@ -80,15 +104,6 @@ inline Elements<double> elementsOf(const Record& r, const Constants& constants, 
     return o;
 }
 
-inline bool sameValue(double left, double right) {
-    return left == right;
-}
-
-inline void sineAndCosine(double angle, double& sine, double& cosine) {
-    sine = std::sin(angle);
-    cosine = std::cos(angle);
-}
-
 template <class Number>
 struct Position {
     Number x, y, z;
@@ -99,11 +114,13 @@ struct Position {
 ///
 /// Kepler's equation by ten fixed-point steps; the true anomaly takes the sine of the estimate before the last step and
 /// the cosine of the last. A step that gives its estimate back to the bit would go on doing so: the rest is left out.
+/// The angles that follow - true anomaly, argument of latitude, its correction - are summed up by their sines and
+/// cosines, so that two calls of atan2 and sincos are saved and nothing but the last bits changes.
 template <class Number>
 inline Position<Number> position(const Elements<Number>& o, const Number& tk) {
-    using std::atan2;
     using std::cos;
     using std::sin;
+    using std::sqrt;
 
     const Number m = o.m0 + (o.meanMotion + o.meanMotionDot * tk) * tk;
     Number anomaly = m;
@@ -116,21 +133,28 @@ inline Position<Number> position(const Elements<Number>& o, const Number& tk) {
         if (settled) break;
     }
     const Number cosine = cos(anomaly);
-    const Number phi = atan2(o.rootOneMinusE2 * sine, cosine - o.e) + o.omega;
-    Number s2, c2;
-    sineAndCosine(phi + phi, s2, c2);
-    const Number u = phi + (o.cus * s2 + o.cuc * c2);
+    const Number x = cosine - o.e;
+    const Number y = o.rootOneMinusE2 * sine;
+    const Number inverse = 1.0 / sqrt(x * x + y * y);
+    const Number sinV = y * inverse;
+    const Number cosV = x * inverse;
+    const Number sinPhi = sinV * o.cosOmega + cosV * o.sinOmega;
+    const Number cosPhi = cosV * o.cosOmega - sinV * o.sinOmega;
+    const Number s2 = 2.0 * (sinPhi * cosPhi);
+    const Number c2 = cosPhi * cosPhi - sinPhi * sinPhi;
     const Number r = (o.a + o.aDot * tk) * (1.0 - o.e * cosine) + (o.crc * c2 + o.crs * s2);
     const Number i = o.i0 + (o.cic * c2 + o.cis * s2) + o.idot * tk;
+    Number sinDu, cosDu;
+    sineAndCosineOfSmall(o.cus * s2 + o.cuc * c2, sinDu, cosDu);
     const Number node = o.omega0 + o.nodeRate * tk - o.earthAngle;
 
-    Number sinU, cosU, sinI, cosI, sinNode, cosNode;
-    sineAndCosine(u, sinU, cosU);
+    Number sinI, cosI, sinNode, cosNode;
     sineAndCosine(i, sinI, cosI);
     sineAndCosine(node, sinNode, cosNode);
-    const Number x = r * cosU;
-    const Number y = r * sinU;
-    return {x * cosNode - y * cosI * sinNode, x * sinNode + y * cosI * cosNode, y * sinI};
+    const Number inPlaneX = r * (cosPhi * cosDu - sinPhi * sinDu);
+    const Number inPlaneY = r * (sinPhi * cosDu + cosPhi * sinDu);
+    return {inPlaneX * cosNode - inPlaneY * cosI * sinNode, inPlaneX * sinNode + inPlaneY * cosI * cosNode,
+            inPlaneY * sinI};
 }
 
 /// Geostationary BeiDou satellites: from the tilted inertial frame of position() with an inertial node to the

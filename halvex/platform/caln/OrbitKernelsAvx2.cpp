@@ -34,6 +34,10 @@ struct Pack4 {
         cosine = both.y;
     }
     friend bool sameValue(Pack4 a, Pack4 b) { return _mm256_movemask_pd(_mm256_cmp_pd(a.v, b.v, _CMP_EQ_OQ)) == 0xF; }
+    friend bool isWithin(Pack4 a, double bound) {
+        const __m256d magnitude = _mm256_andnot_pd(_mm256_set1_pd(-0.0), a.v);
+        return _mm256_movemask_pd(_mm256_cmp_pd(magnitude, _mm256_set1_pd(bound), _CMP_LE_OQ)) == 0xF;
+    }
     friend Pack4 clampToOne(Pack4 a) {  // of a NaN these instructions give their second operand: it must stay one
         return _mm256_max_pd(_mm256_set1_pd(-1.0), _mm256_min_pd(_mm256_set1_pd(1.0), a.v));
     }
