@@ -149,21 +149,6 @@ TEST(GlonassPosition, AgreesWithAnotherIntegration) {
     }
 }
 
-// The worked example of GLONASS ICD 5.1, A.3.1.3, over 600 s. Its printed position is that of the motion without the
-// pull of Sun and Moon that it lists, which makes 0.97 m in z; a step of 500 s makes as much again.
-TEST(GlonassPosition, ExampleOfTheInterfaceDocument) {
-    const ScopedPZ90ToWGS84 scope(kIdentity);
-    auto record = glonassOrbit(7, 11700);
-    record.position = {7003008.789, -12206626.953, 21280765.625}, record.velocity = {783.5417, 2804.2530, 1352.5150};
-    const ORBIT_COORD printed{7523174.853, -10506962.176, 21999239.866};
-    record.acceleration = {0.0, 1.7e-6, -5.41e-6};
-    expectNear(positionOf(&CALN::POS_SAT_CalcSatPosCartesianGlo, record, 12300.0), printed, 1.5, "steps of 500 s");
-    record.acceleration = {};
-    double position[3] = {};
-    EXPECT_EQ(CALN::POS_SAT_CalcSatPosCartesianGloSteps(record, 12300.0, 60.0, position), CALN::kPositionDone);
-    expectNear({position[0], position[1], position[2]}, printed, 0.02, "without the pull");
-}
-
 /// Moves by a metre a second along x, whatever the forces, and notes where it was asked.
 class Recorder final : public CHalvexEphemerisGLO {
 public:

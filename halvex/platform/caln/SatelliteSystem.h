@@ -52,8 +52,8 @@ struct SatelliteSystem {
     /// How long an ephemeris is the one to use: half of it on either side of its reference time [min]; 0 without any.
     double ephemerisMinutes;
     /// How much faster an ephemeris gets worse before its reference time than behind it. Galileo and BeiDou make theirs
-    /// for the hours that follow: against precise orbits Galileo's are off by twice as much three quarters of an hour
-    /// ahead, BeiDou's an hour and a half, and neither two hours behind.
+    /// for the hours that follow: against precise orbits Galileo's are off by twice as much an hour ahead, BeiDou's
+    /// nearly two hours ahead, and neither two hours behind. Chosen from one day's orbits (docs/orbits.md).
     double costAhead;
 
     [[nodiscard]] constexpr std::uint8_t typeBit() const { return static_cast<std::uint8_t>(1U << (code - 1U)); }
