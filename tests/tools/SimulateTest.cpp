@@ -3,9 +3,9 @@
 
 #include "tests/support/Environment.h"
 #include "tests/tools/Station.h"
-#include "tools/halvex/Atmosphere.h"
-#include "tools/halvex/BroadcastOrbit.h"
-#include "tools/halvex/Simulation.h"
+#include "tools/halvex/simulation/Atmosphere.h"
+#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/simulation/Simulation.h"
 
 namespace halvex::test {
 namespace {

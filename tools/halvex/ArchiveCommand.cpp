@@ -7,9 +7,9 @@
 
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/ObservationReader.h"
-#include "tools/halvex/SetNames.h"
-#include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/sets/SetNames.h"
+#include "tools/halvex/sets/StationSet.h"
 
 namespace halvex::tool {
 namespace {

@@ -7,8 +7,8 @@
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/ObservationReader.h"
 #include "tools/halvex/Program.h"
-#include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/sets/StationSet.h"
 
 namespace halvex::tool {
 namespace {

@@ -11,9 +11,9 @@
 #include "formats/rinex/ObservationReader.h"
 #include "formats/rinex/SatelliteName.h"
 #include "formats/rinex/TimeSystems.h"
-#include "tools/halvex/SetNames.h"
-#include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/sets/SetNames.h"
+#include "tools/halvex/sets/StationSet.h"
 
 namespace halvex::tool {
 namespace {

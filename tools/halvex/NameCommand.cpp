@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "halvex/files/ProductsFileName.h"
-#include "tools/halvex/SetNames.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/sets/SetNames.h"
 
 namespace halvex::tool {
 namespace {

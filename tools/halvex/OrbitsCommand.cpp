@@ -8,8 +8,8 @@
 #include "formats/rinex/SatelliteName.h"
 #include "formats/sp3/PreciseOrbits.h"
 #include "halvex/platform/caln/SatPosition.h"
-#include "tools/halvex/OrbitFiles.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/orbits/OrbitFiles.h"
 
 namespace halvex::tool {
 namespace {

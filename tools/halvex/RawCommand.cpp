@@ -2,9 +2,9 @@
 #include <memory>
 
 #include "halvex/files/IndexedRead.h"
-#include "tools/halvex/SetNames.h"
-#include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/sets/SetNames.h"
+#include "tools/halvex/sets/StationSet.h"
 
 namespace halvex::tool {
 

@@ -10,9 +10,9 @@
 
 #include "formats/rinex/ObservationWriter.h"
 #include "formats/rinex/SatelliteName.h"
-#include "tools/halvex/SetNames.h"
-#include "tools/halvex/StationSet.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/sets/SetNames.h"
+#include "tools/halvex/sets/StationSet.h"
 
 namespace halvex::tool {
 namespace {

@@ -5,9 +5,9 @@
 
 #include "formats/rinex/NavigationWriter.h"
 #include "formats/rinex/ObservationWriter.h"
-#include "tools/halvex/Simulation.h"
-#include "tools/halvex/Site.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/orbits/Site.h"
+#include "tools/halvex/simulation/Simulation.h"
 
 namespace halvex::tool {
 

@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "formats/rinex/SatelliteName.h"
-#include "tools/halvex/Sky.h"
-#include "tools/halvex/SkyPlot.h"
-#include "tools/halvex/Tracking.h"
+#include "tools/halvex/orbits/Sky.h"
+#include "tools/halvex/orbits/Tracking.h"
+#include "tools/halvex/pictures/SkyPlot.h"
 
 namespace halvex::tool {
 namespace {

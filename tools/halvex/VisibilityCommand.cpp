@@ -3,8 +3,8 @@
 #include <iostream>
 #include <memory>
 
-#include "tools/halvex/Sky.h"
-#include "tools/halvex/Timeline.h"
+#include "tools/halvex/orbits/Sky.h"
+#include "tools/halvex/pictures/Timeline.h"
 
 namespace halvex::tool {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/halvex/StationHeader.h"
+#include "tools/halvex/sets/StationHeader.h"
 
 #include <fmt/format.h>
 

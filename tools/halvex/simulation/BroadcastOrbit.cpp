@@ -1,4 +1,4 @@
-#include "tools/halvex/BroadcastOrbit.h"
+#include "tools/halvex/simulation/BroadcastOrbit.h"
 
 #include <cmath>
 #include <concepts>

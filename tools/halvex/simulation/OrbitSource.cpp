@@ -1,4 +1,4 @@
-#include "tools/halvex/OrbitSource.h"
+#include "tools/halvex/simulation/OrbitSource.h"
 
 #include <algorithm>
 #include <array>
@@ -7,8 +7,8 @@
 
 #include "formats/rinex/GlonassFields.h"
 #include "formats/rinex/TimeSystems.h"
-#include "tools/halvex/BroadcastOrbit.h"
-#include "tools/halvex/MixedBits.h"
+#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/simulation/MixedBits.h"
 
 namespace halvex::tool {
 namespace {

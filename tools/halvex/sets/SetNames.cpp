@@ -1,4 +1,4 @@
-#include "tools/halvex/SetNames.h"
+#include "tools/halvex/sets/SetNames.h"
 
 #include <fmt/format.h>
 

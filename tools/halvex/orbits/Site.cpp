@@ -1,4 +1,4 @@
-#include "tools/halvex/Site.h"
+#include "tools/halvex/orbits/Site.h"
 
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "tools/halvex/Labels.h"
+#include "tools/halvex/pictures/Labels.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "tools/halvex/SkyPlot.h"
+#include "tools/halvex/pictures/SkyPlot.h"
 
 #include <fmt/format.h>
 
@@ -8,8 +8,8 @@
 #include <numbers>
 
 #include "formats/rinex/SatelliteName.h"
-#include "tools/halvex/Labels.h"
-#include "tools/halvex/SystemMarks.h"
+#include "tools/halvex/pictures/Labels.h"
+#include "tools/halvex/pictures/SystemMarks.h"
 
 namespace halvex::tool {
 namespace {

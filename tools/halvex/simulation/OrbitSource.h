@@ -9,7 +9,7 @@
 #include "formats/rinex/NavigationRecords.h"
 #include "halvex/platform/caln/GlonassMotion.h"
 #include "halvex/platform/caln/KeplerOrbit.h"
-#include "tools/halvex/OrbitFiles.h"
+#include "tools/halvex/orbits/OrbitFiles.h"
 
 namespace halvex::tool {
 

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "tools/halvex/Sky.h"
+#include "tools/halvex/orbits/Sky.h"
 
 namespace halvex::tool {
 

@@ -1,4 +1,4 @@
-#include "tools/halvex/OrbitFiles.h"
+#include "tools/halvex/orbits/OrbitFiles.h"
 
 #include <fmt/format.h>
 
@@ -14,7 +14,7 @@
 #include "halvex/orbits/HalvexEphemerisNAVIC.h"
 #include "halvex/orbits/HalvexEphemerisQZSS.h"
 #include "halvex/time/SatelliteTime.h"
-#include "tools/halvex/BroadcastOrbit.h"
+#include "tools/halvex/simulation/BroadcastOrbit.h"
 
 namespace halvex::tool {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/halvex/Sky.h"
+#include "tools/halvex/orbits/Sky.h"
 
 #include <fmt/format.h>
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/halvex/Sky.h"
-#include "tools/halvex/Svg.h"
+#include "tools/halvex/orbits/Sky.h"
+#include "tools/halvex/pictures/Svg.h"
 
 namespace halvex::tool {
 

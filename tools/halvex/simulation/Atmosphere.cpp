@@ -1,4 +1,4 @@
-#include "tools/halvex/Atmosphere.h"
+#include "tools/halvex/simulation/Atmosphere.h"
 
 #include <algorithm>
 #include <cmath>

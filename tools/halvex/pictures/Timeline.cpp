@@ -1,12 +1,12 @@
-#include "tools/halvex/Timeline.h"
+#include "tools/halvex/pictures/Timeline.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
 
-#include "tools/halvex/SystemMarks.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/pictures/SystemMarks.h"
 
 namespace halvex::tool {
 namespace {

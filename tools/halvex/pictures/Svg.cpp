@@ -1,4 +1,4 @@
-#include "tools/halvex/Svg.h"
+#include "tools/halvex/pictures/Svg.h"
 
 #include <fmt/format.h>
 

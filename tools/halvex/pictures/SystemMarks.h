@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "halvex/platform/caln/SatelliteSystem.h"
-#include "tools/halvex/Svg.h"
+#include "tools/halvex/pictures/Svg.h"
 
 namespace halvex::tool {
 

@@ -7,7 +7,7 @@
 
 #include "halvex/platform/caln/SatelliteSystem.h"
 #include "halvex/platform/mjd/MjdTime.h"
-#include "tools/halvex/Svg.h"
+#include "tools/halvex/pictures/Svg.h"
 
 namespace halvex::tool {
 

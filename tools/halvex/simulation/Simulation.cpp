@@ -1,13 +1,13 @@
-#include "tools/halvex/Simulation.h"
+#include "tools/halvex/simulation/Simulation.h"
 
 #include <cmath>
 #include <numbers>
 
 #include "formats/rinex/ObservationWriter.h"
 #include "halvex/platform/caln/KeplerOrbit.h"
-#include "tools/halvex/Atmosphere.h"
-#include "tools/halvex/BroadcastOrbit.h"
-#include "tools/halvex/MixedBits.h"
+#include "tools/halvex/simulation/Atmosphere.h"
+#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/simulation/MixedBits.h"
 
 namespace halvex::tool {
 namespace {

@@ -10,7 +10,7 @@
 #include "halvex/observations/ContLockCount.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/platform/caln/Coordinates.h"
-#include "tools/halvex/OrbitSource.h"
+#include "tools/halvex/simulation/OrbitSource.h"
 
 namespace halvex::tool {
 

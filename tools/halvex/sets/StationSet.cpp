@@ -1,4 +1,4 @@
-#include "tools/halvex/StationSet.h"
+#include "tools/halvex/sets/StationSet.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

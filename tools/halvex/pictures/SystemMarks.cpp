@@ -1,4 +1,4 @@
-#include "tools/halvex/SystemMarks.h"
+#include "tools/halvex/pictures/SystemMarks.h"
 
 #include <fmt/format.h>
 

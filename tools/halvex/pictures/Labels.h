@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "tools/halvex/Svg.h"
+#include "tools/halvex/pictures/Svg.h"
 
 namespace halvex::tool {
 

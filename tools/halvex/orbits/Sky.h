@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/halvex/OrbitFiles.h"
-#include "tools/halvex/Site.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/orbits/OrbitFiles.h"
+#include "tools/halvex/orbits/Site.h"
 
 namespace halvex::tool {
 

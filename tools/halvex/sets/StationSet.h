@@ -13,7 +13,7 @@
 #include "halvex/files/IndexedWrite.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/platform/os/Clock.h"
-#include "tools/halvex/StationHeader.h"
+#include "tools/halvex/sets/StationHeader.h"
 
 namespace halvex::tool {
 

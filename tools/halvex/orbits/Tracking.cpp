@@ -1,4 +1,4 @@
-#include "tools/halvex/Tracking.h"
+#include "tools/halvex/orbits/Tracking.h"
 
 #include <fmt/format.h>
 
