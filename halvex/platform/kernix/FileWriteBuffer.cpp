@@ -106,8 +106,12 @@ bool CFileWriteBuffer::WriteUnbuffered(const void* data, std::uint64_t size) {
     if (size > kLargestPiece || (data == nullptr && size > 0)) {
         return succeeded(std::make_error_code(std::errc::invalid_argument));
     }
-    return Flush() &&
-           succeeded(m_file.append({static_cast<const unsigned char*>(data), static_cast<std::size_t>(size)}));
+    const std::span piece(static_cast<const unsigned char*>(data), static_cast<std::size_t>(size));
+    return WriteUnbuffered({&piece, 1});
+}
+
+bool CFileWriteBuffer::WriteUnbuffered(std::span<const std::span<const unsigned char>> pieces) {
+    return Flush() && succeeded(m_file.append(pieces));
 }
 
 bool CFileWriteBuffer::Flush() {

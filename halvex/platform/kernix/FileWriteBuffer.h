@@ -49,6 +49,8 @@ public:
     [[nodiscard]] unsigned char* GetSpace(std::uint64_t size);
     /// Flushes, then writes the piece at once, past the buffer.
     bool WriteUnbuffered(const void* data, std::uint64_t size);
+    /// The same for several pieces together: all of them or, when that fails, none.
+    bool WriteUnbuffered(std::span<const std::span<const unsigned char>> pieces);
     bool Flush();
     /// False when bytes could not be written (they are lost) or the system reports a failure. Closed in any case; true
     /// when nothing was open.

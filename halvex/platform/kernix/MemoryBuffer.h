@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 /// A run of bytes, owned by value: the payload of a request. One thread at a time.
@@ -10,10 +11,17 @@ public:
     CMemoryBuffer(const void* data, std::size_t size) { assign(data, size); }
 
     /// Replaces the content by a copy of `size` bytes at `data`, which may lie inside this buffer; null leaves it
-    /// empty.
+    /// empty. The memory is used again where it suffices.
     void assign(const void* data, std::size_t size) {
         const auto* bytes = static_cast<const unsigned char*>(data);
-        m_bytes = bytes != nullptr ? std::vector<unsigned char>(bytes, bytes + size) : std::vector<unsigned char>();
+        const std::less<const unsigned char*> before;
+        if (bytes == nullptr) {
+            clear();
+        } else if (!before(bytes, m_bytes.data()) && before(bytes, m_bytes.data() + m_bytes.size())) {
+            m_bytes = std::vector<unsigned char>(bytes, bytes + size);
+        } else {
+            m_bytes.assign(bytes, bytes + size);
+        }
     }
     [[nodiscard]] const unsigned char* data() const { return m_bytes.data(); }
     [[nodiscard]] unsigned char* data() { return m_bytes.data(); }

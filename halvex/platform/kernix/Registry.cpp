@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "halvex/platform/kernix/Logging.h"
+#include "halvex/platform/os/File.h"
 
 namespace REG {
 namespace {
@@ -66,22 +67,6 @@ public:
     Descriptor& operator=(const Descriptor&) = delete;
     [[nodiscard]] int number() const { return m_number; }
     [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-
-    bool writeAll(std::string_view bytes) const {
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(m_number, bytes.data(), bytes.size());
-            if (written < 0 && errno == EINTR) continue;
-            if (written <= 0) return false;
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        }
-        return true;
-    }
-    /// Reports what closing without a look would hide.
-    bool syncAndClose() {
-        const bool synced = ::fsync(m_number) == 0;
-        const bool closed = ::close(std::exchange(m_number, -1)) == 0;
-        return synced && closed;
-    }
 
 private:
     int m_number;
@@ -194,20 +179,11 @@ private:
         return true;
     }
 
-    bool replace(const fs::path& file, const ptree& tree) {
-        std::ostringstream text;
-        boost::property_tree::write_info(text, tree);
-        const fs::path next = withSuffix(file, ".new");
-        Descriptor out(next, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-        if (!out.isOpen()) return false;
-        if (!out.writeAll(text.str()) || !out.syncAndClose() || ::rename(next.c_str(), file.c_str()) != 0) {
-            ::unlink(next.c_str());
-            return false;
-        }
-        // The rename itself reaches the disk with its folder; when that fails the new file stands all the same.
-        const Descriptor folder(file.has_parent_path() ? file.parent_path() : fs::path("."), O_RDONLY | O_DIRECTORY);
-        if (folder.isOpen()) ::fsync(folder.number());
-        return true;
+    static bool replace(const fs::path& file, const ptree& tree) {
+        std::ostringstream stream;
+        boost::property_tree::write_info(stream, tree);
+        const std::string text = stream.str();
+        return !os::replaceFile(file.string(), {reinterpret_cast<const unsigned char*>(text.data()), text.size()});
     }
 
     void report(std::string_view what) {

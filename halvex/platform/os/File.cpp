@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <limits>
 #include <utility>
@@ -16,10 +19,20 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
+/// Few enough for every system (POSIX guarantees 16, Linux takes 1024).
+constexpr std::size_t kPiecesInOneCall = 256;
+
 constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
 
 bool isEmpty(const char* name) {
     return name == nullptr || *name == '\0';
+}
+
+bool isSameFile(int descriptor, const char* name) {
+    struct stat opened {};
+    struct stat named {};
+    return ::fstat(descriptor, &opened) == 0 && ::lstat(name, &named) == 0 && opened.st_dev == named.st_dev &&
+           opened.st_ino == named.st_ino;
 }
 
 /// Repeats a system call as long as signals interrupt it.
@@ -110,26 +123,39 @@ void File::expectSequentialReading() const {
     (void)::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
 }
 
-std::error_code File::append(std::span<const unsigned char> bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const auto written = retry([&] { return ::write(m_descriptor, bytes.data() + done, bytes.size() - done); });
-        if (written > 0) {
-            done += static_cast<std::size_t>(written);
-            continue;
+std::error_code File::append(std::span<const std::span<const unsigned char>> pieces) {
+    std::array<iovec, kPiecesInOneCall> vectors{};
+    std::uint64_t done = 0;
+    std::size_t first = 0;   // the piece that is to be written next
+    std::size_t offset = 0;  // and the byte in it
+    for (;;) {
+        std::size_t count = 0;
+        for (std::size_t i = first; i < pieces.size() && count < vectors.size(); ++i) {
+            const auto rest = pieces[i].subspan(i == first ? offset : 0);
+            // writev() promises not to touch what it is given, but its struct serves reading, too.
+            if (!rest.empty()) vectors[count++] = {const_cast<unsigned char*>(rest.data()), rest.size()};
         }
-        const std::error_code error = written < 0 ? lastError() : std::make_error_code(std::errc::io_error);
-        if (done > 0) {
-            // After an appending write the descriptor stands where that write ended.
-            const off_t end = ::lseek(m_descriptor, 0, SEEK_CUR);
-            std::uint64_t now = 0;
-            if (end >= static_cast<off_t>(done) && !size(now) && now == static_cast<std::uint64_t>(end)) {
-                (void)truncate(now - done);  // the first error is the one to report
-            }
+        if (count == 0) return {};
+        const auto written = retry([&] { return ::writev(m_descriptor, vectors.data(), static_cast<int>(count)); });
+        if (written <= 0) {
+            const std::error_code error = written < 0 ? lastError() : std::make_error_code(std::errc::io_error);
+            takeBack(done);
+            return error;
         }
-        return error;
+        done += static_cast<std::uint64_t>(written);
+        offset += static_cast<std::size_t>(written);
+        while (first < pieces.size() && offset >= pieces[first].size()) offset -= pieces[first++].size();
     }
-    return {};
+}
+
+void File::takeBack(std::uint64_t appended) {
+    if (appended == 0) return;
+    // After an appending write the descriptor stands where that write ended.
+    const off_t end = ::lseek(m_descriptor, 0, SEEK_CUR);
+    std::uint64_t now = 0;
+    if (end >= static_cast<off_t>(appended) && !size(now) && now == static_cast<std::uint64_t>(end)) {
+        (void)truncate(now - appended);  // the error before is the one to report
+    }
 }
 
 std::error_code File::truncate(std::uint64_t size) {
@@ -152,6 +178,48 @@ std::error_code File::close() {
 std::error_code deleteFile(const char* name) {
     if (isEmpty(name)) return std::make_error_code(std::errc::invalid_argument);
     return ::unlink(name) == 0 ? std::error_code{} : lastError();
+}
+
+std::error_code replaceFile(const std::string& name, std::span<const unsigned char> bytes) {
+    const std::string next = name + ".new";
+    File file;
+    do {
+        // No link is followed: what it leads to is not ours to empty.
+        if (const auto error = file.open(next.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW, kShareNone)) {
+            return error;
+        }
+        // Somebody else may have renamed it between our opening and our lock: then it is his finished file.
+    } while (!isSameFile(file.m_descriptor, next.c_str()));
+    std::error_code error = file.truncate(0);
+    if (!error) error = file.append(bytes);
+    if (!error) error = file.sync();
+    // Renamed with the lock in hand: the next one to replace the file makes a new one beside it.
+    if (!error && ::rename(next.c_str(), name.c_str()) != 0) error = lastError();
+    if (error) {
+        (void)deleteFile(next.c_str());
+        return error;
+    }
+    // The rename itself reaches the disk with its folder; when that fails the new file stands all the same.
+    const std::size_t slash = name.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : name.substr(0, slash + 1);
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::fsync(descriptor);
+        ::close(descriptor);
+    }
+    return {};
+}
+
+std::uint64_t openFilesLimit() {
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : 0;
+}
+
+bool raiseOpenFilesLimit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= limit.rlim_max) return false;
+    limit.rlim_cur = limit.rlim_max;
+    return ::setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
 
 }  // namespace os

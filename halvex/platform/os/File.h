@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <system_error>
 
 #include "halvex/platform/Export.h"
@@ -42,7 +43,9 @@ public:
     void expectSequentialReading() const;
     /// Adds `bytes` at the end of the file, wherever that is by now, all or nothing: a write that fails half-way (a
     /// full disk) is cut off again, unless somebody else has written behind it.
-    [[nodiscard]] std::error_code append(std::span<const unsigned char> bytes);
+    [[nodiscard]] std::error_code append(std::span<const unsigned char> bytes) { return append({&bytes, 1}); }
+    /// Adds all of `pieces`, one behind the other, in as few calls as possible; all or nothing.
+    [[nodiscard]] std::error_code append(std::span<const std::span<const unsigned char>> pieces);
     [[nodiscard]] std::error_code truncate(std::uint64_t size);
     /// Waits until the content has reached the disk.
     [[nodiscard]] std::error_code sync();
@@ -50,7 +53,9 @@ public:
     [[nodiscard]] std::error_code close();
 
 private:
+    friend HALVEX_EXPORT std::error_code replaceFile(const std::string&, std::span<const unsigned char>);
     std::error_code open(const char* name, int flags, std::uint32_t shareMode);
+    void takeBack(std::uint64_t appended);
     void discard();
 
     int m_descriptor = -1;
@@ -58,5 +63,15 @@ private:
 
 /// Removes a file (not a folder). The name is gone at once; who has the file open keeps it until he closes it.
 HALVEX_EXPORT std::error_code deleteFile(const char* name);
+
+/// Puts `bytes` in the place of a file's content, or makes the file: a reader sees the one or the other, never half of
+/// it, and after a power cut stands one of the two. Written to `name` with ".new" appended, which is then renamed; who
+/// replaces the same file at the same time gets std::errc::device_or_resource_busy.
+HALVEX_EXPORT std::error_code replaceFile(const std::string& name, std::span<const unsigned char> bytes);
+
+/// How many files and other descriptors this process may have open.
+[[nodiscard]] HALVEX_EXPORT std::uint64_t openFilesLimit();
+/// Raises that limit as far as the process is allowed to by itself; false when it stands there already.
+HALVEX_EXPORT bool raiseOpenFilesLimit();
 
 }  // namespace os

@@ -1,8 +1,11 @@
 #include "halvex/platform/os/Thread.h"
 
 #ifdef __linux__
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include <string>
 #else
 #include <functional>
 #include <thread>
@@ -17,6 +20,16 @@ std::uint32_t currentThreadId() {
     thread_local const auto id = static_cast<std::uint32_t>(std::hash<std::thread::id>()(std::this_thread::get_id()));
 #endif
     return id;
+}
+
+void setThreadName([[maybe_unused]] std::uint32_t threadId, [[maybe_unused]] std::string_view name) {
+#ifdef __linux__
+    const std::string file = "/proc/self/task/" + std::to_string(threadId) + "/comm";
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    (void)!::write(descriptor, name.data(), name.size());  // a thread without a name works as well
+    ::close(descriptor);
+#endif
 }
 
 }  // namespace os

@@ -1,0 +1,145 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "halvex/platform/kernix/LockFreeSpinLock.h"
+#include "halvex/platform/kernix/Monitor.h"
+
+namespace halvex {
+
+/// One level of a CDualPriorityQueue: first in, first out, bounded. Any thread pushes, one thread pops.
+///
+/// An element is copied once, outside the lock, into an object on the heap; popping moves it out, and the emptied
+/// object serves a later element, so that a queue in steady use allocates nothing. Monitor elements: "In" and "Out"
+/// count what was pushed and popped, "Size" is what waits.
+template <class Element>
+class QueueLevel : public CMonitorElementContainer {
+public:
+    QueueLevel(std::string_view path, std::int64_t maxCount) : CMonitorElementContainer(path), m_maxCount(maxCount) {}
+
+    /// False, with nothing queued, when more elements wait than may.
+    bool Push(const Element& element) {
+        if (m_count.load(std::memory_order_relaxed) > m_maxCount) return false;
+        Holder holder = emptyHolder();
+        if (holder) {
+            *holder = element;
+        } else {
+            holder = std::make_unique<Element>(element);
+        }
+        {
+            const std::lock_guard lock(m_lock);
+            m_waiting.push_back(std::move(holder));
+        }
+        const std::int64_t count = m_count.fetch_add(1) + 1;
+        m_in.Increment();
+        if (m_monitoring) m_size.Set(static_cast<double>(count));
+        return true;
+    }
+
+    /// Moves the oldest element out; false when there is none. What `element` held is overwritten.
+    bool Pop(Element& element) {
+        if (m_count.load() <= 0) return false;
+        if (m_next == m_taken.size()) takeAll();
+        if (m_next == m_taken.size()) return false;
+        Holder& holder = m_taken[m_next++];
+        std::swap(element, *holder);
+        keepEmptied(std::move(holder));
+        const std::int64_t count = m_count.fetch_sub(1) - 1;
+        m_out.Increment();
+        if (m_monitoring) m_size.Set(static_cast<double>(count));
+        return true;
+    }
+
+    [[nodiscard]] bool empty() const { return m_count.load() <= 0; }
+
+private:
+    using Holder = std::unique_ptr<Element>;
+
+    static constexpr std::size_t kReturned = 32;  ///< emptied holders that go back together
+    static constexpr std::size_t kSpare = 1024;   ///< emptied holders that are kept
+
+    Holder emptyHolder() {
+        const std::lock_guard lock(m_spareLock);
+        if (m_spare.empty()) return nullptr;
+        Holder holder = std::move(m_spare.back());
+        m_spare.pop_back();
+        return holder;
+    }
+
+    void keepEmptied(Holder holder) {
+        m_returned.push_back(std::move(holder));
+        if (m_returned.size() < kReturned) return;
+        {
+            const std::lock_guard lock(m_spareLock);
+            while (m_spare.size() < kSpare && !m_returned.empty()) {
+                m_spare.push_back(std::move(m_returned.back()));
+                m_returned.pop_back();
+            }
+        }
+        m_returned.clear();
+    }
+
+    /// All that waits, in one go: the lock is taken once for many elements.
+    void takeAll() {
+        m_taken.clear();
+        m_next = 0;
+        const std::lock_guard lock(m_lock);
+        m_taken.swap(m_waiting);
+    }
+
+    static constexpr std::size_t kCacheLine = 64;
+
+    const std::int64_t m_maxCount;
+    const bool m_monitoring = true;
+    CMonitorElement m_in{*this, "In"};
+    CMonitorElement m_out{*this, "Out"};
+    CMonitorElement m_size{*this, "Size"};
+
+    alignas(kCacheLine) LockFreeSpinLock m_lock;
+    std::vector<Holder> m_waiting;  // guarded by m_lock
+    alignas(kCacheLine) LockFreeSpinLock m_spareLock;
+    std::vector<Holder> m_spare;  // guarded by m_spareLock
+    /// Elements pushed and not yet popped. Counted after the push: an element may be popped before it counts.
+    alignas(kCacheLine) std::atomic<std::int64_t> m_count{0};
+    // The popping thread's own.
+    alignas(kCacheLine) std::vector<Holder> m_taken;
+    std::size_t m_next = 0;
+    std::vector<Holder> m_returned;
+};
+
+}  // namespace halvex
+
+/// A queue with two levels, of which the high one is always emptied first. Any thread pushes, one thread pops. It
+/// stands in the monitoring tree as "Queue/NAME", its levels as "Queue/NAME/High" and "Queue/NAME/Low".
+template <class Element>
+class CDualPriorityQueue : public CMonitorElementContainer {
+public:
+    enum class Level { high, low };
+
+    /// `maxCount` holds for each level.
+    CDualPriorityQueue(std::string_view name, std::int64_t maxCount)
+        : CMonitorElementContainer("Queue/" + std::string(name)),
+          m_high(path() + "/High", maxCount),
+          m_low(path() + "/Low", maxCount) {}
+
+    /// Queues a copy; false when the level is full.
+    bool Push(const Element& element, Level level) {
+        return level == Level::high ? m_high.Push(element) : m_low.Push(element);
+    }
+    /// The oldest element of the high level or, when that is empty, of the low one; false when both are empty.
+    bool Pop(Element& element) { return m_high.Pop(element) || m_low.Pop(element); }
+    [[nodiscard]] bool empty() const { return m_high.empty() && m_low.empty(); }
+
+private:
+    halvex::QueueLevel<Element> m_high;
+    halvex::QueueLevel<Element> m_low;
+};

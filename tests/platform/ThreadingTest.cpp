@@ -1,0 +1,200 @@
+#include <gmock/gmock.h>
+
+#include <array>
+#include <barrier>
+#include <latch>
+#include <thread>
+
+#include "halvex/platform/kernix/ActiveObject.h"
+#include "halvex/platform/kernix/DualPriorityQueue.h"
+#include "halvex/platform/kernix/MonitorExport.h"
+#include "halvex/platform/kernix/Watchdog.h"
+#include "halvex/platform/os/Event.h"
+#include "halvex/platform/os/Thread.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestClock.h"
+
+using namespace halvex::test;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+TEST(Event, WhoIsToldAndInWhichOrder) {
+    os::Event stays(os::Event::Reset::manual);
+    os::Event goes(os::Event::Reset::automatic);
+    const std::array<os::Event*, 2> both{&stays, &goes};
+    EXPECT_EQ(os::waitAny(both, 0ms), std::nullopt);
+    goes.Set();
+    goes.Set();
+    EXPECT_EQ(os::waitAny(both), 1U);
+    EXPECT_EQ(os::waitAny(both, 1ms), std::nullopt) << "announced twice is announced once";
+    goes.Set();
+    stays.Set();
+    EXPECT_EQ(os::waitAny(both), 0U) << "the first in their order";
+    EXPECT_EQ(os::waitAny(both), 0U);
+    stays.Clear();
+    EXPECT_EQ(os::waitAny(both), 1U);
+}
+
+TEST(Event, NoAnnouncementIsMissed) {
+    constexpr int kRounds = 20000;
+    os::Event ping(os::Event::Reset::automatic);
+    os::Event pong(os::Event::Reset::automatic);
+    os::Event never(os::Event::Reset::manual);
+    int value = 0;  // handed to and fro by the events alone
+    std::thread other([&] {
+        const std::array<os::Event*, 2> events{&never, &ping};
+        for (int i = 0; i < kRounds; ++i) {
+            if (os::waitAny(events) != 1) return;
+            ++value;
+            pong.Set();
+        }
+    });
+    const std::array<os::Event*, 1> events{&pong};
+    for (int i = 0; i < kRounds; ++i) {
+        ping.Set();
+        ASSERT_EQ(os::waitAny(events), 0U);
+        ASSERT_EQ(value, i + 1);
+    }
+    other.join();
+}
+
+TEST(Event, AnAutomaticOneLetsOneWaiterGoOn) {
+    os::Event gate(os::Event::Reset::automatic);
+    os::Event stop(os::Event::Reset::manual);
+    std::atomic<int> passed{0};
+    os::Event progress(os::Event::Reset::automatic);
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 3; ++i) {
+        waiters.emplace_back([&] {
+            const std::array<os::Event*, 2> events{&stop, &gate};
+            while (os::waitAny(events) == 1) {
+                ++passed;
+                progress.Set();
+            }
+        });
+    }
+    const std::array<os::Event*, 1> events{&progress};
+    for (int i = 1; i <= 100; ++i) {
+        gate.Set();
+        ASSERT_EQ(os::waitAny(events), 0U);
+        ASSERT_EQ(passed, i);
+    }
+    stop.Set();
+    for (std::thread& waiter : waiters) waiter.join();
+}
+
+TEST(ActiveObject, StartsOnceStopsAndStartsAgain) {
+    struct Work {
+        std::atomic<int> runs{0};
+        CActiveObject thread{"Work", &Work::run, this, 1000};
+        static std::uint32_t run(void* self) {
+            auto& work = *static_cast<Work*>(self);
+            CActiveObject::SetThreadName(os::currentThreadId(), "a name that is too long");
+            const CWatchdogClient watchdog("Work", 50);
+            const std::array<os::Event*, 1> events{&work.thread.GetStopHandle()};
+            ++work.runs;
+            static_cast<void>(os::waitAny(events));
+            return 0;
+        }
+    } work;
+    EXPECT_TRUE(work.thread.StopThread()) << "nothing to stop";
+    for (int i = 1; i <= 2; ++i) {
+        EXPECT_TRUE(work.thread.StartThread("file.cpp", 1, "test"));
+        EXPECT_TRUE(work.thread.StartThread("file.cpp", 1, "test")) << "runs already";
+        EXPECT_TRUE(work.thread.StopThread());
+        EXPECT_EQ(work.runs, i);
+    }
+    EXPECT_THAT(CWatchdogClient::GetThreads(), IsEmpty());
+}
+
+TEST(Watchdog, TellsWhoHasGoneSilent) {
+    TestClock clock;
+    CWatchdogClient supervised("Decoder", 1000);
+    CWatchdogClient sleeper("Writer", 0);
+    const auto overdue = [] {
+        std::vector<std::string> names;
+        for (const auto& thread : CWatchdogClient::GetThreads()) {
+            if (thread.overdue()) names.push_back(thread.info);
+        }
+        return names;
+    };
+    clock.ticks += 1000;
+    EXPECT_THAT(overdue(), IsEmpty());
+    clock.ticks += 1;
+    EXPECT_THAT(overdue(), ElementsAre("Decoder"));
+    supervised.NotifyWatchdog();
+    EXPECT_THAT(overdue(), IsEmpty());
+    EXPECT_EQ(CWatchdogClient::GetThreads().at(1).silence, 1001U);
+    sleeper.NotifyWatchdogThisThreadClosing();
+    EXPECT_EQ(CWatchdogClient::GetThreads().size(), 1U);
+}
+
+TEST(DualPriorityQueue, HighBeforeLowEachInItsOrderUpToTheBound) {
+    using Queue = CDualPriorityQueue<std::string>;
+    Queue queue("Test", 2);
+    for (const char* text : {"low 1", "low 2", "low 3"}) EXPECT_TRUE(queue.Push(text, Queue::Level::low));
+    EXPECT_FALSE(queue.Push("one too many", Queue::Level::low)) << "more than the bound wait already";
+    std::string text;
+    std::vector<std::string> order;
+    EXPECT_TRUE(queue.Pop(text));
+    order.push_back(text);
+    EXPECT_TRUE(queue.Push("high 1", Queue::Level::high)) << "a level of its own";
+    EXPECT_TRUE(queue.Push("high 2", Queue::Level::high));
+    EXPECT_TRUE(queue.Push("low 4", Queue::Level::low));
+    while (queue.Pop(text)) order.push_back(text);
+    EXPECT_THAT(order, ElementsAre("low 1", "high 1", "high 2", "low 2", "low 3", "low 4"));
+    const CMonitorTree& tree = CMonitorTree::getInstance();
+    EXPECT_EQ(tree.value("Queue/Test/Low", "In"), 4.0);
+    EXPECT_EQ(tree.value("Queue/Test/Low", "Out"), 4.0);
+    EXPECT_EQ(tree.value("Queue/Test/High", "Size"), 0.0);
+}
+
+TEST(DualPriorityQueue, ManyProducersLoseAndMixNothing) {
+    constexpr int kProducers = 4;
+    constexpr int kEach = 20000;
+    using Element = std::pair<int, int>;
+    using Queue = CDualPriorityQueue<Element>;
+    Queue queue("Test", kProducers * kEach);
+    std::barrier start(kProducers + 1);
+    std::vector<std::thread> producers;
+    for (int producer = 0; producer < kProducers; ++producer) {
+        producers.emplace_back([&, producer] {
+            start.arrive_and_wait();
+            for (int i = 0; i < kEach; ++i) {
+                ASSERT_TRUE(queue.Push({producer, i}, producer == 0 ? Queue::Level::high : Queue::Level::low));
+            }
+        });
+    }
+    start.arrive_and_wait();
+    std::array<int, kProducers> next{};
+    Element element;
+    for (int popped = 0; popped < kProducers * kEach;) {
+        if (!queue.Pop(element)) {
+            std::this_thread::yield();
+            continue;
+        }
+        ASSERT_EQ(element.second, next.at(static_cast<std::size_t>(element.first))++);
+        ++popped;
+    }
+    for (std::thread& producer : producers) producer.join();
+    EXPECT_TRUE(queue.empty());
+    EXPECT_FALSE(queue.Pop(element));
+}
+
+TEST(MonitorExport, TheFileFollowsTheTreeAndAFailureIsLoggedOnce) {
+    const TemporaryFolder folder;
+    {
+        CMonitorElementContainer own("Test/Export");
+        CMonitorElement element(own, "Value");
+        const CMonitorExport exporter(folder.path("metrics"), 1h);
+        element.Set(42.0);
+    }  // written once more at the end
+    EXPECT_THAT(readFile(folder.path("metrics")),
+                HasSubstr("{container=\"Test/Export\",element=\"Value\"} 42\n# EOF\n"));
+    CapturedLog log;
+    { const CMonitorExport exporter(folder.path("none/metrics"), 1ms); }
+    EXPECT_THAT(log.take(), ElementsAre(HasSubstr("none/metrics' cannot be written: ")));
+}
