@@ -5,6 +5,7 @@
 #include "halvex/Version.h"
 #include "halvex/files/DecoupledFileWrite.h"
 #include "halvex/files/IndexedRead.h"
+#include "halvex/files/IndexedSetRequests.h"
 #include "halvex/files/IndexedWrite.h"
 #include "halvex/files/ProductsFileName.h"
 #include "halvex/observations/ContLockCount.h"

@@ -77,6 +77,10 @@ void CDecoupledFileWrite::WaitUntilIdle() {
     m_becameIdle.wait(lock, [this] { return m_idle && m_Queue.empty(); });
 }
 
+std::uint64_t CDecoupledFileWrite::FailedRequests() const {
+    return m_mapOpenFiles->failures();
+}
+
 void CDecoupledFileWrite::setIdle(bool idle) {
     const std::lock_guard lock(m_idleMutex);
     m_idle = idle;

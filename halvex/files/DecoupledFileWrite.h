@@ -66,6 +66,9 @@ public:
     /// Waits until everything that has been queued is carried out, including what other threads queue meanwhile.
     void WaitUntilIdle();
 
+    /// Requests that were lost so far because their file could not be opened or written.
+    [[nodiscard]] std::uint64_t FailedRequests() const;
+
 protected:
     /// Carries out one request; false when its file cannot be opened. For the writer's thread.
     bool ProcessFile(FileData& request);

@@ -21,6 +21,22 @@ constexpr std::size_t kLongestName = 259;
 
 }  // namespace
 
+bool halvex::IndexSchedule::isDue(const CIndexedFileRecordHeader& record) const {
+    return GPSTimeCompare(record.week, record.milliseconds) >= m_next;
+}
+
+void halvex::IndexSchedule::entryWritten(const CIndexedFileRecordHeader& record) {
+    m_next.SetTime(record.week, record.milliseconds + kIndexInterval);
+}
+
+CIndexedFileRecordHeader halvex::recordWrittenNow(std::uint32_t size) {
+    CSystemTime now;
+    now.SetToCurrentUTCTime();
+    return {.week = static_cast<std::uint16_t>(now.GetGpsWeek()),
+            .milliseconds = static_cast<std::uint32_t>(now.GetGpsWeekMilliseconds()),
+            .size = size};
+}
+
 bool CIndexedWrite::Open(const CString& fileName, bool overwrite) {
     std::uint32_t version = kIndexedFileVersion;
     if (!m_file.Open(fileName, kIndexBuffer, 0, overwrite, os::kShareReadWrite, &version)) return false;
@@ -33,14 +49,15 @@ bool CIndexedWrite::Open(const CString& fileName, bool overwrite) {
 }
 
 void CIndexedWrite::SetIndexPos(std::uint16_t week, std::uint32_t milliseconds, CFileWriteBuffer& timeInfoFile) {
-    if (!(GPSTimeCompare(week, milliseconds) >= m_nextIndexTime)) return;
+    const CIndexedFileRecordHeader record{.week = week, .milliseconds = milliseconds};
+    if (!m_schedule.isDue(record)) return;
     CIndexedFileIndex entry{.week = week, .milliseconds = milliseconds};
     if (!timeInfoFile.GetFilePosition(entry.position)) return;
     std::array<unsigned char, CIndexedFileIndex::kSavedSize> bytes{};
     entry.save(bytes.data());
     m_file.Write(bytes.data(), bytes.size());
     m_file.Flush();
-    m_nextIndexTime.SetTime(week, milliseconds + kIndexInterval);
+    m_schedule.entryWritten(record);
 }
 
 CIndexedWriteFile::~CIndexedWriteFile() = default;
@@ -78,11 +95,7 @@ void CIndexedWriteFile::Flush() {
 
 void CIndexedWriteFile::AddBlock(const unsigned char* data, std::uint32_t size) {
     if (data == nullptr && size > 0) return;
-    CSystemTime now;
-    now.SetToCurrentUTCTime();
-    const CIndexedFileRecordHeader header{.week = static_cast<std::uint16_t>(now.GetGpsWeek()),
-                                          .milliseconds = static_cast<std::uint32_t>(now.GetGpsWeekMilliseconds()),
-                                          .size = size};
+    const CIndexedFileRecordHeader header = halvex::recordWrittenNow(size);
     // Before the record is in the buffer: the entry leads to where it will stand.
     m_index.SetIndexPos(header.week, header.milliseconds, m_timeInfo);
     m_lastWriteWeek = header.week;

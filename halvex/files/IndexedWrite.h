@@ -5,8 +5,27 @@
 
 #include "halvex/platform/Export.h"
 #include "halvex/platform/kernix/FileWriteBuffer.h"
+#include "halvex/platform/kernix/IndexedFileRecord.h"
 #include "halvex/platform/os/CString.h"
 #include "halvex/time/GPSTimeCompare.h"
+
+namespace halvex {
+
+/// When an index entry is due: with the first record, and then with the first one that is ten minutes of week or more
+/// behind the last entry's. That time stays in the week it was counted in: a record of a later week is always past it.
+class HALVEX_EXPORT IndexSchedule {
+public:
+    [[nodiscard]] bool isDue(const CIndexedFileRecordHeader& record) const;
+    void entryWritten(const CIndexedFileRecordHeader& record);
+
+private:
+    GPSTimeCompare m_next;
+};
+
+/// Head of a record of `size` bytes that is written now, by the clock's UTC (no leap seconds are added).
+[[nodiscard]] HALVEX_EXPORT CIndexedFileRecordHeader recordWrittenNow(std::uint32_t size);
+
+}  // namespace halvex
 
 /// Writes the index file of an indexed file set: a version word, then entries (CIndexedFileIndex) in the order of
 /// writing, the first record's and then one for every ten minutes of blocks. One thread at a time.
@@ -14,15 +33,14 @@ class HALVEX_EXPORT CIndexedWrite {
 public:
     /// Opens the index file; one of another version is logged, DELETED and created anew.
     bool Open(const CString& fileName, bool overwrite);
-    /// Writes an entry for the record that the time-info file takes next, if one is due, and flushes it. The next one
-    /// is due ten minutes of week later; that time stays in the week it was counted in, is not reset by Open(), and a
-    /// record of a later week is always past it.
+    /// Writes an entry for the record that the time-info file takes next, if one is due, and flushes it. Open() does
+    /// not begin the schedule anew.
     void SetIndexPos(std::uint16_t week, std::uint32_t milliseconds, CFileWriteBuffer& timeInfoFile);
 
     [[nodiscard]] std::error_code GetLastError() const { return m_file.GetLastError(); }
 
 private:
-    GPSTimeCompare m_nextIndexTime;
+    halvex::IndexSchedule m_schedule;
     CFileWriteBuffer m_file;
 };
 

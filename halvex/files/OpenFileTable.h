@@ -40,6 +40,10 @@ public:
     void write(File& file, std::span<const Bytes> pieces);
     void write(File& file, Bytes bytes) { write(file, {&bytes, 1}); }
 
+    [[nodiscard]] std::uint64_t failures() const {
+        return static_cast<std::uint64_t>(m_failedOpens.value() + m_failedWrites.value());
+    }
+
 private:
     bool openBuffer(const CString& name, CFileWriteBuffer& buffer, bool overwrite, std::uint32_t* version);
     /// False when nothing can be done.

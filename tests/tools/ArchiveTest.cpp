@@ -55,6 +55,38 @@ TEST_F(Archive, SpansNamesAndStamps) {
     }
 }
 
+TEST_F(Archive, ThroughTheAsynchronousWriterTheSameBytes) {
+    CapturedLog log;
+    const std::string first = simulate(folder, "2021-01-01", "1", "30");
+    const std::string second = simulate(folder, "2021-01-01T00:30", "2", "30");
+    const auto contents = [&](const std::vector<std::string>& more) {
+        fs::remove_all(out);
+        for (const std::string& source : {first, second}) EXPECT_EQ(archive(source, more).status, 0);
+        std::vector<std::pair<std::string, std::string>> files;
+        for (const auto& file : fs::directory_iterator(out)) {
+            files.emplace_back(file.path().filename(), readFile(file.path()));
+        }
+        std::sort(files.begin(), files.end());
+        return files;
+    };
+    EXPECT_TRUE(contents({"--async", "--span", "hourly"}) == contents({"--span", "hourly"}));
+
+    const std::string metrics = folder.path("metrics");
+    fs::remove_all(out);
+    const ToolRun watched = runTool({"metrics", "--out", metrics, "archive", first, "--async", "--out", out});
+    EXPECT_EQ(watched.status, 0) << watched.err;
+    EXPECT_NE(readFile(metrics).find("{container=\"Queue/DecoupledFileWrite/High\",element=\"Out\"} 3\n"),
+              std::string::npos);
+    EXPECT_EQ(runTool({"metrics", "archive", folder.path("none"), "--out", out}).status, 1);
+    EXPECT_EQ(runTool({"metrics", "--every", "2"}).status, 2);
+
+    fs::remove_all(out);
+    const FileSizeLimit limit(10000);
+    const ToolRun full = archive(first, {"--async"});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_NE(full.err.find("writes failed, see the log; remove the set"), std::string::npos) << full.err;
+}
+
 TEST_F(Archive, NamesOfSeveralStations) {
     const auto file = [&](const char* name, const char* marker, const char* interval) {
         writeFile(folder.path(name), version("3.05", "G") + record(marker, "MARKER NAME") +

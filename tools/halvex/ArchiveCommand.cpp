@@ -22,6 +22,7 @@ struct Options {
     Span span = Span::daily;
     bool keepGoing = false;
     bool json = false;
+    bool async = false;
 };
 
 /// Archives files one after another and tells what became of them.
@@ -117,7 +118,7 @@ private:
             closeSet();
             m_start = start;
             const auto base = std::filesystem::path(m_options.out) / setName(station, start, m_options.span, header);
-            m_writer = std::make_unique<SetWriter>(base.string(), header, m_clock);
+            m_writer = std::make_unique<SetWriter>(base.string(), header, m_clock, m_asynchronous);
         }
         if (!m_writer->add(record, builder)) ++m_notLater;
     }
@@ -202,6 +203,8 @@ private:
 
     const Options& m_options;
     EpochClock m_clock;
+    CDecoupledFileWriteHandle m_handle;
+    CDecoupledFileWrite* m_asynchronous = m_options.async ? m_handle.GetRealPointer() : nullptr;
     std::unique_ptr<SetWriter> m_writer;
     SMjdTime m_start;
     std::map<std::string, SetReport> m_sets;
@@ -229,6 +232,8 @@ void addArchiveCommand(CLI::App& app) {
         ->default_str("daily")
         ->option_text("daily|hourly|subhourly [daily]");
     command->add_flag("--keep-going", options->keepGoing, "pass over bad epochs and files, and say how many");
+    command->add_flag("--async", options->async,
+                      "write on a thread of its own, so that reading never waits for the disk");
     command->add_flag("--json", options->json, "report as JSON");
     command->callback([options] { Archiver(*options).run(); });
 }

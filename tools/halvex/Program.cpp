@@ -23,6 +23,7 @@ int runProgram(const std::vector<std::string>& arguments) {
         addSkyCommand(app);
         addVisibilityCommand(app);
         addSimulateCommand(app);
+        addMetricsCommand(app);
         addDemoCommand(app);
         try {
             app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
@@ -40,6 +41,8 @@ int runProgram(const std::vector<std::string>& arguments) {
         std::cout.flush();
         std::cerr << "halvex: " << failure.what() << std::endl;
         return failure.status();
+    } catch (const Ended& ended) {
+        return ended.status;
     } catch (const std::exception& error) {
         std::cout.flush();
         std::cerr << "halvex: " << error.what() << std::endl;

@@ -30,6 +30,11 @@ private:
     int m_status;
 };
 
+/// Ends a subcommand with a status whose reason has been told already.
+struct Ended {
+    int status;
+};
+
 /// Adds a subcommand whose help ends with an example.
 CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& what, const std::string& example);
 
@@ -43,6 +48,7 @@ void addOrbitsCommand(CLI::App& app);
 void addSkyCommand(CLI::App& app);
 void addVisibilityCommand(CLI::App& app);
 void addSimulateCommand(CLI::App& app);
+void addMetricsCommand(CLI::App& app);
 void addDemoCommand(CLI::App& app);
 
 /// A GPS time as people write it: "2020-06-25T12:00:30.5" (date alone, blank instead of T, missing seconds allowed) or

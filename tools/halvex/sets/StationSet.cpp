@@ -83,16 +83,25 @@ SMjdTime epochTime(const CHalvexStationObservation& station) {
     return {static_cast<int>(station.getGPSWeek()), station.getGPSFraction() / 1000.0};
 }
 
-SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, EpochClock& clock)
-    : m_base(std::move(base)), m_clock(clock) {
+SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, EpochClock& clock,
+                     CDecoupledFileWrite* writer)
+    : m_base(std::move(base)), m_clock(clock), m_writer(writer) {
     std::error_code absent;
     const bool continued = std::filesystem::file_size(timeInfoName(m_base), absent) >= sizeof kVersion && !absent;
     if (continued) checkVersion(timeInfoName(m_base));
-    if (!m_file.Open(m_base.c_str(), false)) {
-        throw Failure(
-            fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), m_file.GetLastError().message()));
+    std::error_code error;
+    bool opened = false;
+    if (m_writer != nullptr) {
+        m_failedBefore = m_writer->FailedRequests();
+        opened = m_requests.emplace(*m_writer).Open(m_base.c_str(), error);
+    } else {
+        opened = m_file.Open(m_base.c_str(), false);
+        error = m_file.GetLastError();
     }
-    check();
+    if (!opened && error != std::errc::device_or_resource_busy) {
+        throw Failure(fmt::format("{}: the set cannot be opened: {}", timeInfoName(m_base), error.message()));
+    }
+    check(error);
     m_header.emplace(m_base, header);
     if (!continued) return;
     SetReader before(m_base);
@@ -103,14 +112,21 @@ SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, E
     });
 }
 
-void SetWriter::check() const {
-    if (const std::error_code error = m_file.GetLastError()) {
-        if (error == std::errc::device_or_resource_busy) {
-            throw Failure(m_base + ": another program writes this set; archive again when it is done");
-        }
+void SetWriter::check(std::error_code error) const {
+    if (error == std::errc::device_or_resource_busy) {
+        throw Failure(m_base + ": another program writes this set; archive again when it is done");
+    }
+    if (error) {
         throw Failure(
             fmt::format("{}: cannot be written: {}; what stands before it is whole", m_base, error.message()));
     }
+}
+
+void SetWriter::checkLost() const {
+    const std::uint64_t lost = m_writer->FailedRequests() - m_failedBefore;
+    if (lost == 0) return;
+    // Others that stand behind the lost ones may have been written: continuing this set would not bring them back.
+    throw Failure(fmt::format("{}: {} writes failed, see the log; remove the set and archive again", m_base, lost));
 }
 
 bool SetWriter::add(const CHalvexStationObservation& station, const rinex::EpochBuilder& builder) {
@@ -125,18 +141,29 @@ bool SetWriter::add(const CHalvexStationObservation& station, const rinex::Epoch
     m_block.assign(station.getSize(), 0);
     station.saveData(m_block.data(), m_block.size());
     m_clock.set(time);
-    m_file.AddBlock(m_block.data(), static_cast<std::uint32_t>(m_block.size()));
-    check();
+    if (m_requests) {
+        checkLost();
+        if (!m_requests->AddBlock(m_block)) throw Failure(m_base + ": the writer takes no more requests");
+    } else {
+        m_file.AddBlock(m_block.data(), static_cast<std::uint32_t>(m_block.size()));
+        check(m_file.GetLastError());
+    }
     ++m_epochs;
     m_bytes += m_block.size();
     return true;
 }
 
 void SetWriter::close() {
+    if (m_requests) {
+        m_requests->Close();
+        m_writer->WaitUntilIdle();
+        checkLost();
+        return;
+    }
     m_file.Flush();
-    check();
+    check(m_file.GetLastError());
     m_file.Close();
-    check();
+    check(m_file.GetLastError());
 }
 
 SetReader::SetReader(const std::string& base) : m_base(base) {

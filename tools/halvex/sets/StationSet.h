@@ -10,6 +10,7 @@
 
 #include "formats/rinex/EpochBuilder.h"
 #include "halvex/files/IndexedRead.h"
+#include "halvex/files/IndexedSetRequests.h"
 #include "halvex/files/IndexedWrite.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/platform/os/Clock.h"
@@ -36,8 +37,9 @@ private:
 /// record: epochs that are not later than that are refused, so that archiving a file twice changes nothing.
 class SetWriter {
 public:
-    /// Failure when the set cannot be written. `clock` is the process's clock for as long as this object lives.
-    SetWriter(std::string base, const rinex::ObservationHeader& header, EpochClock& clock);
+    /// Failure when the set cannot be written. `clock` is the process's clock for as long as this object lives. The
+    /// blocks go through `writer`, which outlives this object, or directly to the files when it is null.
+    SetWriter(std::string base, const rinex::ObservationHeader& header, EpochClock& clock, CDecoupledFileWrite* writer);
     /// False when the epoch is not later than the last one of the set. Failure when it cannot be written.
     bool add(const CHalvexStationObservation& station, const rinex::EpochBuilder& builder);
     /// Everything to the system. Failure when that cannot be done.
@@ -48,14 +50,18 @@ public:
     [[nodiscard]] std::uint64_t bytes() const { return m_bytes; }
 
 private:
-    void check() const;
+    void check(std::error_code error) const;
+    void checkLost() const;
 
     std::string m_base;
     EpochClock& m_clock;
+    CDecoupledFileWrite* m_writer;
     std::optional<SMjdTime> m_last;
     std::optional<StationHeaderWriter> m_header;
-    CIndexedWriteFile m_file;
+    CIndexedWriteFile m_file;  // one of the two is used
+    std::optional<IndexedSetRequests> m_requests;
     std::vector<unsigned char> m_block;
+    std::uint64_t m_failedBefore = 0;
     std::uint64_t m_epochs = 0;
     std::uint64_t m_bytes = 0;
 };
