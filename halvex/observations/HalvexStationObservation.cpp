@@ -215,6 +215,12 @@ bool CHalvexStationObservation::ValidateObservations() {
     return !m_observations.empty();
 }
 
+void CHalvexStationObservation::RemovePrnTypes(CPrnID::PrnTypeFlag types) {
+    std::erase_if(m_observations, [types](const CHalvexObservation& each) { return (each.getPrnType() & types) != 0; });
+    listChanged();
+    m_cursor = 0;
+}
+
 void CHalvexStationObservation::listChanged() {
     std::fill(std::begin(m_tracked), std::end(m_tracked), 0);
 }

@@ -132,6 +132,8 @@ public:
     bool AddObservation(const CHalvexObservation& observation, bool validate);
     /// Removes what is not plausible; whether any is left.
     bool ValidateObservations();
+    /// Removes what is of one of the `types`; the cursor goes to the start.
+    void RemovePrnTypes(CPrnID::PrnTypeFlag types);
     [[nodiscard]] std::span<const CHalvexObservation> observations() const { return m_observations; }
 
     [[nodiscard]] std::int32_t GetCountObservation() const { return static_cast<std::int32_t>(m_observations.size()); }

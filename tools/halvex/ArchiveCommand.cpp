@@ -10,6 +10,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -93,7 +94,7 @@ private:
         CHalvexStationObservation record;
         std::uint32_t headerChanges = 0;
         Progress progress("archiving " + std::filesystem::path(report.file).filename().string());
-        for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
+        for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
             if (result == Result::error) {
                 if (!m_options.keepGoing) throw Failure(reader.error());
                 noteBad(reader.error().text());
@@ -198,7 +199,9 @@ private:
             for (const auto& [what, count] : otherLosses(input)) other[what] = count;
             inputs.push_back({{"file", input.file}, {"notInTheRecord", lost}, {"other", other}});
         }
-        return {{"sets", sets}, {"inputs", inputs}, {"notLater", m_notLater}, {"bad", m_bad}};
+        Json json = {{"sets", sets}, {"inputs", inputs}, {"notLater", m_notLater}, {"bad", m_bad}};
+        tellDisabledSystems(json);
+        return json;
     }
 
     const Options& m_options;
@@ -218,8 +221,8 @@ private:
 void addArchiveCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
     CLI::App* command =
-        addCommand(app, "archive", "archive RINEX observation files as indexed sets, one for each span",
-                   "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
+        addSatelliteCommand(app, "archive", "archive RINEX observation files as indexed sets, one for each span",
+                            "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
     command->add_option("OBS", options->inputs, "RINEX observation files, plain or gzip, - for standard input")
         ->required();
     command->add_option("--out", options->out, "folder of the sets, made when missing")->required();

@@ -6,6 +6,7 @@
 
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/ObservationReader.h"
+#include "halvex/status/SatelliteSystemDisablingHelper.h"
 #include "tools/halvex/Program.h"
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/StationSet.h"
@@ -71,6 +72,8 @@ std::uint64_t compareValues(const std::string& left, const std::string& right) {
 }
 
 void demo() {
+    // The same on every machine: with all systems, whatever an operator has switched off.
+    CSatelliteSystemDisablingHelper::SetSatSystemDisableMask(0, false);
     const DemoFolder folder;
     const fs::path before = fs::current_path();
     fs::current_path(folder.path());

@@ -14,6 +14,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -65,6 +66,7 @@ public:
                 {"name", system.name}, {"satellites", names}, {"observations", signals}};
         }
         json["systems"] = systems;
+        tellDisabledSystems(json);
         return json;
     }
 
@@ -181,7 +183,7 @@ std::string readRinex(const std::string& name, Summary& summary) {
     Progress progress("reading " + name);
     rinex::ObservationEpoch epoch;
     using Result = rinex::ObservationReader::Result;
-    for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
+    for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
         progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
         if (result == Result::error) return reader.error().text();
         if (result == Result::event || epoch.flag == rinex::EpochFlag::cycleSlips) {
@@ -225,7 +227,7 @@ std::string readSet(const std::string& base, Summary& summary) {
     CHalvexStationObservation station;
     std::uint64_t other = 0;
     const std::uint64_t torn = reader.read(SMjdTime(), [&](std::span<const unsigned char> block) {
-        if (!station.loadData(block.data(), block.size())) {
+        if (!loadEnabled(station, block)) {
             ++other;
             return true;
         }
@@ -252,9 +254,9 @@ void addInfoCommand(CLI::App& app) {
         bool json = false;
     };
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        addCommand(app, "info", "what is in indexed sets and RINEX observation files",
-                   "halvex info archive/ESBC00DNK_R_20201770000_01D_30S_MO ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz");
+    CLI::App* command = addSatelliteCommand(
+        app, "info", "what is in indexed sets and RINEX observation files",
+        "halvex info archive/ESBC00DNK_R_20201770000_01D_30S_MO ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz");
     command->add_option("FILE", options->files, "indexed sets (base name, or any file of the set), RINEX files")
         ->required();
     command->add_flag("--json", options->json, "as JSON, an object for each file in an array");

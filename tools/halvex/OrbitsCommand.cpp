@@ -10,6 +10,7 @@
 #include "halvex/platform/caln/SatPosition.h"
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/orbits/OrbitFiles.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -247,9 +248,10 @@ void positions(const Options& options, OrbitFiles& orbits) {
 
 void addOrbitsCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "orbits", "satellite positions, and how they compare with precise orbits",
-                                   "halvex orbits BRDC00IGS_R_20220010000_01D_MN.rnx.gz --compare "
-                                   "COD0MGXFIN_20220010000_01D_05M_ORB.SP3.gz");
+    CLI::App* command =
+        addSatelliteCommand(app, "orbits", "satellite positions, and how they compare with precise orbits",
+                            "halvex orbits BRDC00IGS_R_20220010000_01D_MN.rnx.gz --compare "
+                            "COD0MGXFIN_20220010000_01D_05M_ORB.SP3.gz");
     command->add_option("NAV", options->files, "RINEX navigation files, YUMA and SEM almanacs")->required();
     auto* compareOption =
         command->add_option("--compare", options->compare, "SP3 file: differences for each satellite and system");

@@ -24,6 +24,8 @@ int runProgram(const std::vector<std::string>& arguments) {
         addVisibilityCommand(app);
         addSimulateCommand(app);
         addMetricsCommand(app);
+        addStatusCommand(app);
+        addSystemsCommand(app);
         addDemoCommand(app);
         try {
             app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

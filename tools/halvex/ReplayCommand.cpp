@@ -13,6 +13,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -62,6 +63,7 @@ Json epochJson(const CHalvexStationObservation& station) {
         satellites[rinex::satelliteName(id.getCalSatID())] = std::move(slots);
     }
     json["satellites"] = std::move(satellites);
+    tellDisabledSystems(json);
     return json;
 }
 
@@ -145,7 +147,7 @@ public:
 
 private:
     bool deliver(const std::string& base, const StationHeader& header, std::span<const unsigned char> block) {
-        if (!m_record.loadData(block.data(), block.size())) {
+        if (!loadEnabled(m_record, block)) {
             throw Failure(base + "t: a block after epoch " + std::to_string(m_epochs) + " is no station epoch");
         }
         const SMjdTime time = epochTime(m_record);
@@ -203,8 +205,8 @@ private:
 void addReplayCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
     CLI::App* command =
-        addCommand(app, "replay", "give archived epochs back, from any time on",
-                   "halvex replay archive/ESBC00DNK_R_20201770000_01D_30S_MO --from 2020-06-25T12:00 --json");
+        addSatelliteCommand(app, "replay", "give archived epochs back, from any time on",
+                            "halvex replay archive/ESBC00DNK_R_20201770000_01D_30S_MO --from 2020-06-25T12:00 --json");
     command->add_option("SET", options->sets, "indexed sets (base name, or any file of the set), one after another")
         ->required();
     command->add_option("--from", options->from, "first epoch [the first there is]");

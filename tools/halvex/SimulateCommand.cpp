@@ -8,6 +8,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/orbits/Site.h"
 #include "tools/halvex/simulation/Simulation.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 
@@ -86,9 +87,9 @@ void simulateToFiles(Simulation& simulation, const Options& options) {
 
 void addSimulateCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        addCommand(app, "simulate", "make a station's RINEX files, the same on every machine",
-                   "halvex simulate --out SIMU.rnx --nav-out SIMU.nav --start 2021-01-01 --hours 24 --interval 30");
+    CLI::App* command = addSatelliteCommand(
+        app, "simulate", "make a station's RINEX files, the same on every machine",
+        "halvex simulate --out SIMU.rnx --nav-out SIMU.nav --start 2021-01-01 --hours 24 --interval 30");
     command->add_option("--out", options->out, "observation file to write, - for standard output")->required();
     command->add_option("--nav-out", options->navigationOut,
                         "navigation file to write: the ephemerides that were used");

@@ -7,6 +7,7 @@
 #include "tools/halvex/orbits/Sky.h"
 #include "tools/halvex/orbits/Tracking.h"
 #include "tools/halvex/pictures/SkyPlot.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -120,9 +121,10 @@ void show(const Options& options) {
 
 void addSkyCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "sky", "where the satellites stand over a site, as a table or a picture",
-                                   "halvex sky BRDC00IGS_R_20220010000_01D_MN.rnx.gz --site 43.5607,1.4809,207 --from "
-                                   "2022-01-01T06:00 --to 2022-01-01T12:00 --svg sky.svg");
+    CLI::App* command =
+        addSatelliteCommand(app, "sky", "where the satellites stand over a site, as a table or a picture",
+                            "halvex sky BRDC00IGS_R_20220010000_01D_MN.rnx.gz --site 43.5607,1.4809,207 --from "
+                            "2022-01-01T06:00 --to 2022-01-01T12:00 --svg sky.svg");
     addSkyOptions(*command, *options);
     auto* at = command->add_option("--at", options->at, "one epoch; without, the time of the first ephemeris");
     addSpanOptions(*command, *options, "");

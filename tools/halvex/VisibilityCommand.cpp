@@ -5,6 +5,7 @@
 
 #include "tools/halvex/orbits/Sky.h"
 #include "tools/halvex/pictures/Timeline.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -92,10 +93,10 @@ void count(const SkyOptions& options) {
 
 void addVisibilityCommand(CLI::App& app) {
     auto options = std::make_shared<SkyOptions>();
-    CLI::App* command =
-        addCommand(app, "visibility", "how many satellites of each system a site sees over time",
-                   "halvex visibility BRDC00IGS_R_20220010000_01D_MN.rnx.gz --site 43.5607,1.4809,207 --mask 10 --svg "
-                   "visibility.svg");
+    CLI::App* command = addSatelliteCommand(
+        app, "visibility", "how many satellites of each system a site sees over time",
+        "halvex visibility BRDC00IGS_R_20220010000_01D_MN.rnx.gz --site 43.5607,1.4809,207 --mask 10 --svg "
+        "visibility.svg");
     addSkyOptions(*command, *options);
     addSpanOptions(*command, *options, "; without, that of the first ephemeris, and of the last one for --to");
     command->callback([options] { count(*options); });

@@ -15,6 +15,7 @@
 #include "halvex/orbits/HalvexEphemerisQZSS.h"
 #include "halvex/time/SatelliteTime.h"
 #include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -110,6 +111,7 @@ void OrbitFiles::readAlmanac(const std::string& file) {
             fault(reader->error().text());
             continue;
         }
+        if (isPassedOver(record.GetCalSatID().system)) continue;
         CHalvexAlmanac almanac;
         if (!convertGPSAlmanac(record, almanac) || !m_calculator.ProcessNewAlmanac(almanac)) {
             fault(fmt::format("{}:{}: the almanac of {} has a number that cannot be", file, reader->recordLine(),
@@ -122,12 +124,19 @@ void OrbitFiles::readAlmanac(const std::string& file) {
     }
 }
 
+bool OrbitFiles::isPassedOver(CALN::eCALSATSYSTEM system) {
+    if (!CSatelliteSystemDisablingHelper::IsSatSystemDisabled(system)) return false;
+    passOver(std::string(systemOfCode(system)->name) + " (disabled)");
+    return true;
+}
+
 template <class Ephemeris, class Record>
 void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
     const auto bad = [&](const std::string& what) {
         fault(fmt::format("{}:{}: the ephemeris of {} {}", reader.lines().name(), reader.line(),
                           rinex::satelliteName(reader.satellite()), what));
     };
+    if (isPassedOver(reader.satellite().system)) return;
     if (!hasPlace(reader.satellite())) {
         passOver(rinex::satelliteName(reader.satellite()));
         return;
@@ -213,6 +222,7 @@ Json OrbitFiles::json() const {
     }
     json["readOver"] = m_passedOver;
     if (m_faults != 0) json["firstFault"] = m_firstFault;
+    tellDisabledSystems(json);
     return json;
 }
 

@@ -17,7 +17,8 @@ namespace halvex::tool {
 /// Reads navigation files (RINEX) and almanacs (YUMA, SEM) into an elevation-azimuth calculator, through the library's
 /// classes: nothing is taken that IsDataValid refuses, that lies more than a day ahead of the clock, or that has
 /// another orbit than a record with the same satellite, message, reference time and issue. Such faults end the reading
-/// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too.
+/// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too. Disabled
+/// systems are read over.
 class OrbitFiles {
 public:
     /// Called with each ephemeris that is taken, after it is.
@@ -58,6 +59,8 @@ private:
     void take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record);
     template <class Ephemeris, class Record>
     void takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
+    /// A disabled system's orbit is counted as read over.
+    bool isPassedOver(CALN::eCALSATSYSTEM system);
     void passOver(const std::string& what) { ++m_passedOver[what]; }
     void fault(const std::string& text);
 

@@ -129,10 +129,10 @@ std::string jsonText(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-EpochPrinter::EpochPrinter(const Json& head) {
+EpochPrinter::EpochPrinter(const Json& head, std::string_view array) {
     std::string text = jsonText(head);
     text.pop_back();
-    std::cout << text << ",\"epochs\":[";
+    std::cout << text << ",\"" << array << "\":[";
 }
 
 void EpochPrinter::add(const Json& epoch) {
@@ -140,8 +140,9 @@ void EpochPrinter::add(const Json& epoch) {
     m_empty = false;
 }
 
-void EpochPrinter::finish() {
-    std::cout << "]}\n";
+void EpochPrinter::finish(const Json& tail) {
+    const std::string text = jsonText(tail);
+    std::cout << (tail.empty() ? "]" : "],") << text.substr(1) << "\n";
 }
 
 void writePicture(const std::string& file, const std::string& picture) {

@@ -73,12 +73,13 @@ void addSpanOptions(CLI::App& command, SkyOptions& options, const std::string& f
 [[nodiscard]] Json siteJson(const Site& site);
 /// One line of JSON; bytes in names out of files that are no UTF-8 do no harm.
 [[nodiscard]] std::string jsonText(const Json& json);
-/// Prints a JSON object on one line, its last member "epochs" an array that grows epoch by epoch: memory does not.
+/// Prints a JSON object on one line, with an array that grows epoch by epoch: memory does not. What is known only at
+/// the end comes behind it.
 class EpochPrinter {
 public:
-    explicit EpochPrinter(const Json& head);
+    explicit EpochPrinter(const Json& head, std::string_view array = "epochs");
     void add(const Json& epoch);
-    void finish();
+    void finish(const Json& tail = Json::object());
 
 private:
     bool m_empty = true;

@@ -7,6 +7,7 @@
 #include "formats/rinex/ObservationReader.h"
 #include "formats/rinex/SatelliteName.h"
 #include "formats/rinex/TimeSystems.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 
@@ -43,7 +44,7 @@ Tracking::Tracking(OrbitFiles& orbits, const Site& site, const std::string& file
     rinex::ObservationEpoch epoch;
     std::vector<CALN::SCalSatID> tracked;
     using Result = rinex::ObservationReader::Result;
-    for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
+    for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
         progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
         if (result == Result::error) {
             if (!keepGoing) throw Failure(reader.error());

@@ -9,6 +9,7 @@
 #include "formats/rinex/TimeSystems.h"
 #include "tools/halvex/simulation/BroadcastOrbit.h"
 #include "tools/halvex/simulation/MixedBits.h"
+#include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
@@ -92,6 +93,7 @@ Motion circularState(double radius, double inclination, double node, double argu
 
 OwnConstellation::OwnConstellation(const SMjdTime& start) : m_start(start) {
     for (const Plan& plan : kPlans) {
+        if (CSatelliteSystemDisablingHelper::IsSatSystemDisabled(plan.system)) continue;
         const int count = std::min<int>(plan.planes * plan.perPlane, systemOfCode(plan.system)->maxNumber);
         for (int i = 0; i < count; ++i) {
             const CALN::SCalSatID id{plan.system, static_cast<unsigned char>(i + 1)};

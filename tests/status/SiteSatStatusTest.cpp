@@ -1,0 +1,252 @@
+#include "halvex/status/SiteSatStatus.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <map>
+
+#include "halvex/status/SmallSiteSatStatus.h"
+#include "tests/support/Bytes.h"
+#include "tests/support/CapturedLog.h"
+
+namespace {
+
+using namespace halvex::test;
+
+constexpr auto kGps = CPrnID::PRN_GPS;
+constexpr auto kGlonass = CPrnID::PRN_GLONASS;
+
+CHalvexSatStatus satellite(unsigned char number, unsigned status, unsigned char elevation = 0,
+                           CPrnID::PrnType type = kGps) {
+    return {CPrnID(number, type), static_cast<unsigned char>(status), elevation};
+}
+
+/// A site with satellites of one system, numbered from 1, with these status bytes.
+CHalvexSiteSatStatus site(const std::vector<unsigned>& status, CPrnID::PrnType type = kGps) {
+    CHalvexSiteSatStatus site;
+    for (std::size_t i = 0; i < status.size(); ++i)
+        site.SetStatus(satellite(static_cast<unsigned char>(i + 1), status[i], 0, type));
+    return site;
+}
+
+CHalvexSiteSatStatus sampleSite() {
+    CHalvexSiteSatStatus site;
+    site.setUniqueSiteID(0x01020304, 5);
+    site.SetClusterID(-2);
+    site.SetEpochTime(1.0);
+    site.SetStatus(satellite(7, 0x30, 45));
+    site.SetStatus(satellite(24, 0x05, 90, kGlonass));
+    return site;
+}
+
+TEST(SiteSatStatus, SavedForms) {
+    const Bytes first = hex("07 01 30 2D");
+    const Bytes second = hex("18 02 05 5A");
+    const Bytes key = hex("04 03 02 01 05 00 00 00  FE FF FF FF");
+    Bytes list = hex("02 00 00 00");
+    list.insert(list.end(), first.begin(), first.end());
+    list.insert(list.end(), second.begin(), second.end());
+    Bytes all = key;
+    for (const Bytes& part : {hex("00 00 00 00 00 00 F0 3F"), list}) all.insert(all.end(), part.begin(), part.end());
+    Bytes keyAndList = key;
+    keyAndList.insert(keyAndList.end(), list.begin(), list.end());
+
+    expectSavedForm(satellite(7, 0x30, 45), satellite(1, 1, 1), first);
+    const CHalvexSiteSatStatusKey sampleKey(sampleSite());
+    expectSavedForm(sampleKey, CHalvexSiteSatStatusKey(CHalvexUniqueSiteID(1), 2), key);
+    EXPECT_EQ(saved(sampleSite()), all);
+    CHalvexSiteSatStatus loaded = site({1, 1, 1});
+    CHalvexSatStatus* each = nullptr;
+    ASSERT_TRUE(loaded.GetNextEnumByRef(each) && loaded.loadData(all.data(), all.size()) && loaded == sampleSite());
+    EXPECT_TRUE(loaded.GetNextEnumByRef(each) && *each == satellite(7, 0x30)) << "the enumeration starts anew";
+
+    vecSatStatusT satellites, other;
+    satellites.getList() = {satellite(7, 0x30, 45), satellite(24, 0x05, 90, kGlonass)};
+    EXPECT_EQ(saved(satellites), list);
+    vecSiteSatStatusSaveHelper save(sampleKey, satellites);
+    EXPECT_EQ(saved(save), keyAndList);
+    EXPECT_FALSE(save.loadData(keyAndList.data(), keyAndList.size()));
+    CHalvexSiteSatStatusKey otherKey;
+    vecSiteSatStatusLoadHelper load(otherKey, other);
+    EXPECT_TRUE(load.loadData(keyAndList.data(), keyAndList.size()) && otherKey == sampleKey && other == satellites);
+    EXPECT_EQ(saved(load), keyAndList);
+}
+
+TEST(SiteSatStatus, WhatIsCutOffKeepsTheWholeSatellites) {
+    CapturedLog log;
+    const Bytes bytes = saved(sampleSite());
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        CHalvexSiteSatStatus loaded = site({1, 1, 1});
+        loaded.SetClusterID(9);
+        const Bytes part(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
+        EXPECT_FALSE(loaded.loadData(part.data(), size)) << size;
+        EXPECT_EQ(loaded.GetSatCount(), size < 28 ? 0U : 1U) << size;
+        EXPECT_EQ(loaded.GetClusterID(), size < 20 ? 9 : -2) << size;
+
+        Bytes untouched(size, 0xEE);
+        sampleSite().saveData(untouched.data(), size);
+        EXPECT_EQ(untouched, Bytes(size, 0xEE));
+    }
+    vecSatStatusT list;
+    list.getList().resize(2);
+    EXPECT_FALSE(list.loadData(nullptr, 100));
+    EXPECT_TRUE(list.getList().empty());
+    const Bytes tooMany = hex("FF FF FF FF 07 01 30 2D 18");
+    EXPECT_FALSE(list.loadData(tooMany.data(), tooMany.size())) << "four thousand million satellites";
+    EXPECT_TRUE(list.getList().size() == 1 && list.getList().capacity() < 4);
+    EXPECT_TRUE(log.take().empty());
+}
+
+TEST(SiteSatStatus, MergingEveryPairOfStatusBytes) {
+    for (unsigned before = 0; before < 64; ++before) {
+        for (unsigned set = 0; set < 64; ++set) {
+            // Frequency by frequency, as a number of three bits: level 1, 2, 3.
+            unsigned expected = 0;
+            const bool single = set == 1 || set == 2 || set == 4 || set == 8 || set == 16 || set == 32;
+            for (unsigned frequency = 0; frequency < 2; ++frequency) {
+                for (unsigned level = 0; level < 3; ++level) {
+                    const auto bit = 1U << (2 * level + frequency);
+                    const bool touched = single && (set & (frequency == 0 ? 0x15U : 0x2AU)) != 0;
+                    const bool stays = touched ? (set & bit) != 0 : set != 0 && ((before | set) & bit) != 0;
+                    if (stays) expected |= bit;
+                }
+            }
+            CHalvexSiteSatStatus merged = site({before});
+            merged.SetStatus(satellite(1, set, 33));
+            ASSERT_EQ(merged.GetStatus(CPrnID(1)), expected) << before << " and " << set;
+            ASSERT_EQ(merged.GetElevation(CPrnID(1)), 33);
+        }
+    }
+}
+
+TEST(SiteSatStatus, TheListAndItsFilters) {
+    CHalvexSiteSatStatus site;
+    site.SetStatus(satellite(0, 1));
+    site.SetStatus(satellite(1, 1, 0, static_cast<CPrnID::PrnType>(3)));
+    EXPECT_EQ(site.GetSatCount(), 0U) << "no satellites";
+    for (const unsigned char elevation : {9, 10, 11}) site.SetStatus(satellite(elevation, 0x01, elevation));
+    site.SetStatus(satellite(9, 0, 5, kGlonass));
+    unsigned char status = 7, elevation = 8;
+    EXPECT_FALSE(site.GetStatus(CPrnID(12), status, elevation));
+    EXPECT_TRUE(status == 7 && elevation == 8 && site.GetStatus(CPrnID(12)) == 0 && site.GetElevation(CPrnID(12)) == 0);
+    EXPECT_TRUE(site.GetStatus(CPrnID(11), status, elevation) && status == 1 && elevation == 11);
+    EXPECT_EQ(site.GetNotEmptySats(kGps), 0b111'0000'0000U);
+    EXPECT_EQ(site.GetNotEmptySats(kGlonass), 0U);
+
+    CHalvexSatStatus* each = nullptr;
+    site.FilterSatsBelowElevMask(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(site.GetSatCount(), 4U);
+    EXPECT_TRUE(site.GetNextEnumByRef(each) && site.GetNextEnumByRef(each));
+    site.FilterSatsBelowElevMask(9.5);
+    EXPECT_TRUE(site.GetSatCount() == 2 && site.GetNextEnumByRef(each) && *each == satellite(10, 1));
+    EXPECT_TRUE(site.GetNextEnumByRef(each) && !site.GetNextEnumByRef(each) && each == nullptr);
+    site.SetStatus(satellite(2, 1, 80, kGlonass));
+    site.FilterPrnType(CPrnID::PRN_GPS | CPrnID::PRN_NAVIC);
+    EXPECT_TRUE(site.GetSatCount() == 1 && site.GetStatus(CPrnID(2, kGlonass)) == 1);
+
+    const Bytes numberOf200 = hex("00000000 00000000 00000000 00000000 00000000 01000000 C8 01 01 00");
+    EXPECT_TRUE(site.loadData(numberOf200.data(), numberOf200.size()));
+    EXPECT_EQ(site.GetNotEmptySats(kGps), 0U) << "no bit for it";
+}
+
+TEST(SiteSatStatus, CountsByLevelAndFrequency) {
+    CHalvexSiteSatStatus counted = site({0x01, 0x03, 0x06, 0x18, 0x30, 0x20, 0x00});
+    counted.SetStatus(satellite(1, 0x35, 0, kGlonass));
+    const struct {
+        CPrnID::PrnType type;
+        bool first, second;
+        unsigned low, mid, high;
+    } rows[] = {{kGps, true, true, 2, 1, 3},
+                {kGps, true, false, 2, 1, 2},
+                {kGps, false, true, 2, 1, 2},
+                {CPrnID::PRN_NONE, true, false, 2, 1, 3},
+                {kGlonass, true, true, 0, 0, 1},
+                {kGps, false, false, 0, 0, 0},
+                {CPrnID::PRN_QZSS, true, true, 0, 0, 0}};
+    for (const auto& row : rows) {
+        unsigned low = 9, mid = 9, high = 9;
+        counted.GetSatsStatus(row.type, row.first, row.second, low, mid, high);
+        EXPECT_TRUE(low == row.low && mid == row.mid && high == row.high)
+            << &row - rows << ": " << low << " " << mid << " " << high;
+    }
+    unsigned nonEmpty = 0, fixed = 0;
+    counted.GetSatsAvailable(nonEmpty, fixed);
+    EXPECT_TRUE(nonEmpty == 7 && fixed == 2);
+    std::vector<unsigned> perSystem(20, 9);
+    EXPECT_EQ(counted.GetSatsAvailable(perSystem), 7U);
+    EXPECT_EQ(perSystem, (std::vector<unsigned>{0, 1, 1, 0, 0, 0, 0, 0, 0}));
+
+    const CHalvexSmallSiteSatStatus small(counted);
+    CHalvexSmallSiteSatStatus other = small;
+    unsigned low = 9, mid = 9, high = 9;
+    EXPECT_TRUE(small.GetSatsStatus(kGps, true, low, mid, high) && low == 2 && mid == 1 && high == 3);
+    EXPECT_TRUE(small.GetSatsStatus(CPrnID::PRN_NONE, true, low, mid, high) && high == 4);
+    EXPECT_FALSE(small.GetSatsStatus(CPrnID::PRN_NAVIC, true, low, mid, high));
+    EXPECT_TRUE(low == 0 && mid == 0 && high == 0);
+    EXPECT_FALSE(other.SetSatsStatus(CPrnID::PRN_SBAS, true, 1, 1, 1));
+    EXPECT_TRUE(other == small && other.SetSatsStatus(CPrnID::PRN_QZSS, true, 1, 256, 255) && !other.Compare(small));
+    EXPECT_TRUE(other.GetSatsStatus(CPrnID::PRN_QZSS, true, low, mid, high) && low == 1 && mid == 255 && high == 255);
+}
+
+TEST(SiteSatStatus, FixedNeedsTheThresholdAndOneForEachSystem) {
+    const std::vector<unsigned> six(6, 0x30), five(5, 0x30), one(1, 0x30);
+    CHalvexSiteSatStatus mixed = site(six);
+    EXPECT_TRUE(mixed.IsFixed(kGps) && mixed.IsFixed(0xFF) && !mixed.IsFixed(kGlonass) && !mixed.IsFixed(0));
+    EXPECT_FALSE(site(five).IsFixed(kGps));
+    mixed = site(five);
+    mixed.SetStatus(satellite(1, 0x30, 0, kGlonass));
+    EXPECT_FALSE(mixed.IsFixed(0xFF)) << "six of two systems";
+    mixed.SetStatus(satellite(2, 0x30, 0, kGlonass));
+    EXPECT_TRUE(mixed.IsFixed(0xFF));
+    EXPECT_FALSE(mixed.IsFixed(kGps));
+    EXPECT_FALSE(mixed.SetFixedThreshold(0));
+    EXPECT_TRUE(mixed.SetFixedThreshold(4) && mixed.IsFixed(kGps));
+    mixed.Clear();
+    EXPECT_EQ(mixed.GetFixedThreshold(), 5U);
+    EXPECT_TRUE(mixed.SetFixedThreshold(std::numeric_limits<unsigned>::max()) && !mixed.IsFixed(0xFF)) << "no overflow";
+}
+
+TEST(SiteSatStatus, StateChanges) {
+    const auto sites = [](std::size_t first, std::size_t second) {
+        std::vector<unsigned> status(std::max(first, second), 0);
+        for (std::size_t i = 0; i < first; ++i) status[i] |= 0x10U;
+        for (std::size_t i = 0; i < second; ++i) status[i] |= 0x20U;
+        return site(status);
+    };
+    const struct {
+        std::size_t nowFirst, nowSecond, beforeFirst, beforeSecond;
+        int change;
+    } rows[] = {{5, 5, 4, 4, 1}, {5, 5, 0, 5, 0}, {5, 4, 4, 4, 0}, {4, 5, 4, 4, 0}, {5, 5, 5, 5, 0},
+                {4, 5, 5, 0, 2}, {5, 4, 5, 4, 2}, {4, 4, 5, 5, 2}, {4, 4, 4, 4, 0}, {0, 0, 0, 0, 0}};
+    for (const auto& row : rows) {
+        CHalvexSiteSatStatus now = sites(row.nowFirst, row.nowSecond);
+        EXPECT_EQ(now.DetectStateChanges(sites(row.beforeFirst, row.beforeSecond)), row.change) << &row - rows;
+        EXPECT_EQ(now.GetStateChanges(), row.change);
+        now.Reset();
+        EXPECT_TRUE(now.GetStateChanges() == 0 && now.GetSatCount() == 0);
+    }
+}
+
+TEST(SiteSatStatus, Comparison) {
+    const CHalvexSiteSatStatus sample = sampleSite();
+    CHalvexSiteSatStatus other = sample;
+    other.SetStatus(satellite(7, 0x30, 46));
+    EXPECT_TRUE(other == sample) << "elevations do not count";
+    other.SetEpochTime(2.0);
+    EXPECT_TRUE(other.Compare(sample) && !(other == sample));
+    other.SetEpochTime(std::numeric_limits<double>::quiet_NaN());
+    const CHalvexSiteSatStatus copy = other;
+    EXPECT_TRUE(other == other && !(other == copy));
+    other.Clear();
+    EXPECT_TRUE(other.GetClusterID() == -1 && other.GetEpochTime() == 0.0 && other.GetSatCount() == 0);
+    EXPECT_EQ(other.getUniqueSiteID(), sample.getUniqueSiteID());
+
+    const CHalvexUniqueSiteID low(1), high(2);
+    CHalvexSiteSatStatusKey key;
+    sample.GetUniqueNetworkSiteID(key);
+    EXPECT_TRUE(key == CHalvexSiteSatStatusKey(sample, -2) && !(key == CHalvexSiteSatStatusKey(sample, 2)));
+    EXPECT_TRUE(CHalvexSiteSatStatusKey(high, -1) < CHalvexSiteSatStatusKey(low, 0)) << "by cluster, with its sign";
+    EXPECT_TRUE(CHalvexSiteSatStatusKey(low, 3) < CHalvexSiteSatStatusKey(high, 3));
+}
+
+}  // namespace

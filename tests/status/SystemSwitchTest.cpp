@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdlib>
+#include <latch>
+#include <thread>
+
+#include "halvex/platform/kernix/Registry.h"
+#include "halvex/status/SatelliteSystemDisablingHelper.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/Environment.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+using namespace halvex::test;
+
+constexpr const char* kKey = "SOFTWARE\\Tavro Ostwerk\\GPS Halvex";
+constexpr const char* kName = "DisabledSatSystems";
+
+class Switch : public CSatelliteSystemDisablingHelper {
+public:
+    static bool isSet(int system, std::int32_t mask) { return IsSatSystemDisabled(system, mask); }
+};
+
+/// A registry file of its own; all systems enabled afterwards.
+class SystemSwitch : public testing::Test {
+protected:
+    ~SystemSwitch() override { Switch::SetSatSystemDisableMask(0, false); }
+    TemporaryFolder m_folder;
+    std::string m_file = m_folder.path("registry.info");
+    ScopedVariable m_place{"HALVEX_REGISTRY", m_file.c_str()};
+    CapturedLog m_log;
+};
+
+TEST_F(SystemSwitch, BitsOfEverySystemCode) {
+    const struct {
+        int system;
+        unsigned bit;
+    } rows[] = {{1, 0},   {2, 1},   {7, 6},        {32, 31},      {33, 0},         {0, 31},
+                {-1, 30}, {-31, 0}, {INT_MIN, 31}, {INT_MAX, 30}, {INT_MIN + 1, 0}};
+    for (const auto& row : rows) {
+        const auto mask = static_cast<std::int32_t>(1U << row.bit);
+        EXPECT_TRUE(Switch::isSet(row.system, mask) && !Switch::isSet(row.system, ~mask)) << row.system;
+        Switch::SetSatSystemDisableMask(0, false);
+        EXPECT_TRUE(Switch::SetSatSystemDisabled(row.system, true, false));
+        EXPECT_EQ(Switch::GetSatSystemDisableMask(), mask) << row.system;
+        Switch::SetSatSystemDisableMask(-1, false);
+        EXPECT_TRUE(Switch::SetSatSystemDisabled(row.system, false, false));
+        EXPECT_EQ(Switch::GetSatSystemDisableMask(), ~mask) << row.system;
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_file)) << "nothing was kept";
+}
+
+TEST_F(SystemSwitch, FirstEnabledSystemAndIdentifiers) {
+    const std::pair<std::int32_t, int> rows[] = {{0, 1},  {0x3, 3},  {0x7F, 8}, {0xFF, 0},
+                                                 {-1, 0}, {0xFE, 1}, {~0xFF, 1}};
+    for (const auto& [mask, first] : rows) {
+        Switch::SetSatSystemDisableMask(mask, false);
+        EXPECT_EQ(Switch::GetFirstEnabledSatSystem(), first) << mask;
+    }
+    Switch::SetSatSystemDisableMask(0x10, false);
+    const CALN::SCalSatID beidou(CALN::eCALSATSYSTEM_BEIDOU, 7), gps(CALN::eCALSATSYSTEM_GPS, 7);
+    EXPECT_TRUE(Switch::IsSatSystemDisabled(beidou) && Switch::IsSatSystemDisabled(MDB::CPrnIdZ9(beidou)));
+    EXPECT_FALSE(Switch::IsSatSystemDisabled(gps) || Switch::IsSatSystemDisabled(MDB::CPrnIdZ9(gps)));
+}
+
+TEST_F(SystemSwitch, KeepingTheMask) {
+    EXPECT_TRUE(Switch::SetSatSystemDisableMask(INT_MIN | 2, true));
+    EXPECT_EQ(REG::GetLong(kKey, kName, 0), INT_MIN | 2);
+    EXPECT_TRUE(Switch::SetSatSystemDisabled(2, false, true));
+    EXPECT_EQ(REG::GetLong(kKey, kName, 0), INT_MIN);
+
+    writeFile(m_file, "key {");
+    EXPECT_FALSE(Switch::SetSatSystemDisableMask(4, true)) << "a damaged registry stays";
+    EXPECT_EQ(Switch::GetSatSystemDisableMask(), 4) << "in force all the same";
+    EXPECT_EQ(readFile(m_file), "key {");
+    const ScopedVariable noFolder("HALVEX_REGISTRY", (m_file + "/below/a/file").c_str());
+    EXPECT_FALSE(Switch::SetSatSystemDisabled(1, true, true));
+    EXPECT_EQ(Switch::GetSatSystemDisableMask(), 5);
+}
+
+/// The first read is a process's only one, so each case below runs in a process of its own.
+void endWith(bool good) {
+    std::_Exit(good ? 0 : 1);
+}
+
+/// Counts the reads. The first of them waits until `during` has run.
+class SlowStore final : public REG::Store {
+public:
+    std::optional<REG::Value> read(std::string_view key, std::string_view name) override {
+        ++reads;
+        reading.count_down();
+        goOn.wait();
+        return key == kKey && name == kName ? std::optional<REG::Value>(3) : std::nullopt;
+    }
+    bool write(std::string_view, std::string_view, const REG::Value&) override { return true; }
+    std::latch reading{1}, goOn{1};
+    int reads = 0;
+};
+
+TEST(SystemSwitchDeathTest, TheFirstReadIsTheOnlyOne) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto readOnce = [] {
+        SlowStore store;
+        store.goOn.count_down();
+        const REG::ScopedStore scope(store);
+        const bool good = Switch::GetSatSystemDisableMask() == 3 && Switch::IsSatSystemDisabled(2);
+        return good && Switch::GetFirstEnabledSatSystem() == 3 && store.reads == 1;
+    };
+    EXPECT_EXIT(endWith(readOnce()), testing::ExitedWithCode(0), "");
+
+    const auto neverAfterSetting = [] {
+        SlowStore store;
+        store.goOn.count_down();
+        const REG::ScopedStore scope(store);
+        Switch::SetSatSystemDisableMask(0, false);
+        return Switch::GetSatSystemDisableMask() == 0 && store.reads == 0;
+    };
+    EXPECT_EXIT(endWith(neverAfterSetting()), testing::ExitedWithCode(0), "");
+
+    const auto setMeanwhile = [] {
+        SlowStore store;
+        const REG::ScopedStore scope(store);
+        std::int32_t seen = 0;
+        std::thread reader([&seen] { seen = Switch::GetSatSystemDisableMask(); });
+        store.reading.wait();
+        Switch::SetSatSystemDisableMask(8, false);
+        store.goOn.count_down();
+        reader.join();
+        return seen == 8 && Switch::GetSatSystemDisableMask() == 8;
+    };
+    EXPECT_EXIT(endWith(setMeanwhile()), testing::ExitedWithCode(0), "") << "a setting is not undone by a slow read";
+
+    const auto damaged = [] {
+        const TemporaryFolder folder;
+        const ScopedVariable place("HALVEX_REGISTRY", folder.path("registry.info").c_str());
+        const CapturedLog log;
+        writeFile(folder.path("registry.info"), "key {");
+        return Switch::GetSatSystemDisableMask() == 0;
+    };
+    EXPECT_EXIT(endWith(damaged()), testing::ExitedWithCode(0), "") << "all enabled";
+}
+
+}  // namespace
