@@ -281,6 +281,56 @@ void exercise(CHalvexIonoUtc& parameters) {
     require(parameters.GetLeapSecondsMjd() == day || parameters.GetLeapSecondsWeekNumber() > 0x7FFFFFFFU);
 }
 
+void exercise(CHalvexSatStatus& status) {
+    require(status.IsFixed() == ((status.GetStatus() & 0x30) == 0x30));
+}
+void exercise(CHalvexSiteSatStatusKey& key) {
+    require(CHalvexSiteSatStatusKey(key.GetSiteID(), key.GetClusterID()) == key && !(key < key));
+}
+void exercise(CHalvexSiteSatStatus& site) {
+    const unsigned count = site.GetSatCount();
+    unsigned nonEmpty = 0, fixed = 0, low = 0, mid = 0, high = 0;
+    site.GetSatsAvailable(nonEmpty, fixed);
+    site.GetSatsStatus(CPrnID::PRN_NONE, true, true, low, mid, high);
+    require(fixed <= nonEmpty && nonEmpty <= count && low + mid + high <= nonEmpty && fixed <= high);
+    require(site.IsFixed(-1) == site.IsFixed(0xFF) && site == site && site.Compare(site));
+    require(site.DetectStateChanges(site) != CHalvexSiteSatStatus::kBecameFixed);
+    (void)site.GetNotEmptySats(CPrnID::PRN_GPS);
+    const CHalvexSmallSiteSatStatus small(site);
+    require(small.Compare(small) && small.GetSatsStatus(CPrnID::PRN_NONE, true, low, mid, high) && high <= count);
+    CHalvexSatStatus* each = nullptr;
+    unsigned walked = 0;
+    while (site.GetNextEnumByRef(each)) ++walked;
+    require(walked == count);
+    site.FilterSatsBelowElevMask(45.0);
+    site.FilterPrnType(CPrnID::PRN_GLONASS | CPrnID::PRN_BEIDOU);
+    require(site.GetSatCount() <= count);
+}
+void exercise(vecSatStatusT& list) {
+    CHalvexSiteSatStatus site;
+    for (const CHalvexSatStatus& each : list.getList()) site.SetStatus(each);
+    exercise(site);
+}
+void exercise(CHalvexAuxilliaryMessage& message) {
+    const int held = (message.getMsg1014T() != nullptr) + (message.getMsg1015T() != nullptr) +
+                     (message.getMsg1016T() != nullptr) + (message.getMsg1037T() != nullptr) +
+                     (message.getMsg1038T() != nullptr) + (message.getPhysRefMsg() != nullptr) +
+                     (message.getFKPMsg() != nullptr);
+    require(held == (message.getSize() != 0 ? 1 : 0));
+    const CHalvexAuxilliaryMessage copy = message;
+    require(message.getFKPMsg() != nullptr ? copy.getSize() == 0 : copy == message);
+}
+
+/// A class of which a part may stay when the rest is cut off: what is there then is whole.
+template <class Record>
+void testParts(Record record, Input input) {
+    if (load(record, input)) require(record.getSize() <= input.size());
+    const Bytes bytes = saved(record);
+    Record again;
+    require(bytes.empty() || (load(again, bytes) && saved(again) == bytes));
+    exercise(record);
+}
+
 /// Loads the bytes into `record`, which holds something already.
 template <class Record>
 void test(Record record, Input input) {
@@ -324,7 +374,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const halvex::fuzz::SilentLog silent;
     if (size == 0) return 0;
     const Input input(data + 1, size - 1);
-    switch (data[0] % 32) {
+    switch (data[0] % 37) {
         case 0:
             test(CTimeBase(2111, 388830.5), input);
             break;
@@ -417,6 +467,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         case 31:
             test(CALN::CALX_CLOCK_GLONASS(), input);
+            break;
+        case 32:
+            test(CHalvexSatStatus(CPrnID(7), 0x15, 45), input);
+            break;
+        case 33:
+            test(CHalvexSiteSatStatusKey(CHalvexUniqueSiteID(7, 8), 9), input);
+            break;
+        case 34:
+            testParts(CHalvexSiteSatStatus(), input);
+            break;
+        case 35:
+            testParts(vecSatStatusT(), input);
+            break;
+        case 36:
+            testParts(CHalvexAuxilliaryMessage(), input);
             break;
         default:
             test(someStation(), input);

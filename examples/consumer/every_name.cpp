@@ -501,6 +501,48 @@ void orbits() {
     check(os::currentThreadId() != 0, __LINE__);
 }
 
+void status() {
+    const CHalvexSatStatus fixed(CPrnID(5), CHalvexSatStatus::kLevel3, 45);
+    CHalvexSiteSatStatus site;
+    site.SetStatus(fixed);
+    check(site.GetStatus(fixed.GetPrnID()) == 0x30 && site.GetElevation(CPrnID(5)) == 45 && site.getSize() == 28,
+          __LINE__);
+    check(site.SetFixedThreshold(1) && !site.IsFixed(1) && site.DetectStateChanges(site) == 0, __LINE__);
+    unsigned low = 0, mid = 0, high = 0;
+    check(CHalvexSmallSiteSatStatus(site).GetSatsStatus(CPrnID::PRN_GPS, true, low, mid, high) && high == 1, __LINE__);
+
+    CHalvexSiteSatStatusKey key(site);
+    vecSatStatusT list;
+    list.getList().push_back(fixed);
+    unsigned char bytes[20] = {};
+    const vecSiteSatStatusSaveHelper save(key, list);
+    save.saveData(bytes, sizeof bytes);
+    list.getList().clear();
+    check(save.getSize() == 12 + 4 && vecSiteSatStatusLoadHelper(key, list).loadData(bytes, 20), __LINE__);
+    check(list.getList().size() == 1 && list.getList()[0] == fixed, __LINE__);
+
+    CALN::IonoMsgT iono;
+    iono.system = CALN::eCALSATSYSTEM_GLONASS;
+    const CHalvexAuxilliaryMessage message(&iono);
+    check(message.getMsg1037T() != nullptr && message.getSize() == 268, __LINE__);
+    const CALN::Msg1014T station;
+    const CALN::GeoMsgT geometry;
+    const POS_REF_VR_CORRECTION gradients;
+    use(CHalvexAuxilliaryMessage(&station), CHalvexAuxilliaryMessage(&geometry), CHalvexAuxilliaryMessage(&gradients));
+    check(CHalvexAuxilliaryMessage(POS_REF_PHYS_REFERENCE()).getPhysRefMsg() != nullptr, __LINE__);
+    check(CHalvexAuxilliaryMessage(PIO::RTCM3::UTF8MessageC()).getMsg1029T() != nullptr, __LINE__);
+    check(CSimplePersistData<CALN::Msg1014T>(station).getSize() == 24, __LINE__);
+
+    MemoryStore store;
+    const REG::ScopedStore ownStore(store);
+    check(CSatelliteSystemDisablingHelper::SetSatSystemDisabled(1, true, true), __LINE__);
+    check(REG::GetLong("SOFTWARE\\Tavro Ostwerk\\GPS Halvex", "DisabledSatSystems", 0) == 1, __LINE__);
+    check(CSatelliteSystemDisablingHelper::GetFirstEnabledSatSystem() == 2, __LINE__);
+    check(CSatelliteSystemDisablingHelper::SetSatSystemDisableMask(0, true), __LINE__);
+    CHalvexStationObservation none;
+    none.RemovePrnTypes(CPrnID::PRN_GPS);
+}
+
 void files(const std::string& folder) {
     const std::string base = folder + "/set";
     CIndexedWrite index;
@@ -540,6 +582,7 @@ int main() {
     time();
     observations();
     orbits();
+    status();
     files(folder);
     std::filesystem::remove_all(folder);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <limits>
-#include <map>
 
 #include "halvex/status/SmallSiteSatStatus.h"
 #include "tests/support/Bytes.h"
@@ -40,20 +40,13 @@ CHalvexSiteSatStatus sampleSite() {
 }
 
 TEST(SiteSatStatus, SavedForms) {
-    const Bytes first = hex("07 01 30 2D");
-    const Bytes second = hex("18 02 05 5A");
-    const Bytes key = hex("04 03 02 01 05 00 00 00  FE FF FF FF");
-    Bytes list = hex("02 00 00 00");
-    list.insert(list.end(), first.begin(), first.end());
-    list.insert(list.end(), second.begin(), second.end());
-    Bytes all = key;
-    for (const Bytes& part : {hex("00 00 00 00 00 00 F0 3F"), list}) all.insert(all.end(), part.begin(), part.end());
-    Bytes keyAndList = key;
-    keyAndList.insert(keyAndList.end(), list.begin(), list.end());
+    const std::string first = "07 01 30 2D", keyHex = "04 03 02 01 05 00 00 00  FE FF FF FF";
+    const std::string listHex = "02 00 00 00" + first + "18 02 05 5A";
+    const Bytes all = hex(keyHex + "00 00 00 00 00 00 F0 3F" + listHex), keyAndList = hex(keyHex + listHex);
 
-    expectSavedForm(satellite(7, 0x30, 45), satellite(1, 1, 1), first);
+    expectSavedForm(satellite(7, 0x30, 45), satellite(1, 1, 1), hex(first));
     const CHalvexSiteSatStatusKey sampleKey(sampleSite());
-    expectSavedForm(sampleKey, CHalvexSiteSatStatusKey(CHalvexUniqueSiteID(1), 2), key);
+    expectSavedForm(sampleKey, CHalvexSiteSatStatusKey(CHalvexUniqueSiteID(1), 2), hex(keyHex));
     EXPECT_EQ(saved(sampleSite()), all);
     CHalvexSiteSatStatus loaded = site({1, 1, 1});
     CHalvexSatStatus* each = nullptr;
@@ -62,7 +55,7 @@ TEST(SiteSatStatus, SavedForms) {
 
     vecSatStatusT satellites, other;
     satellites.getList() = {satellite(7, 0x30, 45), satellite(24, 0x05, 90, kGlonass)};
-    EXPECT_EQ(saved(satellites), list);
+    EXPECT_EQ(saved(satellites), hex(listHex));
     vecSiteSatStatusSaveHelper save(sampleKey, satellites);
     EXPECT_EQ(saved(save), keyAndList);
     EXPECT_FALSE(save.loadData(keyAndList.data(), keyAndList.size()));
@@ -100,16 +93,10 @@ TEST(SiteSatStatus, WhatIsCutOffKeepsTheWholeSatellites) {
 TEST(SiteSatStatus, MergingEveryPairOfStatusBytes) {
     for (unsigned before = 0; before < 64; ++before) {
         for (unsigned set = 0; set < 64; ++set) {
-            // Frequency by frequency, as a number of three bits: level 1, 2, 3.
-            unsigned expected = 0;
-            const bool single = set == 1 || set == 2 || set == 4 || set == 8 || set == 16 || set == 32;
-            for (unsigned frequency = 0; frequency < 2; ++frequency) {
-                for (unsigned level = 0; level < 3; ++level) {
-                    const auto bit = 1U << (2 * level + frequency);
-                    const bool touched = single && (set & (frequency == 0 ? 0x15U : 0x2AU)) != 0;
-                    const bool stays = touched ? (set & bit) != 0 : set != 0 && ((before | set) & bit) != 0;
-                    if (stays) expected |= bit;
-                }
+            unsigned expected = set == 0 ? 0 : before | set;
+            if (std::has_single_bit(set)) {  // alone on its frequency, the other one stays
+                const unsigned frequency = (set & 0x15U) != 0 ? 0x15 : 0x2A;
+                expected = (before & ~frequency) | set;
             }
             CHalvexSiteSatStatus merged = site({before});
             merged.SetStatus(satellite(1, set, 33));
@@ -124,7 +111,7 @@ TEST(SiteSatStatus, TheListAndItsFilters) {
     site.SetStatus(satellite(0, 1));
     site.SetStatus(satellite(1, 1, 0, static_cast<CPrnID::PrnType>(3)));
     EXPECT_EQ(site.GetSatCount(), 0U) << "no satellites";
-    for (const unsigned char elevation : {9, 10, 11}) site.SetStatus(satellite(elevation, 0x01, elevation));
+    for (unsigned char number = 9; number < 12; ++number) site.SetStatus(satellite(number, 0x01, number));
     site.SetStatus(satellite(9, 0, 5, kGlonass));
     unsigned char status = 7, elevation = 8;
     EXPECT_FALSE(site.GetStatus(CPrnID(12), status, elevation));
@@ -171,7 +158,7 @@ TEST(SiteSatStatus, CountsByLevelAndFrequency) {
     }
     unsigned nonEmpty = 0, fixed = 0;
     counted.GetSatsAvailable(nonEmpty, fixed);
-    EXPECT_TRUE(nonEmpty == 7 && fixed == 2);
+    EXPECT_EQ(std::pair(nonEmpty, fixed), std::pair(7U, 2U));
     std::vector<unsigned> perSystem(20, 9);
     EXPECT_EQ(counted.GetSatsAvailable(perSystem), 7U);
     EXPECT_EQ(perSystem, (std::vector<unsigned>{0, 1, 1, 0, 0, 0, 0, 0, 0}));

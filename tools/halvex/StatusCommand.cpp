@@ -200,7 +200,8 @@ private:
                                  formatTime(m_first), formatTime(m_last), m_fixedEpochs,
                                  100.0 * static_cast<double>(m_fixedEpochs) / static_cast<double>(m_epochs), m_changes);
         if (m_bad != 0) std::cout << m_bad << " bad epochs passed over\n";
-        Table table({"", "satellites", "code", "phase", "locked", "code", "phase", "locked", "fixed"}, "<>>>>>>>>");
+        Table table({"", "satellites", "code 1", "phase 1", "locked 1", "code 2", "phase 2", "locked 2", "fixed"},
+                    "<>>>>>>>>");
         for (const SatelliteSystem& system : kSatelliteSystems) {
             const SystemCounts& counts = m_counts[system.code];
             if (counts.satellites == 0) continue;
@@ -211,12 +212,11 @@ private:
             row.push_back(std::to_string(counts.fixed));
             table.add(row);
         }
-        std::cout
-            << table.text()
-            << fmt::format(
-                   "Satellites times epochs by the highest level on the first and on the second frequency; locked: "
-                   "phase without\na loss of lock for {} s. Fixed: locked on both.\n",
-                   m_options.locked);
+        std::cout << table.text()
+                  << fmt::format(
+                         "Satellites times epochs by the highest level on frequency 1 and on frequency 2; locked: "
+                         "phase without\na loss of lock for {} s. Fixed: locked on both.\n",
+                         m_options.locked);
     }
 
     [[nodiscard]] Json summary() const {

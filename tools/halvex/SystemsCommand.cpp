@@ -52,7 +52,7 @@ void change(const Options& options) {
 }
 
 void show(const Options& options) {
-    Table table({"system", "letter", "code", ""}, "<<><");
+    Table table({"system", "letter", "code", "state"}, "<<><");
     Json list = Json::array();
     for (const SatelliteSystem& system : kSatelliteSystems) {
         const bool enabled = !Switch::IsSatSystemDisabled(system.code);

@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include "halvex/status/SatelliteSystemDisablingHelper.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/Environment.h"
+#include "tests/tools/Station.h"
+
+namespace halvex::test {
+namespace {
+
+using nlohmann::json;
+using Arguments = std::vector<std::string>;
+
+/// Systems switched in a registry of its own, all enabled before and after.
+class Systems : public testing::Test {
+protected:
+    Systems() { CSatelliteSystemDisablingHelper::SetSatSystemDisableMask(0, false); }
+    ~Systems() override { CSatelliteSystemDisablingHelper::SetSatSystemDisableMask(0, false); }
+    TemporaryFolder m_folder;
+    std::string m_registry = m_folder.path("registry");
+    ScopedVariable m_place{"HALVEX_REGISTRY", m_registry.c_str()};
+};
+
+TEST_F(Systems, ListingAndSwitching) {
+    const std::string all =
+        "system   letter  code  state\nGPS      G          1  enabled\nGLONASS  R          2  enabled\n"
+        "Galileo  E          3  enabled\nSBAS     S          4  enabled\nBeiDou   C          5  enabled\n"
+        "QZSS     J          6  enabled\nNavIC    I          7  enabled\n";
+    EXPECT_EQ(runTool({"systems"}).out, all);
+    EXPECT_EQ(json::parse(runTool({"systems", "disable", "glonass", "C", "--json"}).out)["mask"], 0x12);
+    EXPECT_NE(runTool({"systems", "enable", "R"}).out.find("For this process alone"), std::string::npos);
+    EXPECT_EQ(readFile(m_registry), "(missing)");
+    const json kept = json::parse(runTool({"systems", "disable", "QZSS", "--persist", "--json"}).out);
+    EXPECT_TRUE(kept["mask"] == 0x30 && kept["persisted"] == true && kept["systems"][4]["enabled"] == false) << kept;
+    EXPECT_NE(readFile(m_registry).find("long 48"), std::string::npos);
+
+    const CapturedLog log;
+    writeFile(m_registry, "key {");
+    const ToolRun refused = runTool({"systems", "enable", "C", "--persist"});
+    EXPECT_TRUE(refused.status == 1 && refused.out.empty() && lines(refused.err) == 1) << refused.err;
+    EXPECT_EQ(readFile(m_registry), "key {");
+    for (const Arguments& wrong : {Arguments{"systems", "disable"}, Arguments{"systems", "--persist"},
+                                   Arguments{"systems", "enable", "Loran"}, Arguments{"systems", "remove", "G"}}) {
+        EXPECT_EQ(runTool(wrong).status, 2) << wrong.back();
+    }
+}
+
+TEST_F(Systems, EverySubcommandLeavesDisabledOnesOut) {
+    const std::string obs = m_folder.path("obs"), nav = m_folder.path("nav"),
+                      set = "/SIMU00XXX_R_20210010000_01D_30S_MO";
+    ASSERT_EQ(runTool({"simulate", "--out", obs, "--nav-out", nav, "--hours", "0.1"}).status, 0);
+    ASSERT_EQ(runTool({"archive", obs, "--out", m_folder.path("all")}).err, "");
+    runTool({"systems", "disable", "GPS", "Galileo"});
+    const std::string note = "halvex: disabled and left out: GPS, Galileo\n";
+    const json names = {"GPS", "Galileo"};
+
+    const ToolRun archive = runTool({"archive", obs, "--out", m_folder.path("some"), "--json"});
+    EXPECT_TRUE(archive.err == note && json::parse(archive.out)["disabledSystems"] == names) << archive.err;
+    const json info = json::parse(runTool({"info", obs, m_folder.path("all" + set), "--json"}).out);
+    for (const json& file : info) {
+        EXPECT_TRUE(file["disabledSystems"] == names && file["systems"].size() == 2 && !file["systems"].contains("G"));
+    }
+    EXPECT_EQ(runTool({"replay", m_folder.path("all" + set)}).out,
+              runTool({"replay", m_folder.path("some" + set)}).out);
+    const Arguments site = {"--site", "55.5,8.5,60"};
+    const auto navigation = [&](Arguments arguments) {
+        arguments.insert(arguments.end(), site.begin(), site.end());
+        arguments.insert(arguments.end(), {nav, "--json"});
+        const ToolRun run = runTool(arguments);
+        EXPECT_TRUE(run.status == 0 && run.err == note) << run.err;
+        EXPECT_EQ(json::parse(run.out)["navigation"]["disabledSystems"], names) << run.out;
+        return json::parse(run.out);
+    };
+    for (const json& satellite : navigation({"sky"})["epochs"][0]["satellites"]) {
+        EXPECT_TRUE(satellite["satellite"] >= "R" || satellite["satellite"] < "D") << satellite;
+    }
+    EXPECT_EQ(navigation({"visibility"})["epochs"][0]["counts"]["GPS"], 0);
+    EXPECT_EQ(navigation({"sky", "--tracked", obs})["systems"].size(), 2U);
+    EXPECT_NE(runTool({"orbits", nav}).out.find(" GPS (disabled)"), std::string::npos);
+    const std::string again = m_folder.path("again");
+    for (const Arguments& source : {Arguments{}, Arguments{"--nav", nav, "--start", "2021-01-01"}}) {
+        Arguments arguments{"simulate", "--out", again, "--hours", "0.1"};
+        arguments.insert(arguments.end(), source.begin(), source.end());
+        EXPECT_EQ(runTool(arguments).status, 0);
+        EXPECT_EQ(readFile(again).find("\nG0"), std::string::npos);
+        EXPECT_NE(readFile(again).find("\nR0"), std::string::npos);
+    }
+    const json status = json::parse(runTool({"status", obs, "--json"}).out);
+    EXPECT_TRUE(status["disabledSystems"] == names && status["systems"].size() == 2) << status;
+
+    runTool({"systems", "enable", "GPS", "Galileo"});
+    EXPECT_EQ(json::parse(runTool({"info", m_folder.path("some" + set), "--json"}).out)[0]["systems"].size(), 2U)
+        << "never written";
+}
+
+/// Six GPS satellites, every 30 s, on two frequencies; a loss of lock of one of them at 2 min.
+std::string sixSatellites() {
+    std::string text = version("3.05") + record("ABCD", "MARKER NAME") +
+                       record("G    4 C1C L1C C2W L2W", "SYS / # / OBS TYPES") + endOfHeader();
+    for (int i = 0; i < 6; ++i) {
+        text += "> 2021 01 01 00 0" + std::to_string(i / 2) + (i % 2 == 0 ? "  0" : " 30") + ".0000000  0  6\n";
+        for (char satellite = '1'; satellite <= '6'; ++satellite) {
+            const std::string phase = i == 4 && satellite == '6' ? "1 " : "  ";
+            text += std::string("G0") + satellite + "  20000000.123   105000000.456  " +
+                    "  20000000.123   105000000.456" + phase + "\n";
+        }
+    }
+    return text;
+}
+
+TEST(Status, OfAFile) {
+    const TemporaryFolder folder;
+    writeFile(folder.path("f"), sixSatellites());
+    const json status = json::parse(runTool({"status", folder.path("f"), "--json"}).out);
+    const auto change = [](const char* time, bool fixed, int state, int fixedSatellites) {
+        return json{{"time", time},
+                    {"fixed", fixed},
+                    {"stateChange", state},
+                    {"satellites", 6},
+                    {"fixedSatellites", fixedSatellites}};
+    };
+    EXPECT_EQ(status["changes"],
+              json({change("2021-01-01T00:01:00", true, 1, 6), change("2021-01-01T00:02:00", false, 0, 5)}));
+    EXPECT_EQ(status["systems"]["GPS"], json::parse(R"({"satellites": 6, "fixed": 22,
+        "first": {"code": 0, "phase": 12, "locked": 24}, "second": {"code": 0, "phase": 14, "locked": 22}})"));
+    EXPECT_TRUE(status["epochs"] == 6 && status["fixedEpochs"] == 2 && status["changeCount"] == 2);
+    EXPECT_EQ(json::parse(runTool({"status", folder.path("f"), "--locked", "0", "--json"}).out)["fixedEpochs"], 6);
+    EXPECT_EQ(runTool({"status", folder.path("f"), "--mask", "5"}).status, 2) << "without elevations";
+
+    writeFile(folder.path("cut"), sixSatellites().substr(0, sixSatellites().size() - 68));
+    const ToolRun cut = runTool({"status", folder.path("cut"), "--json"});
+    EXPECT_TRUE(cut.status == 1 && json::parse(cut.out)["epochs"] == 5) << "what was good is told before the fault";
+}
+
+}  // namespace
+}  // namespace halvex::test
