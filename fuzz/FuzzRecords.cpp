@@ -294,7 +294,7 @@ void exercise(CHalvexSiteSatStatus& site) {
     site.GetSatsStatus(CPrnID::PRN_NONE, true, true, low, mid, high);
     require(fixed <= nonEmpty && nonEmpty <= count && low + mid + high <= nonEmpty && fixed <= high);
     require(site.IsFixed(-1) == site.IsFixed(0xFF) && site == site && site.Compare(site));
-    require(site.DetectStateChanges(site) != CHalvexSiteSatStatus::kBecameFixed);
+    require(site.DetectStateChanges(site) != CHalvexSiteSatStatus::kGained);
     (void)site.GetNotEmptySats(CPrnID::PRN_GPS);
     const CHalvexSmallSiteSatStatus small(site);
     require(small.Compare(small) && small.GetSatsStatus(CPrnID::PRN_NONE, true, low, mid, high) && high <= count);

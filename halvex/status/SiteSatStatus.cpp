@@ -192,8 +192,8 @@ unsigned char CHalvexSiteSatStatus::DetectStateChanges(const CHalvexSiteSatStatu
     const bool second = countLevel3(false, true) >= kEnough;
     const bool either = before.countLevel3(true, true) >= kEnough;
     unsigned char changes = 0;
-    if (either && (!first || !second)) changes |= kLostFix;
-    if (!either && first && second) changes |= kBecameFixed;
+    if (either && (!first || !second)) changes |= kLost;
+    if (!either && first && second) changes |= kGained;
     m_stateChanges = changes;
     return changes;
 }

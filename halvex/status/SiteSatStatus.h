@@ -56,8 +56,8 @@ class HALVEX_EXPORT CHalvexSiteSatStatus : public CHalvexUniqueSiteID {
 public:
     /// What DetectStateChanges finds.
     enum StateChange : unsigned char {
-        kBecameFixed = 0x01,
-        kLostFix = 0x02,
+        kGained = 0x01,
+        kLost = 0x02,
     };
     static constexpr unsigned kDefaultFixedThreshold = 5;
 
@@ -111,8 +111,8 @@ public:
     bool SetFixedThreshold(unsigned satellites);
     [[nodiscard]] unsigned GetFixedThreshold() const { return m_fixedThreshold; }
 
-    /// Compares with the record of the epoch before; the result is kept as well. Five satellites with level 3 make a
-    /// state. kBecameFixed: five on each frequency now, fewer than five on either before. kLostFix: fewer than five on
+    /// Compares with the record of the epoch before; the result is kept as well. Whether five satellites have level 3
+    /// is the state. kGained: five on each frequency now, fewer than five on either before. kLost: fewer than five on
     /// the first or on the second frequency now, five on either before, so that a site that has level 3 on one
     /// frequency alone loses at every epoch.
     unsigned char DetectStateChanges(const CHalvexSiteSatStatus& before);

@@ -126,6 +126,7 @@ TEST(Status, OfAFile) {
     EXPECT_TRUE(status["epochs"] == 6 && status["fixedEpochs"] == 2 && status["changeCount"] == 2);
     EXPECT_EQ(json::parse(runTool({"status", folder.path("f"), "--locked", "0", "--json"}).out)["fixedEpochs"], 6);
     EXPECT_EQ(runTool({"status", folder.path("f"), "--mask", "5"}).status, 2) << "without elevations";
+    EXPECT_EQ(runTool({"status", folder.path("f"), "--locked", "nan"}).status, 2);
 
     writeFile(folder.path("cut"), sixSatellites().substr(0, sixSatellites().size() - 68));
     const ToolRun cut = runTool({"status", folder.path("cut"), "--json"});

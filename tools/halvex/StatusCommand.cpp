@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -43,8 +44,8 @@ unsigned char levelBit(const CHalvexObservation& observation, unsigned slot, dou
 }
 
 std::string_view nameOf(unsigned char stateChange) {
-    if (stateChange == CHalvexSiteSatStatus::kBecameFixed) return "became fixed";
-    return stateChange == CHalvexSiteSatStatus::kLostFix ? "lost fix" : "-";
+    if (stateChange == CHalvexSiteSatStatus::kGained) return "gained";
+    return stateChange == CHalvexSiteSatStatus::kLost ? "lost" : "-";
 }
 
 /// Satellites times epochs of one system.
@@ -58,6 +59,9 @@ struct SystemCounts {
 class StatusRun {
 public:
     explicit StatusRun(const Options& options) : m_options(options) {
+        if (std::isnan(options.mask) || std::isnan(options.locked)) {  // a range check lets these pass
+            throw Failure("--mask and --locked are numbers", Failure::kWrongUsage);
+        }
         if (options.navigation.empty()) {
             if (options.mask != 0.0) throw Failure("--mask needs elevations: add --nav", Failure::kWrongUsage);
             if (!options.site.empty()) throw Failure("--site says nothing without --nav", Failure::kWrongUsage);
@@ -186,8 +190,8 @@ private:
             return;
         }
         if (m_orbits) std::cout << m_orbits->text() << siteText(m_site) << "\n";
-        std::cout << fmt::format("{:<23}  {:<9}  {:<12}  {:>10}  {:>5}\n", "GPS time", "", "state", "satellites",
-                                 "fixed");
+        std::cout << fmt::format("{:<23}  {:<9}  {:<12}  {:>10}  {:>5}\n", "GPS time", "site", "five locked",
+                                 "satellites", "fixed");
     }
 
     void finish() {
@@ -196,7 +200,7 @@ private:
             return;
         }
         if (m_epochs == 0) return;
-        std::cout << fmt::format("{} epochs, {} to {}, fixed in {} ({:.1f} %), {} changes\n", m_epochs,
+        std::cout << fmt::format("{} epochs, {} to {}, fixed in {} ({:.1f} %), changes: {}\n", m_epochs,
                                  formatTime(m_first), formatTime(m_last), m_fixedEpochs,
                                  100.0 * static_cast<double>(m_fixedEpochs) / static_cast<double>(m_epochs), m_changes);
         if (m_bad != 0) std::cout << m_bad << " bad epochs passed over\n";
