@@ -50,8 +50,8 @@ std::string_view nameOf(unsigned char stateChange) {
 
 /// Satellites times epochs of one system.
 struct SystemCounts {
-    std::uint64_t satellites = 0;                        // a bit for each number
-    std::array<std::array<std::uint64_t, 3>, 2> levels;  // by frequency: code, phase, locked
+    std::uint64_t satellites = 0;                          // a bit for each number
+    std::array<std::array<std::uint64_t, 3>, 2> levels{};  // by frequency: code, phase, locked
     std::uint64_t fixed = 0;
 };
 
