@@ -31,6 +31,12 @@ TEST(CommandLine, WrongUsageGivesTwoAndOneReason) {
                              "name ABCD",
                              "name ABCD 2021-01-01 --type weekly",
                              "simulate",
+                             "status F --locked nan",
+                             "status F --mask 5",
+                             "systems disable",
+                             "systems --persist",
+                             "systems enable Loran",
+                             "systems remove G",
                              "simulate --out F --hours -1",
                              "simulate --out F --interval nan"}) {
         std::istringstream words(line);
