@@ -3,6 +3,7 @@
 /// The whole library, with the platform that it stands on.
 
 #include "halvex/Version.h"
+#include "halvex/files/CustomURL.h"
 #include "halvex/files/DecoupledFileWrite.h"
 #include "halvex/files/IndexedRead.h"
 #include "halvex/files/IndexedSetRequests.h"
@@ -93,6 +94,7 @@
 #include "halvex/status/SatelliteSystemDisablingHelper.h"
 #include "halvex/status/SiteSatStatus.h"
 #include "halvex/status/SmallSiteSatStatus.h"
+#include "halvex/status/NMEAFormat.h"
 #include "halvex/sync/CalFrequencyMgrHalvex.h"
 #include "halvex/sync/CalLocks.h"
 #include "halvex/sync/SyncGuardCalBased.h"

@@ -4,8 +4,8 @@
 set -euo pipefail
 
 build=(build-essential cmake ninja-build ccache git pkg-config libboost-dev libfmt-dev libspdlog-dev libcli11-dev
-       nlohmann-json3-dev zlib1g-dev libsleef-dev libgtest-dev libgmock-dev)
-ci=("${build[@]}" clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev rtklib locales)
+       nlohmann-json3-dev zlib1g-dev libsleef-dev libgeographiclib-dev libgtest-dev libgmock-dev)
+ci=("${build[@]}" clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev rtklib gpsd-clients locales)
 case "${1:-build}" in
     build) wanted=("${build[@]}") ;;
     ci) wanted=("${ci[@]}") ;;

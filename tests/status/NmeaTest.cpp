@@ -1,0 +1,282 @@
+#include <gtest/gtest.h>
+#include <locale.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "halvex/status/NMEAFormat.h"
+#include "halvex/status/SentenceText.h"
+
+namespace halvex::test {
+namespace {
+
+/// printf in the C locale, whatever the process has set.
+template <class... Values>
+std::string print(const char* format, Values... values) {
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t before = uselocale(plain);
+    std::array<char, 400> text{};
+    std::snprintf(text.data(), text.size(), format, values...);
+    uselocale(before);
+    return text.data();
+}
+
+constexpr double kRadians = std::numbers::pi / 180.0;
+const CGPSTime kTime(2020, 6, 25, 12, 0, 30.25);
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// A solution, with the numbers that the sentences take.
+struct Solution {
+    CGPSTime time = kTime;
+    double latitude = 48.5 * kRadians;
+    double longitude = -11.25 * kRadians;
+    double height = 545.1236;
+    double second = 47.5;
+    std::int32_t quality = 1;
+    float coordinateQuality = 0.5F;
+    std::uint16_t satellites = 9;
+    double hdop = 0.8;
+    double age = 1.5;
+    std::uint32_t station = 7;
+    ADD_POST_RESULTS results{{1.5, 2, 3, 4, 5, 6, 7}};
+    float figure = 2.5F;
+};
+
+/// Every sentence of a solution, "" for one that was refused: GGA, GGQ, LLQ, LMM.
+struct Sentences : CNMEAFormat {
+    explicit Sentences(Solution s) {
+        const auto take = [](std::string& out, bool good, const CString& text) { out = good ? text.str() : ""; };
+        CString text;
+        take(gga,
+             convertToGGA(s.time, s.latitude, s.longitude, s.height, s.quality, s.satellites, text, s.second, s.hdop,
+                          s.age, s.station),
+             text);
+        take(ggq,
+             ConvertToGGQ(s.time, s.latitude, s.longitude, s.height, s.second, s.quality, s.coordinateQuality,
+                          s.satellites, text),
+             text);
+        take(llq,
+             convertToLLQ(s.time, s.latitude, s.longitude, s.height, s.quality, s.coordinateQuality, s.satellites, text,
+                          s.second, 0, 0, 0, 0),
+             text);
+        take(lmm,
+             convertToTavroProp(s.time, s.latitude, s.longitude, s.height, s.quality, s.coordinateQuality, s.satellites,
+                                text, s.second, s.results, s.figure),
+             text);
+    }
+    std::string gga, ggq, llq, lmm;
+};
+
+std::string framed(const std::string& inside) {
+    unsigned sum = 0;
+    for (const char c : inside) sum ^= static_cast<unsigned char>(c);
+    return "$" + inside + print("*%02X\r\n", sum);
+}
+
+TEST(Nmea, GoldenSentences) {
+    const Sentences good{Solution{}};
+    EXPECT_EQ(good.gga,
+              framed("GPGGA,120030.25,4830.0000000,N,01115.0000000,W,1,09,0.8000,497.624,M,47.500,M,1.50,0007"));
+    const std::string solution = ",4830.0000000,N,01115.0000000,W,1,09,0.5000,497.624,M";
+    EXPECT_EQ(good.ggq, framed("GPGGQ,120030.25,062520" + solution));
+    EXPECT_EQ(good.lmm, framed("GPLMM,120030.25,062520" + solution +
+                               ",2.5,1.500000,2.0000000000,3.0000000000,5.0000000000,4.0000000000,6.0000000000,"
+                               "7.0000000000"));
+
+    Solution s;
+    s.latitude = 0.0;
+    s.longitude = 9.0 * kRadians;
+    EXPECT_EQ(Sentences{s}.llq, framed("GPLLQ,120030.25,062520,500000.000,M,0.000,M,1,09,0.5000,497.624,M"));
+    s.quality = 0;
+    const Sentences none{s};
+    EXPECT_EQ(none.gga, framed("GPGGA,120030.25,,,,,0,,,,,,,1.50,0007"));
+    EXPECT_EQ(none.ggq, framed("GPGGQ,120030.25,062520,,,,,0,,,,"));
+    EXPECT_EQ(none.llq, framed("GPLLQ,120030.25,062520,,,,,0,,,,"));
+    EXPECT_EQ(none.lmm, framed("GPLMM,120030.25,062520,,,,,0,,,,,,,,,,,,"));
+}
+
+/// The field of a sentence, from 0.
+std::string field(const std::string& sentence, int index) {
+    std::size_t at = 0;
+    for (; index > 0; --index) at = sentence.find(',', at) + 1;
+    return sentence.substr(at, sentence.find_first_of(",*", at) - at);
+}
+
+TEST(Nmea, DeliberateOddities) {
+    Solution s;
+    for (const std::int32_t quality : {3, 4}) {
+        s.quality = quality;
+        const Sentences both{s};
+        EXPECT_EQ(field(both.gga, 6), "4");
+        EXPECT_EQ(field(both.ggq, 7), "3");
+        EXPECT_EQ(field(both.llq, 7), "3");
+        EXPECT_EQ(both.lmm.substr(both.lmm.find(",M") + 2, 9), ",,,,,,,,*") << "no figures for quality 3 and 4";
+    }
+    s = {};
+    s.latitude = s.longitude = 0.0;
+    s.hdop = s.age = -1.0;
+    s.figure = -0.5F;
+    s.station = 4294967295U;
+    const Sentences odd{s};
+    EXPECT_EQ(odd.gga, framed("GPGGA,120030.25,0000.0000000,S,00000.0000000,W,1,09,,,497.624,M,47.500,M,,-001"));
+    EXPECT_EQ(field(odd.lmm, 12), "");
+    EXPECT_EQ(field(odd.lmm, 13), "1.500000");
+    s.hdop = s.age = kNaN;
+    EXPECT_EQ(Sentences{s}.gga, odd.gga) << "what is no number is not there";
+
+    s = {};
+    s.time = CGPSTime(2009, 1, 2, 3, 4, 59.996);
+    s.latitude = std::nextafter(49.0 * kRadians, 0.0);
+    s.height = 47.4999;
+    s.quality = -1;
+    const Sentences rounded{s};
+    EXPECT_EQ(rounded.ggq.substr(0, 39), "$GPGGQ,030459.100,010209,4860.0000000,N");
+    EXPECT_EQ(field(rounded.ggq, 10), "-0.000");
+    EXPECT_EQ(field(rounded.ggq, 7), "4294967295");
+}
+
+TEST(Nmea, NumbersAreThoseOfPrintf) {
+    std::mt19937_64 rng(183);
+    const auto check = [](double value, int decimals, int width) {
+        std::array<char, 400> text{};
+        SentenceText out(text.data(), text.size());
+        out.fixed(value, decimals, width);
+        ASSERT_TRUE(out.ok());
+        ASSERT_EQ(text.data(), print("%0*.*f", width, decimals, value)) << decimals << " decimals, width " << width;
+    };
+    for (int i = 0; i < 200000; ++i) {
+        const int decimals = static_cast<int>(rng() % 11);
+        const int width = static_cast<int>(rng() % 20);
+        const double scale = std::pow(10.0, decimals);
+        const auto units = static_cast<double>(rng() >> (14 + rng() % 50));
+        check(std::ldexp(static_cast<double>(rng()), -static_cast<int>(rng() % 140)), decimals, width);
+        check((units + 0.5) / scale, decimals, width);  // on halves and beside them
+        check(-std::nextafter((units + 0.5) / scale, 0.0), decimals, width);
+        check(std::ldexp(units, -static_cast<int>(rng() % 12)), decimals, width);  // ties
+    }
+    for (const double value : {0.0, -0.0, 5e-324, 1.7976931348623157e308, 0x1p51, 0x1p53 / 1e7, 225179981.3685248}) {
+        for (int decimals = 0; decimals <= 10; ++decimals) check(value, decimals, 10);
+    }
+}
+
+TEST(Nmea, HostileValuesStayInTheBuffer) {
+    const double values[] = {0.0, -1e308, 1e308, kNaN, kInfinity, -kInfinity, 571.0, 572.0, 1.5707, 5e-324};
+    std::mt19937 rng(1983);
+    const auto any = [&] { return values[rng() % std::size(values)]; };
+    for (int i = 0; i < 20000; ++i) {
+        Solution s;
+        s.latitude = any();
+        s.longitude = any();
+        s.height = any();
+        s.second = any();
+        s.quality = static_cast<std::int32_t>(rng() % 6);
+        s.coordinateQuality = static_cast<float>(any());
+        for (double& value : s.results.values) value = any();
+        std::vector<char> buffer(CNMEAFormat::kLongestSentence + 8, '~');
+        std::uint16_t length = 4711;
+        const bool good =
+            CNMEAFormat().convertToTavroProp(s.time, s.latitude, s.longitude, s.height, s.quality, s.coordinateQuality,
+                                             s.satellites, "GP", buffer.data(), length, s.second, s.results, s.figure);
+        const std::string text(buffer.data(), good ? length + 1U : 0U);
+        ASSERT_EQ(std::string(buffer.begin() + (good ? length + 1 : 0), buffer.end()).find_first_not_of('~'),
+                  std::string::npos);
+        if (!good)
+            ASSERT_EQ(length, 4711);
+        else
+            ASSERT_EQ(text.find("nan") & text.find("inf"), std::string::npos) << text;
+        static_cast<void>(Sentences(s));
+    }
+    std::array<char, 1000> buffer{};
+    std::uint16_t length = 0;
+    const auto write = [&](const char* talker, char* to) {
+        return CNMEAFormat().ConvertToGGQ(kTime, 0.0, 0.0, 0.0, 0.0, 0, 0.0F, 0, talker, to, length);
+    };
+    EXPECT_FALSE(write(nullptr, buffer.data()));
+    EXPECT_FALSE(write("GP", nullptr));
+    EXPECT_FALSE(write("GPS", buffer.data()));
+    EXPECT_TRUE(write("G", buffer.data()));
+    EXPECT_EQ(std::string(buffer.data(), length), framed(" GGGQ,120030.25,062520,,,,,0,,,,"));
+}
+
+/// What only classes derived from it see.
+struct Inside : CNMEAFormat {
+    using CNMEAFormat::calculateChecksum, CNMEAFormat::ConvertToDegreeMinuteSign, CNMEAFormat::ConvertToStringLatitude;
+    using CNMEAFormat::ConvertToStringLongitude, CNMEAFormat::GetUTM, CNMEAFormat::wrapMsg;
+};
+
+TEST(Nmea, PartsOfASentence) {
+    const Inside inside;
+    std::array<char, 1000> buffer{};
+    const std::string body = "092750.000,5321.6802,N,00630.3372,W,1,8,1.03,61.7,M,55.2,M,,";
+    body.copy(buffer.data() + 7, body.size());
+    EXPECT_EQ(inside.wrapMsg("GP", "GGA", static_cast<std::uint16_t>(body.size()), buffer.data()), body.size() + 12);
+    EXPECT_EQ(std::string(buffer.data()), "$GPGGA," + body + "*76\r\n") << "a sentence from the field";
+    EXPECT_EQ(inside.wrapMsg("GP", "GGA", 988, buffer.data()), 0);
+    std::array<char, 3> sum{"~~"};
+    const char one[] = {'\x0A'};
+    inside.calculateChecksum(one, one, sum.data());
+    EXPECT_STREQ(sum.data(), "0A");
+
+    char text[20];
+    EXPECT_TRUE(inside.ConvertToStringLatitude(-7.5 * kRadians, true, text));
+    EXPECT_STREQ(text, "-0730.0000000");
+    EXPECT_TRUE(inside.ConvertToStringLongitude(7.5 * kRadians, true, text));
+    EXPECT_STREQ(text, "00730.0000000");
+    EXPECT_TRUE(inside.ConvertToStringLongitude(-571.0, false, text));  // five digits of degrees
+    EXPECT_STREQ(text, print("32715%010.7f,W", std::fmod(571.0 * 57.29577951308232, 1.0) * 60.0).c_str());
+    EXPECT_FALSE(inside.ConvertToStringLatitude(572.0, false, text));
+    std::int16_t degrees = 0;
+    double minutes = 0.0;
+    bool positive = true;
+    EXPECT_TRUE(inside.ConvertToDegreeMinuteSign(0.0, degrees, minutes, positive));
+    EXPECT_FALSE(positive) << "0 counts as south";
+}
+
+TEST(Nmea, GridCoordinates) {
+    const Inside inside;
+    struct Row {
+        const char* what;
+        double latitude, longitude;
+        std::int32_t parameters[4];
+        double easting, northing;
+    };
+    // The quarter meridian of WGS-84 is 10 001 965.729 m; the scale of UTM 0.9996.
+    constexpr double kQuarter = 10001965.7293 * 0.9996;
+    const Row rows[] = {
+        {"on the central meridian", 0.0, 9.0, {0, 0, 0, 0}, 500000.0, 0.0},
+        {"the pole", 90.0, 9.0, {0, 0, 32, 0}, 500000.0, kQuarter},
+        {"the other pole", -90.0, 9.0, {0, 0, 32, 0}, 500000.0, 10000000.0 - kQuarter},
+        {"the hemisphere said", 0.0, 9.0, {0, 0, 0, 2}, 500000.0, 10000000.0},
+        {"an origin of its own", -90.0, 9.0, {3500000, 20000000, 0, 0}, 3500000.0, 20000000.0 - kQuarter},
+        {"Norway belongs to zone 32", 60.0, 3.0, {0, 0, 0, 0}, 165640.332, 6666593.572},
+        {"unless it is said", 60.0, 3.0, {0, 0, 31, 0}, 500000.0, 6651411.190},
+    };
+    for (const Row& row : rows) {
+        double easting = 0.0, northing = 0.0;
+        const auto& [x0, y0, zone, hemisphere] = row.parameters;
+        EXPECT_TRUE(inside.GetUTM(row.latitude * kRadians, row.longitude * kRadians, x0, y0, zone, hemisphere, easting,
+                                  northing))
+            << row.what;
+        EXPECT_NEAR(easting, row.easting, 0.001) << row.what;
+        EXPECT_NEAR(northing, row.northing, 0.001) << row.what;
+    }
+    double untouched = 7.0;
+    for (const auto& [zone, hemisphere] : {std::pair{61, 0}, {-1, 0}, {0, 3}, {0, -1}}) {
+        EXPECT_FALSE(inside.GetUTM(0.5, 0.5, 0, 0, zone, hemisphere, untouched, untouched));
+    }
+    for (const double bad : {kNaN, kInfinity, 1.6}) {
+        EXPECT_FALSE(inside.GetUTM(bad, 0.5, 0, 0, 0, 0, untouched, untouched));
+    }
+    EXPECT_FALSE(inside.GetUTM(0.5, kNaN, 0, 0, 0, 0, untouched, untouched));
+    EXPECT_EQ(untouched, 7.0);
+}
+
+}  // namespace
+}  // namespace halvex::test
