@@ -564,6 +564,48 @@ void files(const std::string& folder) {
     CString name;
     check(CProductsFileName::Test(name) == 1 && CProductsFileName::Test(0U) == 1, __LINE__);
     check(RnxLongFileNameParam("deu", 0, 0, "01h", 'R').getSiteCountryCode() == "DEU", __LINE__);
+
+    CTimeBase instant(2111, 388830.0);
+    char url[16];
+    check(CCustomURL::VerifyCustomURL("%Y") == 1 && CCustomURL::IsCustomFormatAvailable("%Y", 'Y') == 1, __LINE__);
+    check(CCustomURL::getCustomURL(instant, "A", "%S%j") == "A177", __LINE__);
+    check(CCustomURL::getCustomURL(instant, "A", "%Y", url, sizeof url) && std::string(url) == "2020", __LINE__);
+    check(CCustomURL::getCustomFileName(instant, "%S%G", "A") == "A2111", __LINE__);
+    check(CCustomURL::ExtractTimeFromString(instant, "%G", "2112") && instant.GetGpsWeek() == 2112, __LINE__);
+}
+
+class Sentences final : public CNMEAFormat {
+public:
+    void parts() const {
+        char text[64] = "$GPGGA,1";
+        check(wrapMsg("GP", "GGA", 1, text) == 13, __LINE__);
+        calculateChecksum(text, text, text);
+        std::int16_t degrees = 0;
+        double minutes = 0.0, easting = 0.0, northing = 0.0;
+        bool positive = false;
+        check(ConvertToDegreeMinuteSign(1.0, degrees, minutes, positive) && degrees == 57 && positive, __LINE__);
+        check(ConvertToStringLatitude(1.0, true, text) && ConvertToStringLongitude(1.0, false, text), __LINE__);
+        check(GetUTM(1.0, 0.1, 0, 0, 0, 0, easting, northing) && northing > 6e6, __LINE__);
+    }
+};
+
+void status() {
+    const CGPSTime now(2111, 388830.0);
+    Sentences sentences;
+    sentences.parts();
+    CString text;
+    ADD_POST_RESULTS results;
+    check(sentences.ConvertToGGQ(now, 1.0, 0.1, 50.0, 47.0, 1, 0.5F, 9, text), __LINE__);
+    check(sentences.convertToGGA(now, 1.0, 0.1, 50.0, 1, 9, text, 47.0, 0.8, 1.0, 7), __LINE__);
+    check(sentences.convertToLLQ(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, text, 47.0, 0, 0, 0, 0), __LINE__);
+    check(sentences.convertToTavroProp(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, text, 47.0, results, 1.0F), __LINE__);
+    char buffer[CNMEAFormat::kLongestSentence];
+    std::uint16_t length = 0;
+    check(sentences.ConvertToGGQ(now, 1.0, 0.1, 50.0, 47.0, 1, 0.5F, 9, "GP", buffer, length), __LINE__);
+    check(sentences.convertToGGA(now, 1.0, 0.1, 50.0, 1, 9, "GP", buffer, length, 47.0, 0.8, 1.0, 7), __LINE__);
+    check(sentences.convertToLLQ(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, "GP", buffer, length, 47.0, 0, 0, 0, 0), __LINE__);
+    check(sentences.convertToTavroProp(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, "GP", buffer, length, 47.0, results, 1.0F),
+          __LINE__);
 }
 
 }  // namespace
@@ -584,6 +626,7 @@ int main() {
     orbits();
     status();
     files(folder);
+    status();
     std::filesystem::remove_all(folder);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -89,26 +89,27 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+bool contains(std::string_view letters, char letter) {
+    return letters.find(letter) != letters.npos;
+}
+
 std::string_view orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
 struct Placeholder {
-    char letter;
-    std::optional<int> width;
+    char letter = '\0';
+    int width = -1;  ///< -1: none
 };
 
-/// Takes the rest of a placeholder, whose '%' is taken already, off the front of `rest`. Empty when it is cut off.
-std::optional<Placeholder> takePlaceholder(std::string_view& rest) {
-    std::optional<int> width;
-    if (!rest.empty() && isDigit(rest.front())) {
-        width = rest.front() - '0';
-        rest.remove_prefix(1);
-    }
-    if (rest.empty()) return std::nullopt;
-    const char letter = rest.front();
-    rest.remove_prefix(1);
-    return Placeholder{letter, width};
+/// Takes the rest of a placeholder, whose '%' is taken already, off the front of `rest`. False when it is cut off.
+bool takePlaceholder(std::string_view& rest, Placeholder& placeholder) {
+    const std::size_t digits = !rest.empty() && isDigit(rest[0]) ? 1 : 0;
+    if (rest.size() == digits) return false;
+    placeholder.letter = rest[digits];
+    placeholder.width = digits != 0 ? rest[0] - '0' : -1;
+    rest.remove_prefix(digits + 1);
+    return true;
 }
 
 /// Takes the literal text before the next placeholder, and that one's '%', off the front of `rest`.
@@ -122,12 +123,10 @@ std::string_view takeLiteral(std::string_view& rest, bool& placeholderFollows) {
 
 bool isValid(std::string_view rest, std::string_view additionalLetters) {
     bool follows = true;
+    Placeholder placeholder;
     while (static_cast<void>(takeLiteral(rest, follows)), follows) {
-        const auto placeholder = takePlaceholder(rest);
-        if (!placeholder) return false;
-        if (find(placeholder->letter) == nullptr && additionalLetters.find(placeholder->letter) == rest.npos) {
-            return false;
-        }
+        if (!takePlaceholder(rest, placeholder)) return false;
+        if (find(placeholder.letter) == nullptr && !contains(additionalLetters, placeholder.letter)) return false;
     }
     return true;
 }
@@ -152,16 +151,16 @@ void appendNumber(std::string& out, int value, int digits, int width) {
     out.append(plain.data(), static_cast<std::size_t>(length));
 }
 
-void append(std::string& out, const Letter& letter, std::optional<int> givenWidth, const Fields& fields,
+void append(std::string& out, const Letter& letter, int givenWidth, const Fields& fields,
             const std::optional<std::string_view>& site) {
-    const int width = givenWidth.value_or(0);
+    const int width = std::max(givenWidth, 0);
     switch (letter.print) {
         case Print::number: {
             const int value = fields.*letter.value;
             return appendNumber(out, value, width - (value < 0 ? 1 : 0), 0);
         }
         case Print::digits:
-            return appendNumber(out, fields.*letter.value, givenWidth ? letter.wideDigits : letter.digits, width);
+            return appendNumber(out, fields.*letter.value, givenWidth >= 0 ? letter.wideDigits : letter.digits, width);
         case Print::character: {
             const char character = static_cast<char>('a' + fields.*letter.value);
             return appendFilled(out, {&character, 1}, width);
@@ -180,14 +179,14 @@ std::optional<std::string> expand(const CTimeBase& time, const std::optional<std
     std::string out;
     out.reserve(rest.size() + (site ? site->size() : 0) + 16);
     bool follows = true;
+    Placeholder placeholder;
     while (out += takeLiteral(rest, follows), follows) {
-        const auto placeholder = takePlaceholder(rest);
-        if (!placeholder) return std::nullopt;
-        if (const Letter* letter = find(placeholder->letter)) {
-            append(out, *letter, placeholder->width, fields, site);
-        } else if (additionalLetters.find(placeholder->letter) != rest.npos) {
+        if (!takePlaceholder(rest, placeholder)) return std::nullopt;
+        if (const Letter* letter = find(placeholder.letter)) {
+            append(out, *letter, placeholder.width, fields, site);
+        } else if (contains(additionalLetters, placeholder.letter)) {
             out += '%';
-            out += placeholder->letter;
+            out += placeholder.letter;
         } else {
             return std::nullopt;
         }
@@ -279,11 +278,11 @@ int CCustomURL::VerifyCustomURL(const char* urlTemplate, const char* additionalL
 int CCustomURL::IsCustomFormatAvailable(const char* urlTemplate, char letter) {
     std::string_view rest = orEmpty(urlTemplate);
     bool follows = true;
+    Placeholder placeholder;
     while (static_cast<void>(takeLiteral(rest, follows)), follows) {
-        const auto placeholder = takePlaceholder(rest);
-        if (!placeholder) return 0;
-        if (placeholder->letter == letter) return 1;
-        if (find(placeholder->letter) == nullptr) return 0;
+        if (!takePlaceholder(rest, placeholder)) return 0;
+        if (placeholder.letter == letter) return 1;
+        if (find(placeholder.letter) == nullptr) return 0;
     }
     return 0;
 }
@@ -312,14 +311,14 @@ bool CCustomURL::ExtractTimeFromString(CTimeBase& time, const char* urlTemplate,
     std::string_view rest = urlTemplate;
     std::string_view from = text;
     CTimeBase result = time;
+    Placeholder placeholder;
     bool follows = true;
     while (true) {
         const std::size_t literal = takeLiteral(rest, follows).size();
         if (literal > from.size()) return false;
         from.remove_prefix(literal);
         if (!follows) break;
-        const auto placeholder = takePlaceholder(rest);
-        if (!placeholder || !takeField(placeholder->letter, from, result)) return false;
+        if (!takePlaceholder(rest, placeholder) || !takeField(placeholder.letter, from, result)) return false;
     }
     time = result;
     return true;

@@ -45,7 +45,7 @@ void putAngle(SentenceText& text, double radians, int degreeDigits, std::string_
     Angle angle;
     if (!split(radians, angle)) return text.fail();
     text.number(static_cast<std::uint32_t>(angle.degrees), degreeDigits);
-    text.fixed(angle.minutes, kDecimals, kWidth);
+    text.fixed<kDecimals>(angle.minutes, kWidth);
     if (hemispheres.empty()) return;
     text.put(',');
     text.put(hemispheres[angle.positive ? 0 : 1]);
@@ -73,17 +73,17 @@ bool angleText(double radians, bool signedForm, int degreeDigits, std::string_vi
 
 void putTimeOfDay(SentenceText& text, const SMjdCalendar& calendar) {
     const auto seconds = static_cast<std::uint32_t>(calendar.second);
-    text.number(static_cast<std::uint32_t>(calendar.hour), 2);
-    text.number(static_cast<std::uint32_t>(calendar.minute), 2);
-    text.number(seconds, 2);
+    text.twoDigits(static_cast<std::uint32_t>(calendar.hour));
+    text.twoDigits(static_cast<std::uint32_t>(calendar.minute));
+    text.twoDigits(seconds);
     text.put('.');
-    text.number(static_cast<std::uint32_t>((calendar.second - seconds) * 100.0 + 0.5), 2);
+    text.twoDigits(static_cast<std::uint32_t>((calendar.second - seconds) * 100.0 + 0.5));
 }
 
 void putDate(SentenceText& text, const SMjdCalendar& calendar) {
-    text.number(static_cast<std::uint32_t>(calendar.month), 2);
-    text.number(static_cast<std::uint32_t>(calendar.day), 2);
-    text.number(static_cast<std::uint32_t>((calendar.year % 100 + 100) % 100), 2);
+    text.twoDigits(static_cast<std::uint32_t>(calendar.month));
+    text.twoDigits(static_cast<std::uint32_t>(calendar.day));
+    text.twoDigits(static_cast<std::uint32_t>((calendar.year % 100 + 100) % 100));
 }
 
 void putTimeAndDate(SentenceText& text, const CGPSTime& time) {
@@ -103,13 +103,14 @@ void putPosition(SentenceText& text, double latitude, double longitude, std::int
     text.number(static_cast<std::uint32_t>(quality), 1);
 }
 
-void putFixed(SentenceText& text, double value, int decimals) {
+template <int kDecimals>
+void putFixed(SentenceText& text, double value) {
     text.put(',');
-    text.fixed(value, decimals);
+    text.fixed<kDecimals>(value);
 }
 
 void putMetres(SentenceText& text, double value) {
-    putFixed(text, value, 3);
+    putFixed<3>(text, value);
     text.put(",M");
 }
 
@@ -117,8 +118,8 @@ void putAccuracy(SentenceText& text, std::int32_t quality, std::uint16_t satelli
                  double height) {
     if (quality == 0) return text.put(",,,,");
     text.put(',');
-    text.number(satellites, 2);
-    putFixed(text, coordinateQuality, 4);
+    text.twoDigits(satellites);
+    putFixed<4>(text, coordinateQuality);
     putMetres(text, height);
 }
 
@@ -131,7 +132,15 @@ char hexDigit(unsigned value) {
 }
 
 void checksumOf(const char* first, const char* last, char* checksum) {
-    unsigned sum = 0;
+    std::uint64_t eight = 0;  // bytes at a time, their sums side by side
+    for (; last - first >= 7; first += 8) {
+        std::uint64_t next = 0;
+        std::memcpy(&next, first, 8);
+        eight ^= next;
+    }
+    eight ^= eight >> 32U;
+    eight ^= eight >> 16U;
+    auto sum = static_cast<unsigned>((eight ^ (eight >> 8U)) & 0xFFU);
     for (; first <= last; ++first) sum ^= static_cast<unsigned char>(*first);
     checksum[0] = hexDigit(sum >> 4U);
     checksum[1] = hexDigit(sum);
@@ -221,14 +230,14 @@ bool CNMEAFormat::convertToGGA(const CGPSTime& time, double latitude, double lon
         putPosition(text, latitude, longitude, quality);
         if (quality != 0) {
             text.put(',');
-            text.number(satellites, 2);
-            hdop >= 0.0 ? putFixed(text, hdop, 4) : text.put(",,");
+            text.twoDigits(satellites);
+            hdop >= 0.0 ? putFixed<4>(text, hdop) : text.put(",,");
             putMetres(text, height - geoidSeparation);
             putMetres(text, geoidSeparation);
         } else {
             text.put(",,,,,,");
         }
-        ageOfCorrections >= 0.0 ? putFixed(text, ageOfCorrections, 2) : text.put(',');
+        ageOfCorrections >= 0.0 ? putFixed<2>(text, ageOfCorrections) : text.put(',');
         text.put(',');
         text.signedNumber(static_cast<std::int32_t>(referenceStationId), 4);
     });
@@ -288,9 +297,9 @@ bool CNMEAFormat::convertToTavroProp(const CGPSTime& time, double latitude, doub
         putPosition(text, latitude, longitude, quality);
         putAccuracy(text, quality, satellites, coordinateQuality, height - secondHeight);
         if (quality == 3 || quality == 0) return text.put(",,,,,,,,");
-        figure >= 0.0F ? putFixed(text, figure, 1) : text.put(',');
-        putFixed(text, results.values[0], 6);
-        for (const int index : {1, 2, 4, 3, 5, 6}) putFixed(text, results.values[index], 10);
+        figure >= 0.0F ? putFixed<1>(text, figure) : text.put(',');
+        putFixed<6>(text, results.values[0]);
+        for (const int index : {1, 2, 4, 3, 5, 6}) putFixed<10>(text, results.values[index]);
     });
 }
 

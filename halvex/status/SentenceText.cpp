@@ -10,7 +10,8 @@
 namespace halvex {
 namespace {
 
-constexpr int kMostDigits = 20;  // of 64 bits
+/// Room for any number of the quick way: 16 digits and the point, or a width.
+constexpr int kMostDigits = 20;
 
 constexpr std::array<char, 200> kPairs = [] {
     std::array<char, 200> pairs{};
@@ -21,18 +22,21 @@ constexpr std::array<char, 200> kPairs = [] {
     return pairs;
 }();
 
-/// Writes the digits of `value`, at least `digits`, so that they end before `end`. Where they begin.
-char* digitsBefore(char* end, std::uint64_t value, int digits) {
-    char* const latest = end - digits;
-    char* at = end;
-    for (; value >= 100; value /= 100) std::memcpy(at -= 2, &kPairs[value % 100 * 2], 2);
-    if (value >= 10) {
-        std::memcpy(at -= 2, &kPairs[value * 2], 2);
-    } else if (value > 0) {
-        *--at = static_cast<char>('0' + value);
-    }
-    while (at > latest) *--at = '0';
-    return at;
+/// Decimal digits of a number; 0 has one.
+int digitCount(std::uint64_t value) {
+    int count = 1;
+    for (; value >= 10000; value /= 10000) count += 4;
+    return count + (value >= 10 ? 1 : 0) + (value >= 100 ? 1 : 0) + (value >= 1000 ? 1 : 0);
+}
+
+/// Writes the last `count` digits of `value`, zeros in front where it has fewer.
+void putDigits(char* at, std::uint64_t value, int count) {
+    for (; count >= 2; count -= 2, value /= 100) std::memcpy(at + count - 2, &kPairs[value % 100 * 2], 2);
+    if (count == 1) *at = static_cast<char>('0' + value % 10);
+}
+
+constexpr std::int64_t powerOfTen(int exponent) {
+    return exponent == 0 ? 1 : 10 * powerOfTen(exponent - 1);
 }
 
 }  // namespace
@@ -44,10 +48,10 @@ void SentenceText::put(std::string_view text) {
 }
 
 void SentenceText::number(std::uint32_t value, int digits) {
-    std::array<char, kMostDigits> text;
-    char* const end = text.data() + text.size();
-    const char* begin = digitsBefore(end, value, std::max(digits, 1));
-    put({begin, static_cast<std::size_t>(end - begin)});
+    const int count = std::max(digits, digitCount(value));
+    if (!hasRoom(static_cast<std::size_t>(count))) return;
+    putDigits(m_at, value, count);
+    m_at += count;
 }
 
 void SentenceText::signedNumber(std::int32_t value, int digits) {
@@ -56,41 +60,45 @@ void SentenceText::signedNumber(std::int32_t value, int digits) {
     number(value < 0 ? 0U - bits : bits, value < 0 ? digits - 1 : digits);
 }
 
-void SentenceText::fixed(double value, int decimals, int width) {
-    static constexpr std::array<double, 11> kScales{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
-    static constexpr std::array<std::uint64_t, 11> kUnits{1,       10,       100,       1000,       10000,      100000,
-                                                          1000000, 10000000, 100000000, 1000000000, 10000000000};
-    if (!std::isfinite(value)) return fail();
+template <int kDecimals>
+void SentenceText::fixed(double value, int width) {
+    constexpr std::int64_t kUnit = powerOfTen(kDecimals);
+    constexpr auto kScale = static_cast<double>(kUnit);
+    constexpr double kExactWithHalves = 0x1p51;
     if (std::signbit(value)) {
         put('-');
         --width;
     }
     const double magnitude = std::abs(value);
-    const double scale = kScales[static_cast<std::size_t>(decimals)];
-    const double product = magnitude * scale;
-    constexpr double kExactWithHalves = 0x1p51;
-    if (!(product < kExactWithHalves)) return fixedSlowly(magnitude, decimals, width);
+    const double product = magnitude * kScale;
+    if (!(product < kExactWithHalves) || m_end - m_at < kMostDigits) return fixedSlowly(magnitude, kDecimals, width);
 
-    // product + error is what the decimal is to be rounded from, without any rounding before. The error is below half
-    // of the product's last place: it decides where the product lies on a half, and only there.
-    const double error = std::fma(magnitude, scale, -product);
-    auto units = static_cast<std::uint64_t>(product);
+    auto units = static_cast<std::int64_t>(product);
     const double aboveHalf = product - static_cast<double>(units) - 0.5;
-    if (aboveHalf > 0.0 || (aboveHalf == 0.0 && (error > 0.0 || (error == 0.0 && units % 2 != 0)))) ++units;
-
-    std::array<char, 2 * kMostDigits> text;
-    char* const end = text.data() + text.size();
-    char* at = end;
-    const std::uint64_t unit = kUnits[static_cast<std::size_t>(decimals)];
-    if (decimals > 0) {
-        at = digitsBefore(end, units % unit, decimals);
-        *--at = '.';
+    if (aboveHalf > 0.0) {
+        ++units;
+    } else if (aboveHalf == 0.0) {
+        // On a half after rounding the product, whose error is below half of its last place: the error decides.
+        const double error = std::fma(magnitude, kScale, -product);
+        if (error > 0.0 || (error == 0.0 && units % 2 != 0)) ++units;
     }
-    at = digitsBefore(at, units / unit, std::clamp(width - static_cast<int>(end - at), 1, kMostDigits));
-    put({at, static_cast<std::size_t>(end - at)});
+    const auto whole = static_cast<std::uint64_t>(units / kUnit);
+    const int count = std::max(width - kDecimals - 1, digitCount(whole));
+    putDigits(m_at, whole, count);
+    m_at[count] = '.';
+    putDigits(m_at + count + 1, static_cast<std::uint64_t>(units % kUnit), kDecimals);
+    m_at += count + 1 + kDecimals;
 }
+template void SentenceText::fixed<1>(double, int);
+template void SentenceText::fixed<2>(double, int);
+template void SentenceText::fixed<3>(double, int);
+template void SentenceText::fixed<4>(double, int);
+template void SentenceText::fixed<6>(double, int);
+template void SentenceText::fixed<7>(double, int);
+template void SentenceText::fixed<10>(double, int);
 
 void SentenceText::fixedSlowly(double magnitude, int decimals, int width) {
+    if (!std::isfinite(magnitude)) return fail();
     std::array<char, std::numeric_limits<double>::max_exponent10 + kMostDigits> text;
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), magnitude, std::chars_format::fixed, decimals);

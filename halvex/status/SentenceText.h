@@ -17,13 +17,20 @@ public:
         if (hasRoom(1)) *m_at++ = c;
     }
     void put(std::string_view text);
-    /// "%0*u"
+    /// "%02u"
+    void twoDigits(std::uint32_t value) {
+        if (value >= 100 || !hasRoom(2)) return number(value, 2);
+        *m_at++ = static_cast<char>('0' + value / 10);
+        *m_at++ = static_cast<char>('0' + value % 10);
+    }
+    /// "%0*u", up to ten digits
     void number(std::uint32_t value, int digits);
-    /// "%0*d"
+    /// "%0*d", up to ten digits
     void signedNumber(std::int32_t value, int digits);
-    /// "%0*.*f": up to ten decimals. The nearest decimal, to even where two are as near: what the value is exactly
-    /// counts, not its product with the power of ten.
-    void fixed(double value, int decimals, int width = 0);
+    /// "%0*.*f", for 1, 2, 3, 4, 6, 7 and 10 decimals and a width of up to 20. The nearest decimal, to even where two
+    /// are as near: what the value is exactly counts, not its product with the power of ten.
+    template <int kDecimals>
+    void fixed(double value, int width = 0);
     void fail() { m_ok = false; }
 
     [[nodiscard]] bool ok() const { return m_ok; }

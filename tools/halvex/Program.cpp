@@ -26,6 +26,8 @@ int runProgram(const std::vector<std::string>& arguments) {
         addMetricsCommand(app);
         addStatusCommand(app);
         addSystemsCommand(app);
+        addNmeaCommand(app);
+        addUrlCommand(app);
         addDemoCommand(app);
         try {
             app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

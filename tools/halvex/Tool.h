@@ -51,6 +51,8 @@ void addSimulateCommand(CLI::App& app);
 void addMetricsCommand(CLI::App& app);
 void addStatusCommand(CLI::App& app);
 void addSystemsCommand(CLI::App& app);
+void addNmeaCommand(CLI::App& app);
+void addUrlCommand(CLI::App& app);
 void addDemoCommand(CLI::App& app);
 
 /// A GPS time as people write it: "2020-06-25T12:00:30.5" (date alone, blank instead of T, missing seconds allowed) or

@@ -1,0 +1,210 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "formats/nmea/SentenceCheck.h"
+#include "tests/support/Environment.h"
+#include "tests/tools/Station.h"
+
+namespace halvex::test {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+/// A sentence with its frame.
+std::string framed(const std::string& inside) {
+    unsigned sum = 0;
+    for (const char c : inside) sum ^= static_cast<unsigned char>(c);
+    std::array<char, 8> tail{};
+    std::snprintf(tail.data(), tail.size(), "*%02X", sum);
+    return "$" + inside + tail.data();
+}
+
+const std::string kCsv =
+    "time, latitude, longitude, height, geoidSeparation, quality, satellites, hdop, age, station\n"
+    "2020-06-25T12:00:30.25Z, 48.5, -11.25, 545.124, 47.5, 4, 9, 0.8, 1.5, 7\n"
+    "\n"
+    "2020-06-25T23:59:59.998, , , , , 0, , , ,\n";
+const std::string kCsvAsGga =
+    framed("GPGGA,120030.25,4830.0000000,N,01115.0000000,W,4,09,0.8000,497.624,M,47.500,M,1.50,0007") + "\r\n" +
+    framed("GPGGA,000000.00,,,,,0,,,,,,,,0000") + "\r\n";
+
+TEST(NmeaTool, PositionsBecomeSentences) {
+    const TemporaryFolder folder;
+    const CommaLocale comma;
+    writeFile(folder.path("csv"), kCsv);
+    EXPECT_EQ(runTool({"nmea", folder.path("csv")}).out, kCsvAsGga);
+
+    // The same positions as JSON; GPS time is 18 s ahead of UTC, 17 s in 2016.
+    writeFile(folder.path("json"),
+              R"({"time":"2020-06-25T12:00:48.25","latitude":48.5,"longitude":-11.25,"height":545.124,"quality":3,)"
+              R"("geoidSeparation":47.5,"satellites":9,"hdop":0.8,"age":1.5,"station":"7"})"
+              "\n"
+              R"({"time":"2016-12-31T23:59:47","quality":0,"results":null})");
+    const ToolRun gps = runTool({"nmea", folder.path("json"), "--gps"});
+    EXPECT_EQ(gps.out,
+              kCsvAsGga.substr(0, kCsvAsGga.find('\n') + 1) + framed("GPGGA,235930.00,,,,,0,,,,,,,,0000") + "\r\n")
+        << gps.err;
+
+    writeFile(folder.path("all"),
+              "time,latitude,longitude,results0,results3,results6,figure,coordinateQuality\n"
+              "2020-06-25,0.0,9,1.5,3,6,2.5,0.25\n");
+    const ToolRun all = runTool({"nmea", folder.path("all"), "--sentence", "LLQ,GGQ", "--sentence", "LMM", "--talker",
+                                 "GN", "--hemisphere", "south"});
+    const std::string position = ",0000.0000000,S,00900.0000000,E,1,00,0.2500,0.000,M";
+    EXPECT_EQ(all.out, framed("GNLLQ,000000.00,062520,500000.000,M,10000000.000,M,1,00,0.2500,0.000,M") + "\r\n" +
+                           framed("GNGGQ,000000.00,062520" + position) + "\r\n" +
+                           framed("GNLMM,000000.00,062520" + position +
+                                  ",2.5,1.500000,0.0000000000,0.0000000000,0.0000000000,3.0000000000,0.0000000000,"
+                                  "6.0000000000") +
+                           "\r\n")
+        << all.err;
+    writeFile(folder.path("back"), all.out + gps.out);
+    const ToolRun back = runTool({"nmea", "--check", folder.path("back"), "--json"});
+    EXPECT_EQ(back.out, "{\"sentences\":5,\"kinds\":{\"GGA\":2,\"GGQ\":1,\"LLQ\":1,\"LMM\":1}}\n") << back.err;
+}
+
+TEST(NmeaTool, BadPositionsAreToldWithTheirLine) {
+    const TemporaryFolder folder;
+    const std::string head = "time,latitude,longitude,height\n";
+    const std::array<const char*, 2> rows[] = {
+        {"", "there are no positions in it"},
+        {"lat,lon\n", ":1: neither JSON nor"},
+        {"{\"time\":\"2020-06-25\",\"latitude\":1}", ":1: latitude or longitude is missing"},
+        {"{\"latitude\":1}", ":1: time is missing"},
+        {"{\"time\":[1]}", ":1: time has to be"},
+        {"{\"time\":\"2020-06-25\",\"quality\":0}\n{", ":2: no object of JSON"},
+        {"{\"time\":\"2020-06-25\",\"lat\":1}", ":1: there is no 'lat'"},
+        {"{\"results\":[0,0,0,0,0,0,0,0]}", ":1: there is no 'results7'"},
+        {"H2020-06-25,1,2\n", ":2: 3 columns instead of 4"},
+        {"H2020-06-25,90.1,2,3\n", ":2: latitude cannot be '90.1'"},
+        {"H2020-06-25,1,nan,3\n", ":2: longitude cannot be 'nan'"},
+        {"H2020-06-25,1,2,3x\n", ":2: height cannot be '3x'"},
+        {"H2020-06-31,1,2,3\n", ":2: '2020-06-31' is no time"},
+        {"H2111:5,1,2,3\n", ":2: time '2111:5' is not UTC"},
+    };
+    for (const auto& [text, why] : rows) {
+        writeFile(folder.path("in"), *text == 'H' ? head + (text + 1) : text);
+        const ToolRun run = runTool({"nmea", folder.path("in")});
+        EXPECT_EQ(run.status, 1) << text;
+        EXPECT_NE(run.err.find(folder.path("in") + (*why == ':' ? "" : ": ") + why), std::string::npos) << run.err;
+    }
+    writeFile(folder.path("in"), head + "2020-06-25,0,90,3\n");
+    for (const Arguments& bad : {Arguments{"--talker", "GPS"}, {"--sentence", "ZDA"}, {"--zone", "61"}, {"--json"}}) {
+        Arguments arguments{"nmea", folder.path("in")};
+        arguments.insert(arguments.end(), bad.begin(), bad.end());
+        EXPECT_EQ(runTool(arguments).status, 2) << bad.front();
+    }
+}
+
+TEST(NmeaTool, FaultsOfSentences) {
+    const std::string gga = "GPGGA,120030.25,4830.0000000,N,01115.0000000,W,4,09,0.8000,497.624,M,47.500,M,1.50,0007";
+    const auto with = [&gga](const std::string& part, const std::string& other) {
+        return framed(std::string(gga).replace(gga.find(part), part.size(), other));
+    };
+    const std::pair<std::string, const char*> rows[] = {
+        {with("4830.", "4860."), ""},
+        {with("4830.0000000", "9000.0000000"), ""},
+        {with("4830.0000000", "9000.0000001"), "field 2, latitude, cannot be"},
+        {with("4830.0000000", "4860.0000001"), "field 2, latitude, cannot be"},
+        {with("01115", "18115"), "field 4, longitude, cannot be"},
+        {with(",N", ",E"), "field 3, hemisphere, cannot be 'E'"},
+        {with("120030.25", "240030.25"), "field 1, time, cannot be"},
+        {with("120030.25", "120030.100"), "field 1, time, cannot be"},
+        {with(",09", ","), "field 7, number of satellites, is empty"},
+        {with(",4,", ",0,"), "field 2, latitude, is '4830.0000000' although quality is 0"},
+        {with(",0.8000", ",,"), "GGA has 14 fields, here are 15 (a negative HDOP"},
+        {with(",0007", ""), "GGA has 14 fields, here are 13"},
+        {with("497.624", "nan"), "field 9, height, cannot be 'nan'"},
+        {with("47.500,M", "47.500,F"), "field 12, unit, cannot be 'F'"},
+        {framed("GPGGQ,120030.25,022921,,,,,0,,,,"), "field 2, date, cannot be '022921'"},
+        {framed("GPZDA,whatever"), ""},
+        {framed("GPGGA"), "begins with '$', five capitals"},
+        {framed(gga + "\x80"), "the byte 80 does not belong"},
+        {"$" + gga + "*00", "its checksum is"},
+        {"$" + gga, "ends in '*'"},
+        {gga, "begins with '$'"},
+        {"", "begins with '$'"},
+        {"$", "five capitals"},
+    };
+    for (const auto& [sentence, why] : rows) {
+        const auto fault = nmea::faultOf(sentence);
+        EXPECT_EQ(fault.has_value(), *why != '\0') << sentence << ": " << fault.value_or("");
+        EXPECT_NE(fault.value_or("").find(why), std::string::npos) << sentence << ": " << fault.value_or("");
+    }
+    const TemporaryFolder folder;
+    writeFile(folder.path("in"), framed(gga) + "\r\n\r\n" + framed("GPGGQ,") + "\r\n");
+    const ToolRun run = runTool({"nmea", "--check", folder.path("in")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "halvex: " + folder.path("in") + ":3: GGQ has 11 fields, here are 1\n");
+    writeFile(folder.path("in"), "\n");
+    EXPECT_EQ(runTool({"nmea", "--check", folder.path("in")}).status, 1);
+}
+
+TEST(NmeaTool, GpsdReadsTheGga) {
+    if (std::system("command -v gpsdecode >/dev/null 2>&1") != 0) GTEST_SKIP() << "gpsdecode is not installed";
+    const TemporaryFolder folder;
+    // It gives a position out once it has seen from two of them where an epoch ends.
+    writeFile(folder.path("csv"),
+              "time,latitude,longitude,height,geoidSeparation,quality,satellites,hdop\n"
+              "2020-06-25T12:00:30,0,0,0,0,1,12,1.1\n"
+              "2020-06-25T12:00:31,-48.123456789,171.987654321,45.5,-3.25,1,12,1.1\n");
+    writeFile(folder.path("nmea"), runTool({"nmea", folder.path("csv")}).out);
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(
+        popen(("gpsdecode < " + folder.path("nmea") + " 2>/dev/null").c_str(), "r"), pclose);
+    ASSERT_NE(pipe, nullptr);
+    std::string out;
+    for (int c = std::fgetc(pipe.get()); c != EOF; c = std::fgetc(pipe.get())) out += static_cast<char>(c);
+    nlohmann::json position;
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);) {
+        const auto report = nlohmann::json::parse(line, nullptr, false);
+        if (report.is_object() && report.value("class", "") == "TPV" && report.contains("lat")) position = report;
+    }
+    ASSERT_TRUE(position.is_object()) << out;
+    EXPECT_NEAR(position.value("lat", 0.0), -48.123456789, 3e-9);
+    EXPECT_NEAR(position.value("lon", 0.0), 171.987654321, 3e-9);
+    EXPECT_NEAR(position.value("altMSL", 0.0), 48.75, 1e-9);
+    EXPECT_NEAR(position.value("geoidSep", 0.0), -3.25, 1e-9);
+}
+
+TEST(UrlTool, ExpandVerifyParse) {
+    struct Row {
+        Arguments arguments;
+        int status;
+        const char* out;
+    };
+    const Row rows[] = {
+        {{"expand", "%Y/%j/%S%j%H.%2yo", "--time", "2020-06-25T12:00", "--site", "ESBC"}, 0, "2020/177/ESBC177m.20o\n"},
+        {{"expand", "%S%5x", "--time", "2111:0", "--letters", "x"}, 0, "%S%x\n"},
+        {{"expand", "%G", "--time", "2111:5", "--site", "", "--json"},
+         0,
+         "{\"url\":\"2111\",\"time\":\"2020-06-21T00:00:05\"}\n"},
+        {{"expand", "%Y%q", "--time", "2111:0"}, 1, "%Y%q: byte 2: '%q' is no placeholder"},
+        {{"expand", "%Y", "--time", "soon"}, 2, "'soon' is no time"},
+        {{"verify", "%x%Y%2Y", "--letters", "x"}, 0, "valid, letters xY\n"},
+        {{"verify", "%Y", "--json"}, 0, "{\"valid\":true,\"letters\":\"Y\"}\n"},
+        {{"verify", "a%2"}, 1, "a%2: byte 1: '%2' is no placeholder"},
+        {{"parse", "%Y/%j", "2020/177"}, 0, "2020-06-26T00:00:00\n"},
+        {{"parse", "%4G", "2111", "--time", "2111:5", "--json"},
+         0,
+         "{\"time\":\"2020-06-21T00:00:05\",\"week\":2111,\"seconds\":5.0}\n"},
+        {{"parse", "%S", "ESBC"}, 1, "ESBC: no time comes out of it by %S"},
+        {{}, 2, ""},
+    };
+    for (const auto& [arguments, status, out] : rows) {
+        Arguments all{"url"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const ToolRun run = runTool(all);
+        const std::string what = arguments.empty() ? "" : arguments[0] + " " + arguments[1];
+        EXPECT_EQ(run.status, status) << what << run.err;
+        EXPECT_EQ(run.out, status == 0 ? out : "") << what;
+        EXPECT_NE((run.out + run.err).find(out), std::string::npos) << what << run.err;
+    }
+}
+
+}  // namespace
+}  // namespace halvex::test
