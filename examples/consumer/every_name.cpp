@@ -4,6 +4,7 @@
 
 #include <halvex/HalvexRTKBasics.h>
 #include <boost/make_shared.hpp>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -170,6 +171,13 @@ void operatingSystem(const std::string& folder) {
     check(!file.size(size) && size == 0 && !file.readAt(0, {&to, 1}, count), __LINE__);
     check(!os::deleteFile(name.c_str()), __LINE__);
 
+    check(os::openFilesLimit() > 0 && (os::raiseOpenFilesLimit(), !os::raiseOpenFilesLimit()), __LINE__);
+    check(!os::replaceFile(name, {&byte, 1}) && !os::deleteFile(name.c_str()), __LINE__);
+    os::Event event(os::Event::Reset::automatic);
+    os::Event* const events[] = {&event};
+    check(event.Set() && os::waitAny(events) == 0U && !event.isSet(), __LINE__);
+    os::setThreadName(os::currentThreadId(), "every_name");
+
     os::Published<2> published;
     published.publish({1, 2});
     check(published.read()[1] == 2, __LINE__);
@@ -233,6 +241,20 @@ void baseLibrary(const std::string& folder) {
     timer.start().stop();
     check(&CMonitorTree::getInstance() == &tree && tree.value(container.path(), element.name()) == 1.0, __LINE__);
     check(tree.snapshot().size() == 2 && tree.openMetrics().ends_with("# EOF\n") && timer.runs() == 1, __LINE__);
+
+    check(!CMonitorExport::Write(name), __LINE__);
+    { const CMonitorExport exporter(name, std::chrono::hours(1)); }
+    CDualPriorityQueue<int> queue("Every", 8);
+    int popped = 0;
+    check(queue.Push(1, CDualPriorityQueue<int>::Level::low) && queue.Pop(popped) && queue.empty(), __LINE__);
+    CActiveObject thread(
+        "every_name", [](void*) -> std::uint32_t { return 0; }, nullptr, 1000);
+    check(thread.StartThread("every_name.cpp", __LINE__, "baseLibrary") && thread.StopThread(), __LINE__);
+    check(thread.GetStopHandle().isSet(), __LINE__);
+    CWatchdogClient watchdog("every_name", 0);
+    watchdog.NotifyWatchdog();
+    check(CWatchdogClient::GetThreads().size() == 1, __LINE__);
+    watchdog.NotifyWatchdogThisThreadClosing();
 
     MemoryStore store;
     const REG::ScopedStore ownStore(store);
@@ -561,6 +583,21 @@ void files(const std::string& folder) {
     CIndexedReadFile::DeleteIndexedFile(CString(base));
     check(!std::filesystem::exists(base), __LINE__);
 
+    CDecoupledFileWriteHandle handle;
+    CDecoupledFileWrite& asynchronous = *handle.GetRealPointer();
+    CDecoupledFileWrite::FileData request;
+    request.strFileName = CString(folder + "/decoupled");
+    request.bufData.assign("data", 4);
+    check(asynchronous.Write(request), __LINE__);
+    {
+        halvex::IndexedSetRequests set(asynchronous);
+        std::error_code error;
+        const unsigned char block = 1;
+        check(set.Open(base.c_str(), error) && set.AddBlock({&block, 1}), __LINE__);
+    }
+    asynchronous.WaitUntilIdle();
+    check(std::filesystem::file_size(folder + "/decoupled") == 4 && asynchronous.FailedRequests() == 0, __LINE__);
+
     CString name;
     check(CProductsFileName::Test(name) == 1 && CProductsFileName::Test(0U) == 1, __LINE__);
     check(RnxLongFileNameParam("deu", 0, 0, "01h", 'R').getSiteCountryCode() == "DEU", __LINE__);
@@ -589,22 +626,47 @@ public:
     }
 };
 
-void status() {
+void locks() {
+    CCalLockHalvex lock;
+    lock.acquire();
+    lock.release();
+    CCalDummyReaderWriterLock dummy;
+    dummy.CheckThreadId();
+    CCalReaderWriterLockHalvex shared;
+    CCalReaderWriterLockHalvex2 exclusive;
+    for (CALN::ICalReaderWriterLock* each :
+         {static_cast<CALN::ICalReaderWriterLock*>(&shared), static_cast<CALN::ICalReaderWriterLock*>(&exclusive),
+          static_cast<CALN::ICalReaderWriterLock*>(&dummy)}) {
+        each->acquireWriteLock();
+        each->releaseWriteLock();
+    }
+    CSyncGuardCalBased guard(new CCalReaderWriterLockHalvex);
+    CSyncGuardCalBasedDummy none;
+    for (ISyncGuard* each : {static_cast<ISyncGuard*>(&guard), static_cast<ISyncGuard*>(&none)}) {
+        check(!each->TryLockWrite() && each->LockRead(), __LINE__);
+        each->UnlockRead();
+    }
+    CCalFrequencyMgrHalvex manager;
+    manager.setGlonassChannel({CALN::eCALSATSYSTEM_GLONASS, 1}, 1);
+    check(manager.getGlonassChannel({CALN::eCALSATSYSTEM_GLONASS, 1}) == 1, __LINE__);
+}
+
+void sentences() {
     const CGPSTime now(2111, 388830.0);
-    Sentences sentences;
-    sentences.parts();
+    Sentences format;
+    format.parts();
     CString text;
     ADD_POST_RESULTS results;
-    check(sentences.ConvertToGGQ(now, 1.0, 0.1, 50.0, 47.0, 1, 0.5F, 9, text), __LINE__);
-    check(sentences.convertToGGA(now, 1.0, 0.1, 50.0, 1, 9, text, 47.0, 0.8, 1.0, 7), __LINE__);
-    check(sentences.convertToLLQ(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, text, 47.0, 0, 0, 0, 0), __LINE__);
-    check(sentences.convertToTavroProp(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, text, 47.0, results, 1.0F), __LINE__);
+    check(format.ConvertToGGQ(now, 1.0, 0.1, 50.0, 47.0, 1, 0.5F, 9, text), __LINE__);
+    check(format.convertToGGA(now, 1.0, 0.1, 50.0, 1, 9, text, 47.0, 0.8, 1.0, 7), __LINE__);
+    check(format.convertToLLQ(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, text, 47.0, 0, 0, 0, 0), __LINE__);
+    check(format.convertToTavroProp(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, text, 47.0, results, 1.0F), __LINE__);
     char buffer[CNMEAFormat::kLongestSentence];
     std::uint16_t length = 0;
-    check(sentences.ConvertToGGQ(now, 1.0, 0.1, 50.0, 47.0, 1, 0.5F, 9, "GP", buffer, length), __LINE__);
-    check(sentences.convertToGGA(now, 1.0, 0.1, 50.0, 1, 9, "GP", buffer, length, 47.0, 0.8, 1.0, 7), __LINE__);
-    check(sentences.convertToLLQ(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, "GP", buffer, length, 47.0, 0, 0, 0, 0), __LINE__);
-    check(sentences.convertToTavroProp(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, "GP", buffer, length, 47.0, results, 1.0F),
+    check(format.ConvertToGGQ(now, 1.0, 0.1, 50.0, 47.0, 1, 0.5F, 9, "GP", buffer, length), __LINE__);
+    check(format.convertToGGA(now, 1.0, 0.1, 50.0, 1, 9, "GP", buffer, length, 47.0, 0.8, 1.0, 7), __LINE__);
+    check(format.convertToLLQ(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, "GP", buffer, length, 47.0, 0, 0, 0, 0), __LINE__);
+    check(format.convertToTavroProp(now, 1.0, 0.1, 50.0, 1, 0.5F, 9, "GP", buffer, length, 47.0, results, 1.0F),
           __LINE__);
 }
 
@@ -626,7 +688,8 @@ int main() {
     orbits();
     status();
     files(folder);
-    status();
+    sentences();
+    locks();
     std::filesystem::remove_all(folder);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

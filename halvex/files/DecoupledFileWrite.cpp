@@ -60,7 +60,10 @@ bool CDecoupledFileWrite::Write(FileData& request) {
     if (request.bufData.empty() && request.bufHeader.empty() && !request.bCloseFile) return false;
     if (!m_started.load(std::memory_order_acquire) && !start()) return false;
     using Level = CDualPriorityQueue<FileData>::Level;
-    return m_Queue.Push(request, request.bCloseFile ? Level::high : Level::low) && m_hDataEvent.Set();
+    if (!m_Queue.Push(request, request.bCloseFile ? Level::high : Level::low)) return false;
+    // An announcement that nobody has taken yet serves this request, too (see QueueLevel::empty); all producers would
+    // write to it otherwise.
+    return m_hDataEvent.isSet() || m_hDataEvent.Set();
 }
 
 bool CDecoupledFileWrite::start() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <array>
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +28,7 @@ public:
 
     /// False, with nothing queued, when more elements wait than may.
     bool Push(const Element& element) {
-        if (m_count.load(std::memory_order_relaxed) > m_maxCount) return false;
+        if (size() > m_maxCount) return false;
         Holder holder = emptyHolder();
         if (holder) {
             *holder = element;
@@ -39,27 +39,26 @@ public:
             const std::lock_guard lock(m_lock);
             m_waiting.push_back(std::move(holder));
         }
-        const std::int64_t count = m_count.fetch_add(1) + 1;
-        m_in.Increment();
-        if (m_monitoring) m_size.Set(static_cast<double>(count));
+        m_pushed.fetch_add(1);
         return true;
     }
 
     /// Moves the oldest element out; false when there is none. What `element` held is overwritten.
     bool Pop(Element& element) {
-        if (m_count.load() <= 0) return false;
+        if (empty()) return false;
         if (m_next == m_taken.size()) takeAll();
         if (m_next == m_taken.size()) return false;
         Holder& holder = m_taken[m_next++];
         std::swap(element, *holder);
         keepEmptied(std::move(holder));
-        const std::int64_t count = m_count.fetch_sub(1) - 1;
-        m_out.Increment();
-        if (m_monitoring) m_size.Set(static_cast<double>(count));
+        m_popped.store(m_popped.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         return true;
     }
 
-    [[nodiscard]] bool empty() const { return m_count.load() <= 0; }
+    /// Who has pushed and then finds, by a sequentially consistent load, that the popping thread has been told of
+    /// something to do, need not tell it again, if that one forgets so by a sequentially consistent store before it
+    /// looks here.
+    [[nodiscard]] bool empty() const { return size() <= 0; }
 
 private:
     using Holder = std::unique_ptr<Element>;
@@ -98,22 +97,26 @@ private:
 
     static constexpr std::size_t kCacheLine = 64;
 
+    [[nodiscard]] std::int64_t size() const { return m_pushed.load() - m_popped.load(std::memory_order_relaxed); }
+
     const std::int64_t m_maxCount;
-    const bool m_monitoring = true;
-    CMonitorElement m_in{*this, "In"};
-    CMonitorElement m_out{*this, "Out"};
-    CMonitorElement m_size{*this, "Size"};
 
     alignas(kCacheLine) LockFreeSpinLock m_lock;
     std::vector<Holder> m_waiting;  // guarded by m_lock
     alignas(kCacheLine) LockFreeSpinLock m_spareLock;
     std::vector<Holder> m_spare;  // guarded by m_spareLock
-    /// Elements pushed and not yet popped. Counted after the push: an element may be popped before it counts.
-    alignas(kCacheLine) std::atomic<std::int64_t> m_count{0};
+    /// Counted after the push: an element may be popped before it counts.
+    alignas(kCacheLine) std::atomic<std::int64_t> m_pushed{0};
+    /// Written by the popping thread alone.
+    alignas(kCacheLine) std::atomic<std::int64_t> m_popped{0};
     // The popping thread's own.
-    alignas(kCacheLine) std::vector<Holder> m_taken;
+    std::vector<Holder> m_taken;
     std::size_t m_next = 0;
     std::vector<Holder> m_returned;
+
+    CMonitorReading m_in{*this, "In", [this] { return static_cast<double>(m_pushed.load()); }};
+    CMonitorReading m_out{*this, "Out", [this] { return static_cast<double>(m_popped.load()); }};
+    CMonitorReading m_size{*this, "Size", [this] { return static_cast<double>(std::max<std::int64_t>(size(), 0)); }};
 };
 
 }  // namespace halvex

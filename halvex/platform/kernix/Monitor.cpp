@@ -164,6 +164,20 @@ void CMonitorTimer::Run::stop() {
     m_timer = nullptr;
 }
 
+CMonitorReading::CMonitorReading(CMonitorElementContainer& container, std::string_view name,
+                                 std::function<double()> value)
+    : MonitorNode(container, name), m_value(std::move(value)) {
+    enter();
+}
+
+CMonitorReading::~CMonitorReading() {
+    leave();
+}
+
+void CMonitorReading::fill(CMonitorTree::Entry& entry) const {
+    entry.value = m_value();
+}
+
 CMonitorTimer::CMonitorTimer(CMonitorElementContainer& container, std::string_view name)
     : MonitorNode(container, name) {
     enter();

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -119,6 +120,17 @@ public:
 private:
     void fill(CMonitorTree::Entry& entry) const override;
     std::atomic<double> m_value{0.0};
+};
+
+/// A named number that is worked out when somebody asks for it, by a function that any thread may call at any time.
+class HALVEX_EXPORT CMonitorReading final : public halvex::MonitorNode {
+public:
+    CMonitorReading(CMonitorElementContainer& container, std::string_view name, std::function<double()> value);
+    ~CMonitorReading();
+
+private:
+    void fill(CMonitorTree::Entry& entry) const override;
+    std::function<double()> m_value;
 };
 
 /// How long something takes, how often it ran. Runs on several threads may overlap.
