@@ -152,10 +152,9 @@ bool startsSentence(const char* talker, const char* id) {
 
 /// The frame around a body that stands where it belongs; the total length.
 std::uint16_t frame(const char* talker, const char* id, std::size_t bodyLength, char* buffer) {
-    const auto putRight = [](char* end, const char* text, std::size_t width) {
-        const std::size_t length = std::strlen(text);
-        std::memset(end - width, ' ', width - length);
-        std::memcpy(end - length, text, length);
+    const auto putRight = [](char* end, std::string_view text, std::size_t width) {
+        std::memset(end - width, ' ', width - text.size());
+        text.copy(end - text.size(), text.size());
     };
     buffer[0] = '$';
     putRight(buffer + 3, talker, 2);

@@ -1,5 +1,7 @@
 #include "tools/halvex/solutions/SolutionReader.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -170,8 +172,8 @@ Solution SolutionReader::solutionOf(const Values& values) const {
         if (name == "time") {
             solution.time = timeOf(text);
         } else if (!setValue(solution, name, text, known)) {
-            refuse(known ? name + " cannot be '" + text + "'"
-                         : "there is no '" + name + "'; known are " + std::string(kNames));
+            refuse(known ? fmt::format("{} cannot be '{}'", name, text)
+                         : fmt::format("there is no '{}'; known are {}", name, kNames));
         }
     }
     if (!has("time")) refuse("time is missing");
