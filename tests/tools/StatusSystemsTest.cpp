@@ -67,7 +67,8 @@ TEST_F(Systems, EverySubcommandLeavesDisabledOnesOut) {
         EXPECT_EQ(json::parse(run.out)["navigation"]["disabledSystems"], names) << run.out;
         return json::parse(run.out);
     };
-    for (const json& satellite : navigation({"sky"})["epochs"][0]["satellites"]) {
+    const json sky = navigation({"sky"});
+    for (const json& satellite : sky["epochs"][0]["satellites"]) {
         EXPECT_TRUE(satellite["satellite"] >= "R" || satellite["satellite"] < "D") << satellite;
     }
     EXPECT_EQ(navigation({"visibility"})["epochs"][0]["counts"]["GPS"], 0);
