@@ -84,26 +84,13 @@ CTimeBase& CTimeBase::operator=(const SMjdTime& instant) {
 }
 
 bool CTimeBase::loadData(const unsigned char* buffer, std::size_t size) {
-    halvex::ByteReader reader(buffer, size);
-    std::int32_t day = 0;
-    double milliseconds = 0.0;
-    reader(day);
-    reader(milliseconds);
-    if (!reader.ok() || !std::isfinite(milliseconds)) return false;
-    const double normalised = day + std::floor(milliseconds / kMillisecondsPerDay);
-    if (normalised < std::numeric_limits<std::int32_t>::min() ||
-        normalised > std::numeric_limits<std::int32_t>::max()) {
-        return false;
-    }
-    *this = FromDayAndMilliseconds(day, milliseconds);
-    return true;
+    std::uint64_t used = 0;
+    return SMjdTime::loadData(buffer, size, used);
 }
 
 void CTimeBase::saveData(unsigned char* buffer, std::size_t size) const {
-    if (buffer == nullptr || size < kSavedSize) return;
-    halvex::ByteWriter writer(buffer, size);
-    writer(GetMjdDay());
-    writer(GetMjdFractMilliseconds());
+    std::uint64_t used = 0;
+    SMjdTime::saveData(buffer, size, used);
 }
 
 std::size_t CTimeBase::getSize() const {

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <limits>
 
+#include "halvex/platform/kernix/ByteCodec.h"
+
 namespace {
 
 constexpr double kTicksPerSecond = 1e7;  // the seven decimals that RINEX prints
@@ -194,6 +196,34 @@ void SMjdTime::AddMilliseconds(double milliseconds) {
 
 void SMjdTime::AddSeconds(double seconds) {
     AddMilliseconds(toMilliseconds(seconds));
+}
+
+bool SMjdTime::loadData(const unsigned char* buffer, std::uint64_t length, std::uint64_t& used) {
+    used = 0;
+    if (length < kSavedSize) return false;
+    halvex::ByteReader in(buffer, kSavedSize);
+    std::int32_t day = 0;
+    double milliseconds = 0.0;
+    in(day);
+    in(milliseconds);
+    if (!in.ok() || !std::isfinite(milliseconds)) return false;
+    const double normalised = day + std::floor(milliseconds / kMillisecondsPerDay);
+    if (normalised < std::numeric_limits<std::int32_t>::min() ||
+        normalised > std::numeric_limits<std::int32_t>::max()) {
+        return false;
+    }
+    *this = FromDayAndMilliseconds(day, milliseconds);
+    used = kSavedSize;
+    return true;
+}
+
+void SMjdTime::saveData(unsigned char* buffer, std::uint64_t length, std::uint64_t& used) const {
+    used = 0;
+    if (buffer == nullptr || length < kSavedSize) return;
+    halvex::ByteWriter out(buffer, kSavedSize);
+    out(m_day);
+    out(m_milliseconds);
+    used = kSavedSize;
 }
 
 void SMjdTime::RoundTo(double step, int unit) {

@@ -95,6 +95,14 @@ public:
     /// RoundTo(1, kUnitSecond) to a whole second. A step that is not positive, or an unknown unit, changes nothing.
     void RoundTo(double step, int unit = kUnitMillisecond);
 
+    /// Saved form, 12 bytes: int32 day, float64 milliseconds of the day. Loading normalises; it is refused, with the
+    /// instant as it was, when the buffer is null or short, or the milliseconds are not finite or lead out of the days
+    /// that there are. `used` becomes the bytes read or written, 0 when it fails.
+    static constexpr std::uint64_t kSavedSize = 12;
+    bool loadData(const unsigned char* buffer, std::uint64_t length, std::uint64_t& used);
+    void saveData(unsigned char* buffer, std::uint64_t length, std::uint64_t& used) const;
+    [[nodiscard]] std::uint64_t getSize() const { return kSavedSize; }
+
     friend bool operator==(const SMjdTime& left, const SMjdTime& right) {
         return left.m_day == right.m_day && left.m_milliseconds == right.m_milliseconds;
     }

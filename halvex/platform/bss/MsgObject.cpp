@@ -1,0 +1,3 @@
+#include "halvex/platform/bss/MsgObject.h"
+
+BSS::TSK::MsgObjectI::~MsgObjectI() = default;
