@@ -8,9 +8,9 @@ SSRAllCorrMsgT::~SSRAllCorrMsgT() = default;
 
 void SSRAllCorrMsgT::getDataAvlblty(ebfSSRContent* words, bool clear, bool entriesOnly, ebfSSRContent mask) const {
     if (clear) std::fill_n(words, kSystemSlots, ebfSSRContent{});
-    const auto note = [=](int word, ebfSSRContent bit, const auto& slot) {
+    const auto note = [=](int index, ebfSSRContent bit, const auto& slot) {
         if (slot == nullptr || (entriesOnly && slot->entries.empty())) return;
-        words[word] = static_cast<ebfSSRContent>(words[word] | (bit & mask));
+        words[index] = static_cast<ebfSSRContent>(words[index] | (bit & mask));
     };
     note(0, ebfSSR_VERTICAL_TROPOSPHERE, vertTropo);
     note(0, ebfSSR_VERTICAL_IONOSPHERE, vertIono);

@@ -27,40 +27,11 @@ void fields(Io& io, Id& id) requires std::is_same_v<std::remove_const_t<Id>, SSR
     io(id.signal);
 }
 
-/// A list: its count, then each element. What comes from outside says how many there are only as far as the bytes that
-/// follow can hold that many.
+// Lists stand in fields and fields in lists.
 template <class Io, class Element>
-void list(Io& io, const std::vector<Element>& elements) {
-    io(static_cast<std::uint32_t>(elements.size()));
-    for (const Element& element : elements) {
-        if constexpr (std::is_arithmetic_v<Element>) {
-            io(element);
-        } else {
-            fields(io, element);
-        }
-    }
-}
+void list(Io& io, const std::vector<Element>& elements);
 template <class Element>
-void list(ByteReader& io, std::vector<Element>& elements) {
-    std::uint32_t count = 0;
-    io(count);
-    ByteCounter least;
-    if constexpr (std::is_arithmetic_v<Element>) {
-        least(Element{});
-    } else {
-        const Element smallest{};
-        fields(least, smallest);
-    }
-    if (count > io.left() / least.size()) return io.fail();
-    elements.resize(count);
-    for (Element& element : elements) {
-        if constexpr (std::is_arithmetic_v<Element>) {
-            io(element);
-        } else {
-            fields(io, element);
-        }
-    }
-}
+void list(ByteReader& io, std::vector<Element>& elements);
 
 template <class Type, class... Any>
 inline constexpr bool isOneOf = (std::is_same_v<std::remove_const_t<Type>, Any> || ...);
@@ -162,6 +133,41 @@ void fields(Io& io, E& e) requires isOneOf<E, QTNetGeometryKind::Entry> {
     io(e.stationId);
     io(e.issueOfData);
     io(e.correction);
+}
+
+/// A list: its count, then each element. What comes from outside says how many there are only as far as the bytes that
+/// follow can hold that many.
+template <class Io, class Element>
+void list(Io& io, const std::vector<Element>& elements) {
+    io(static_cast<std::uint32_t>(elements.size()));
+    for (const Element& element : elements) {
+        if constexpr (std::is_arithmetic_v<Element>) {
+            io(element);
+        } else {
+            fields(io, element);
+        }
+    }
+}
+template <class Element>
+void list(ByteReader& io, std::vector<Element>& elements) {
+    std::uint32_t count = 0;
+    io(count);
+    ByteCounter least;
+    if constexpr (std::is_arithmetic_v<Element>) {
+        least(Element{});
+    } else {
+        const Element smallest{};
+        fields(least, smallest);
+    }
+    if (count > io.left() / least.size()) return io.fail();
+    elements.resize(count);
+    for (Element& element : elements) {
+        if constexpr (std::is_arithmetic_v<Element>) {
+            io(element);
+        } else {
+            fields(io, element);
+        }
+    }
 }
 
 template <class Io>
@@ -284,18 +290,18 @@ void SSRMessageT<Kind>::getSatIDs(std::vector<SCalSatID>& satellites) const {
     for (const Entry& entry : entries) satellites.push_back(entry.satId);
 }
 
-template struct HALVEX_EXPORT SSRMessageT<SSROrbitKind>;
-template struct HALVEX_EXPORT SSRMessageT<SSRClockKind>;
-template struct HALVEX_EXPORT SSRMessageT<SSRHighRateClockKind>;
-template struct HALVEX_EXPORT SSRMessageT<SSRCodeBiasKind>;
-template struct HALVEX_EXPORT SSRMessageT<SSRPhaseBiasKind>;
-template struct HALVEX_EXPORT SSRMessageT<SSRURAKind>;
-template struct HALVEX_EXPORT SSRMessageT<SSRSignalKind>;
-template struct HALVEX_EXPORT SSRMessageT<QTBaseCoordsKind>;
-template struct HALVEX_EXPORT SSRMessageT<QTVertTropoKind>;
-template struct HALVEX_EXPORT SSRMessageT<QTSlantTropoKind>;
-template struct HALVEX_EXPORT SSRMessageT<QTVertIonoKind>;
-template struct HALVEX_EXPORT SSRMessageT<QTSlantIonoKind>;
-template struct HALVEX_EXPORT SSRMessageT<QTNetGeometryKind>;
+template struct SSRMessageT<SSROrbitKind>;
+template struct SSRMessageT<SSRClockKind>;
+template struct SSRMessageT<SSRHighRateClockKind>;
+template struct SSRMessageT<SSRCodeBiasKind>;
+template struct SSRMessageT<SSRPhaseBiasKind>;
+template struct SSRMessageT<SSRURAKind>;
+template struct SSRMessageT<SSRSignalKind>;
+template struct SSRMessageT<QTBaseCoordsKind>;
+template struct SSRMessageT<QTVertTropoKind>;
+template struct SSRMessageT<QTSlantTropoKind>;
+template struct SSRMessageT<QTVertIonoKind>;
+template struct SSRMessageT<QTSlantIonoKind>;
+template struct SSRMessageT<QTNetGeometryKind>;
 
 }  // namespace CALN

@@ -80,7 +80,7 @@ protected:
 
 /// A message of one kind: the common part and a list of entries. `Kind` names the entry's fields and the kind's type.
 template <class Kind>
-struct SSRMessageT : virtual SSRCorrMsgBaseT {
+struct HALVEX_EXPORT SSRMessageT : virtual SSRCorrMsgBaseT {
     using Entry = typename Kind::Entry;
     std::vector<Entry> entries;
 
@@ -267,18 +267,18 @@ using QTVertIonoCorrMsgT = SSRMessageT<QTVertIonoKind>;
 using QTSlantIonoCorrMsgT = SSRMessageT<QTSlantIonoKind>;
 using QTNetGeometryCorrMsgT = SSRMessageT<QTNetGeometryKind>;
 
-extern template struct SSRMessageT<SSROrbitKind>;
-extern template struct SSRMessageT<SSRClockKind>;
-extern template struct SSRMessageT<SSRHighRateClockKind>;
-extern template struct SSRMessageT<SSRCodeBiasKind>;
-extern template struct SSRMessageT<SSRPhaseBiasKind>;
-extern template struct SSRMessageT<SSRURAKind>;
-extern template struct SSRMessageT<SSRSignalKind>;
-extern template struct SSRMessageT<QTBaseCoordsKind>;
-extern template struct SSRMessageT<QTVertTropoKind>;
-extern template struct SSRMessageT<QTSlantTropoKind>;
-extern template struct SSRMessageT<QTVertIonoKind>;
-extern template struct SSRMessageT<QTSlantIonoKind>;
-extern template struct SSRMessageT<QTNetGeometryKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSROrbitKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSRClockKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSRHighRateClockKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSRCodeBiasKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSRPhaseBiasKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSRURAKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<SSRSignalKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<QTBaseCoordsKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<QTVertTropoKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<QTSlantTropoKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<QTVertIonoKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<QTSlantIonoKind>;
+extern template struct HALVEX_EXPORT SSRMessageT<QTNetGeometryKind>;
 
 }  // namespace CALN
