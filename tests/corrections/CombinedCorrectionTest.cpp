@@ -1,0 +1,308 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <random>
+
+#include "halvex/corrections/CombinedIonoGeoCorrection.h"
+#include "halvex/platform/caln/FrequencyTable.h"
+#include "halvex/platform/z9/Rtcm3NetworkProduct.h"
+
+using namespace CALN;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+struct Product final : Z9::CRTKNetworkProduct {
+    std::int32_t addAuxiliaryCombinedIonoGeoCorrection(const MsgGNSS17T& message) override {
+        last = message;
+        return answer;
+    }
+    MsgGNSS17T last;
+    std::int32_t answer = 0;
+};
+
+constexpr auto kAll = static_cast<ebCALGNSSTYPECOMBINATION>(0xFF);
+constexpr auto kL1L2 = eCALFREQUENCY_GROUP_L1 | eCALFREQUENCY_GROUP_L2;
+constexpr eCALFREQUENCY_GROUP kMasks[kSystemSlots] = {{},
+                                                      kL1L2,
+                                                      kL1L2,
+                                                      eCALFREQUENCY_GROUP_L1 | eCALFREQUENCY_GROUP_L5,
+                                                      eCALFREQUENCY_GROUP_L1,
+                                                      kL1L2 | eCALFREQUENCY_GROUP_E6,
+                                                      {},
+                                                      {},
+                                                      kL1L2};
+
+struct Producer {
+    explicit Producer(ebCALGNSSTYPECOMBINATION systems = kAll, bool offsets = false, bool enabled = true)
+        : combined(&collection, &product, CHalvexUniqueSiteID(), systems, 1, true, offsets, enabled, kMasks) {}
+    std::int32_t provide(const std::vector<SCalSatObservation>& master, const std::vector<SCalSatObservation>& other,
+                         bool flag = true) {
+        const CHalvexZ9StationCorrection first{{}, epoch, master};
+        const CHalvexZ9StationCorrection second{{}, epoch, other};
+        return combined.ProvideCorrections(first, second, aux, flag);
+    }
+    SMjdTime epoch{2111, 388830.3};
+    CRtkAux aux{5, 101, 202};
+    CRtkAuxCollection collection;
+    Product product;
+    CCombinedIonoGeoCorrection combined;
+};
+
+double wavelength(const SCalSatID& id, eCALFREQUENCY frequency) {
+    double value = 0.0;
+    EXPECT_TRUE(getFrequencyTable().getWavelengthValue(id, frequency, value));
+    return value;
+}
+
+/// A satellite whose phases show a range and an ionospheric delay on the first carrier [m].
+SCalSatObservation satellite(const SCalSatID& id, const std::vector<eCALFREQUENCY>& carriers, double range,
+                             double delay) {
+    SCalSatObservation made{id, 77, {}};
+    const double first = wavelength(id, carriers.front());
+    for (const eCALFREQUENCY carrier : carriers) {
+        const double length = wavelength(id, carrier);
+        const double phase = (range - delay * (length / first) * (length / first)) / length;
+        made.frequencies.push_back({carrier, phase, range, true, true, 3});
+    }
+    return made;
+}
+
+const SCalSatID kG7(eCALSATSYSTEM_GPS, 7);
+const std::vector<eCALFREQUENCY> kGpsCarriers{eCALFREQUENCY_L1, eCALFREQUENCY_L2};
+
+}  // namespace
+
+TEST(CombinedIonoGeo, DifferencesAreTheTruthToTheRounding) {
+    setGlonassChannel({eCALSATSYSTEM_GLONASS, 3}, -4);
+    const std::pair<SCalSatID, std::vector<eCALFREQUENCY>> rows[] = {
+        {kG7, kGpsCarriers},
+        {{eCALSATSYSTEM_GLONASS, 3}, {eCALFREQUENCY_G1, eCALFREQUENCY_G2}},
+        {{eCALSATSYSTEM_GALILEO, 9}, {eCALFREQUENCY_L1, eCALFREQUENCY_L5}},
+        {{eCALSATSYSTEM_QZSS, 2}, kGpsCarriers}};
+    std::mt19937 random(1980);
+    std::uniform_real_distribution<double> metres(-10.0, 10.0);
+    for (const auto& [id, carriers] : rows) {
+        for (int i = 0; i < 200; ++i) {
+            const double range = 2.2e7 + metres(random);
+            const double delay = metres(random);
+            const double geometric = metres(random);
+            const double ionospheric = metres(random);
+            Producer producer;
+            ASSERT_EQ(producer.provide({satellite(id, carriers, range, delay)},
+                                       {satellite(id, carriers, range + geometric, delay + ionospheric)}),
+                      0);
+            const MsgGNSS17T& message = producer.product.last;
+            const auto& entries = id.system == eCALSATSYSTEM_GLONASS   ? message.glonass.entries
+                                  : id.system == eCALSATSYSTEM_GALILEO ? message.galileo.entries
+                                                                       : message.gps.entries;
+            ASSERT_EQ(entries.size(), 1U);
+            EXPECT_NEAR(entries[0].geometric, geometric * 2000.0, 0.501);
+            EXPECT_NEAR(entries[0].ionospheric, -ionospheric * 2000.0, 0.501) << "a phase is advanced";
+            EXPECT_NEAR(entries[0].geometric + entries[0].ionospheric, (geometric - ionospheric) * 2000.0, 1.002)
+                << "together they are the first carrier's difference";
+            EXPECT_EQ(entries[0].issueOfData, 77);
+        }
+    }
+}
+
+TEST(CombinedIonoGeo, WhatIsSkippedAndWhatTheHeadsSay) {
+    using Carriers = std::vector<eCALFREQUENCY>;
+    const auto gps = [](const Carriers& carriers) { return satellite(kG7, carriers, 2e7, 1.0); };
+    Producer producer;
+    EXPECT_EQ(producer.combined.GetActiveSystems(),
+              ebCALGNSSTYPE_GPS | ebCALGNSSTYPE_GLONASS | ebCALGNSSTYPE_GALILEO | ebCALGNSSTYPE_QZSS)
+        << "one band, three bands, none, and bands that a system has not";
+    EXPECT_EQ(Producer(ebCALGNSSTYPE_QZSS | ebCALGNSSTYPE_GALILEO).combined.GetActiveSystems(), ebCALGNSSTYPE_GALILEO)
+        << "QZSS rides on GPS";
+
+    auto invalid = gps(kGpsCarriers);
+    invalid.frequencies[1].phaseValid = false;
+    SCalSatObservation noChannel{
+        {eCALSATSYSTEM_GLONASS, 24},
+        1,
+        {{eCALFREQUENCY_G1, 1.0, 1.0, true, true, 3}, {eCALFREQUENCY_G2, 1.0, 1.0, true, true, 3}}};
+    setGlonassChannel({eCALSATSYSTEM_GLONASS, 24}, 99);
+    const struct {
+        const char* what;
+        std::vector<SCalSatObservation> first, second;
+        std::size_t expected;
+    } rows[] = {
+        {"all is there", {gps(kGpsCarriers)}, {gps(kGpsCarriers)}, 1},
+        {"not at the master", {}, {gps(kGpsCarriers)}, 0},
+        {"one carrier in common", {gps({eCALFREQUENCY_L1})}, {gps(kGpsCarriers)}, 0},
+        {"two in common, one of another band",
+         {gps({eCALFREQUENCY_L1, eCALFREQUENCY_L5})},
+         {gps({eCALFREQUENCY_L1, eCALFREQUENCY_L5})},
+         0},
+        {"a phase that is not valid", {gps(kGpsCarriers)}, {invalid}, 0},
+        {"no channel", {noChannel}, {noChannel}, 0},
+    };
+    for (const auto& row : rows) {
+        Producer each;
+        EXPECT_EQ(each.provide(row.first, row.second), 0) << row.what;
+        const MsgGNSS17T& message = each.product.last;
+        EXPECT_EQ(message.gps.entries.size() + message.glonass.entries.size(), row.expected) << row.what;
+        EXPECT_EQ(message.validTypes, row.expected != 0 ? MsgGNSS17T::kGps : 0U) << row.what;
+    }
+
+    EXPECT_EQ(producer.provide({gps(kGpsCarriers)}, {gps(kGpsCarriers)}), 0);
+    const MsgHeaderT& head = producer.product.last.gps.header;
+    EXPECT_EQ(head.messageNumber, 1017);
+    EXPECT_EQ(head.epoch, 3888303U);
+    EXPECT_EQ(head.satelliteCount, 1);
+    EXPECT_EQ(head.flag, 1);
+    EXPECT_EQ(head.subnetwork, 5);
+    EXPECT_EQ(head.masterStation, 101);
+    EXPECT_EQ(head.auxiliaryStation, 202);
+    const MsgHeaderT& glonass = producer.product.last.glonass.header;
+    EXPECT_EQ(glonass.messageNumber, 1039);
+    EXPECT_EQ(glonass.epoch % 10, 0U) << "whole seconds of GLONASS day";
+    EXPECT_EQ(producer.product.last.beidou.header.flag, 0);
+
+    EXPECT_EQ(producer.provide({}, {}, true), 0);
+    EXPECT_EQ(producer.product.last.validTypes, MsgGNSS17T::kGps) << "fell silent after it was sent";
+    EXPECT_EQ(producer.provide({}, {}, false), 0);
+    EXPECT_EQ(producer.product.last.validTypes, 0U);
+    producer.product.answer = 1;
+    EXPECT_EQ(producer.provide({}, {}), static_cast<std::int32_t>(0x80004005U));
+
+    Producer disabled(kAll, false, false);
+    EXPECT_EQ(disabled.provide({gps(kGpsCarriers)}, {gps(kGpsCarriers)}), 0);
+    EXPECT_THAT(disabled.product.last.gps.entries, IsEmpty());
+
+    producer.combined.ProvideEmptyCorrections(ebCALGNSSTYPE_GPS | ebCALGNSSTYPE_BEIDOU, producer.aux, 388830, 1);
+    EXPECT_EQ(producer.product.last.validTypes, MsgGNSS17T::kGps | MsgGNSS17T::kBeidou);
+    EXPECT_EQ(producer.product.last.gps.header.epoch, 3888300U);
+}
+
+TEST(CombinedIonoGeo, UnitsAreRoundedAndGlonassOffsetsAreCoded) {
+    const auto one = satellite(kG7, kGpsCarriers, 0.0, 0.0);
+    for (const auto& [metres, units] : {std::pair(0.000251, 1), {0.000249, 0}, {-0.000249, 0}, {-0.000251, -1}}) {
+        auto other = one;
+        for (SCalObservationFreq& each : other.frequencies) each.phase = metres / wavelength(kG7, each.frequency);
+        Producer producer;
+        producer.provide({one}, {other});
+        EXPECT_EQ(producer.product.last.gps.entries.at(0).geometric, units);
+    }
+
+    const SCalSatID id(eCALSATSYSTEM_GLONASS, 3);
+    setGlonassChannel(id, -4);
+    const std::vector<eCALFREQUENCY> carriers{eCALFREQUENCY_G1, eCALFREQUENCY_G2};
+    const auto master = satellite(id, carriers, 2e7, 1.0);
+    auto auxiliary = master;
+    auxiliary.frequencies[0].pseudorange += 5.3;
+    auxiliary.frequencies[1].pseudorange += 2.1;
+    Producer offsets(kAll, true);
+    offsets.provide({master}, {auxiliary});
+    const IonoGeoMsgT& coded = offsets.product.last.glonassPseudorange;
+    EXPECT_EQ(coded.header.messageNumber, 1071);
+    EXPECT_EQ(coded.header.dpo, 3);
+    // 81/32 5.3 - 49/32 (2.1 + 3) = 5.60625
+    EXPECT_EQ(coded.header.p1or, 6);
+    EXPECT_THAT(coded.offsets, ElementsAre(GloPrOffsetT{3, 2, 77, -20}));
+    EXPECT_EQ(offsets.product.last.validTypes, MsgGNSS17T::kGlonass | MsgGNSS17T::kGlonassPseudorange);
+}
+
+namespace {
+
+/// Reads the network frames by their published layout, with nothing of the library's.
+class BitText {
+public:
+    explicit BitText(std::span<const unsigned char> bytes) {
+        for (const unsigned char byte : bytes) {
+            for (int bit = 7; bit >= 0; --bit) m_bits += (byte >> bit & 1) != 0 ? '1' : '0';
+        }
+    }
+    long take(std::size_t bits, bool isSigned = false) {
+        const long value = std::stol(m_bits.substr(m_at, bits), nullptr, 2);
+        const bool negative = isSigned && m_bits[m_at] == '1';
+        m_at += bits;
+        return negative ? value - (1L << bits) : value;
+    }
+
+private:
+    std::string m_bits;
+    std::size_t m_at = 0;
+};
+
+}  // namespace
+
+TEST(Rtcm3NetworkProduct, FramesReadAsPublished) {
+    std::vector<std::vector<unsigned char>> frames;
+    Z9::CRtcm3NetworkProduct product([&](std::span<const unsigned char> frame) {
+        frames.emplace_back(frame.begin(), frame.end());
+        return true;
+    });
+    MsgGNSS17T message;
+    message.SetValidMsgType(MsgGNSS17T::kGps);
+    message.SetValidMsgType(MsgGNSS17T::kGlonass);
+    message.gps.header.messageNumber = 1017;
+    message.gps.header.networkId = 222;
+    message.gps.header.subnetwork = 5;
+    message.gps.header.epoch = 3920368;
+    message.gps.header.masterStation = 3597;
+    message.gps.header.auxiliaryStation = 2423;
+    message.glonass.header = message.gps.header;
+    message.glonass.header.messageNumber = 1039;
+    message.glonass.header.epoch = 91951;
+    for (std::uint8_t i = 1; i <= 17; ++i) {
+        message.gps.entries.push_back({i, eCALSATSYSTEM_GPS, 3, 6, i == 2 ? -65535 : 1000 * i, -7 * i, 153, 0});
+    }
+    message.gps.entries.push_back({1, eCALSATSYSTEM_QZSS, 1, 0, 1, 1, 1, 0});
+    message.gps.entries.push_back({20, eCALSATSYSTEM_GPS, 1, 0, 65536, 1, 1, 0});
+    message.glonass.entries.push_back({2, eCALSATSYSTEM_GLONASS, 3, 0, -38739, -33547, 122, 0});
+    EXPECT_EQ(product.addAuxiliaryCombinedIonoGeoCorrection(message), 0);
+    EXPECT_EQ(product.GetLeftOut(), 2U);
+    Msg1014T station;
+    station.networkId = 124;
+    station.subnetworkId = 13;
+    station.auxiliaryStations = 9;
+    station.masterStation = 1866;
+    station.auxiliaryStation = 2649;
+    station.deltaLatitude = 505920;
+    station.deltaLongitude = -342171;
+    station.deltaHeight = -3112084;
+    EXPECT_EQ(product.addAuxiliaryStationData(station), 0);
+    station.deltaHeight = 1 << 22;
+    EXPECT_EQ(product.addAuxiliaryStationData(station), 1) << "does not fit";
+    ASSERT_EQ(frames.size(), 4U);
+
+    const std::pair<std::size_t, long> counts[] = {{23, 15}, {23, 2}, {20, 1}};
+    for (std::size_t f = 0; f < 3; ++f) {
+        const auto& frame = frames[f];
+        const std::size_t length = (frame[1] & 3U) * 256U + frame[2];
+        EXPECT_EQ(frame[0], 0xD3);
+        ASSERT_EQ(frame.size(), length + 6);
+        const bool glonass = f == 2;
+        BitText bits({frame.data() + 3, length});
+        EXPECT_EQ(bits.take(12), glonass ? 1039 : 1017);
+        EXPECT_EQ(bits.take(8), 222);
+        EXPECT_EQ(bits.take(4), 5);
+        EXPECT_EQ(bits.take(counts[f].first), glonass ? 91951 : 3920368);
+        EXPECT_EQ(bits.take(1), f == 0 ? 1 : 0) << "more messages follow";
+        EXPECT_EQ(bits.take(12), 3597);
+        EXPECT_EQ(bits.take(12), 2423);
+        const long count = bits.take(4);
+        ASSERT_EQ(count, counts[f].second);
+        for (long i = 0; i < count; ++i) {
+            const IonoGeoEntryT& entry =
+                glonass ? message.glonass.entries[0] : message.gps.entries[static_cast<std::size_t>(i) + 15 * f];
+            EXPECT_EQ(bits.take(6), entry.satId);
+            EXPECT_EQ(bits.take(2), entry.ambiguityStatus);
+            EXPECT_EQ(bits.take(3), entry.nonSyncCount);
+            EXPECT_EQ(bits.take(17, true), entry.geometric);
+            EXPECT_EQ(bits.take(8), entry.issueOfData);
+            EXPECT_EQ(bits.take(17, true), entry.ionospheric);
+        }
+    }
+    BitText bits({frames[3].data() + 3, frames[3].size() - 6});
+    for (const auto& [width, value] : std::initializer_list<std::pair<std::size_t, long>>{
+             {12, 1014}, {8, 124}, {4, 13}, {5, 9}, {12, 1866}, {12, 2649}}) {
+        EXPECT_EQ(bits.take(width), value);
+    }
+    EXPECT_EQ(bits.take(20, true), 505920);
+    EXPECT_EQ(bits.take(21, true), -342171);
+    EXPECT_EQ(bits.take(23, true), -3112084);
+}
