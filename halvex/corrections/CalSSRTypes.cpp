@@ -101,6 +101,12 @@ std::uint64_t loadSlot(boost::shared_ptr<const MsgObjectT<Message>>& slot, const
     return used;
 }
 
+std::vector<unsigned char> savedForm(const IPersistData& record) {
+    std::vector<unsigned char> bytes(record.getSize());
+    record.saveData(bytes.data(), bytes.size());
+    return bytes;
+}
+
 }  // namespace
 
 std::size_t CHalvexSSRCorr::getSize() const {
@@ -140,12 +146,7 @@ bool CHalvexSSRCorr::loadData(const unsigned char* buffer, std::size_t length) {
 }
 
 bool operator==(const CHalvexSSRCorr& left, const CHalvexSSRCorr& right) {
-    const auto bytes = [](const CHalvexSSRCorr& record) {
-        std::vector<unsigned char> saved(record.getSize());
-        record.saveData(saved.data(), saved.size());
-        return saved;
-    };
-    return bytes(left) == bytes(right);
+    return savedForm(left) == savedForm(right);
 }
 
 std::size_t CHalvexSSRAllCorr::getSize() const {
@@ -205,4 +206,8 @@ bool CHalvexSSRAllCorr::loadData(const unsigned char* buffer, std::uint64_t leng
     used = kSetHead;
     forEachAnnounced(*this, words, [&](auto& slot) { used += loadSlot(slot, buffer + used, length - used); });
     return true;
+}
+
+bool operator==(const CHalvexSSRAllCorr& left, const CHalvexSSRAllCorr& right) {
+    return savedForm(left) == savedForm(right);
 }

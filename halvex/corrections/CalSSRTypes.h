@@ -70,10 +70,13 @@ public:
     void saveData(unsigned char* buffer, std::size_t length) const override;
     [[nodiscard]] std::size_t getSize() const override;
 
-    /// False, with the set as it was, for a null buffer, another version, or one that is shorter than what stands
-    /// before the messages. `used` becomes the bytes read or written.
+    /// False, with the set as it was and `used` 0, for a null buffer, another version, an epoch that is none, or a
+    /// buffer that is shorter than what stands before the messages. `used` becomes the bytes read or written.
     bool loadData(const unsigned char* buffer, std::uint64_t length, std::uint64_t& used);
     void saveData(unsigned char* buffer, std::uint64_t length, std::uint64_t& used) const;
+
+    /// Same saved form.
+    friend HALVEX_EXPORT bool operator==(const CHalvexSSRAllCorr& left, const CHalvexSSRAllCorr& right);
 
 private:
     CHalvexUniqueSiteID m_site;

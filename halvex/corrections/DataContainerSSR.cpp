@@ -1,6 +1,7 @@
 #include "halvex/corrections/DataContainerSSR.h"
 
-#include <vector>
+#include <algorithm>
+#include <functional>
 
 #include "halvex/platform/kernix/Assert.h"
 #include "halvex/time/SatelliteTime.h"
@@ -31,6 +32,15 @@ void CDataContainerSSR::SSRGroupState::rebase(const SMjdTime& newReference) {
     moreToCome = false;
 }
 
+void CDataContainerSSR::SSRGroupState::add(const CALN::SSRCorrMsgBaseT& message) {
+    message.getSatIDs(satellites);
+    // Streams send satellites in their order, so that there is nothing to do but for a message that comes again.
+    const auto isOutOfOrder = std::greater_equal<CALN::SCalSatID>();
+    if (std::adjacent_find(satellites.begin(), satellites.end(), isOutOfOrder) == satellites.end()) return;
+    std::sort(satellites.begin(), satellites.end());
+    satellites.erase(std::unique(satellites.begin(), satellites.end()), satellites.end());
+}
+
 bool CDataContainerSSR::SSRGroupState::isValid(const SMjdTime& reference, double seconds) const {
     SMjdTime oldest = reference;
     oldest.SubtractSeconds(seconds);
@@ -55,9 +65,7 @@ void CDataContainerSSR::AddCorrectionMsg(const CALN::SSRCorrMsgBaseT& message) {
         group->epoch = message.epoch;
         group->satellites.clear();
     }
-    std::vector<CALN::SCalSatID> satellites;
-    message.getSatIDs(satellites);
-    group->satellites.insert(satellites.begin(), satellites.end());
+    group->add(message);
     group->moreToCome = message.multipleMessage != 0;
 }
 

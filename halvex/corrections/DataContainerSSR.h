@@ -1,7 +1,7 @@
 #pragma once
 
 #include <array>
-#include <set>
+#include <vector>
 
 #include "halvex/platform/Export.h"
 #include "halvex/platform/caln/SsrMessages.h"
@@ -24,7 +24,7 @@ public:
     [[nodiscard]] unsigned GetSiteID() const { return m_siteId; }
     /// Books a message; one of another kind is ignored.
     void AddCorrectionMsg(const CALN::SSRCorrMsgBaseT& message);
-    /// What is valid at `time` (GPS time); at the current GPS time when its day is 0.
+    /// What is valid at `time` (GPS time). When its day is 0: now, as CSatelliteTime::SetToCurrentGPSTime reads it.
     [[nodiscard]] unsigned GetValidState(CALN::eCALSATSYSTEM system, const SMjdTime& time) const;
     /// Satellites with a valid clock or, when the clocks are not valid, with a valid orbit; else 0.
     [[nodiscard]] unsigned GetNumSat(CALN::eCALSATSYSTEM system, const SMjdTime& time) const;
@@ -41,9 +41,10 @@ public:
 private:
     struct SSRGroupState {
         SMjdTime epoch;
-        std::set<CALN::SCalSatID> satellites;
+        std::vector<CALN::SCalSatID> satellites;  ///< in order, each once
         bool moreToCome = false;
 
+        void add(const CALN::SSRCorrMsgBaseT& message);
         /// Takes a new reference epoch, unset or not before the old one; another one empties the group.
         void rebase(const SMjdTime& newReference);
         [[nodiscard]] bool isActive() const { return epoch.IsSet() && !satellites.empty(); }

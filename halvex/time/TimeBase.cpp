@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 
-#include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/platform/os/DateFormat.h"
 
 namespace {

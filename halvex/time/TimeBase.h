@@ -37,7 +37,6 @@ public:
     bool loadData(const unsigned char* buffer, std::size_t size) override;
     void saveData(unsigned char* buffer, std::size_t size) const override;
     [[nodiscard]] std::size_t getSize() const override;
-    static constexpr std::size_t kSavedSize = 12;
 
     /// Milliseconds since the last full minute, cut to an integer.
     [[nodiscard]] unsigned int GetFractionOfMinutes() const;

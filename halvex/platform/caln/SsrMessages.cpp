@@ -1,7 +1,7 @@
 #include "halvex/platform/caln/SsrMessages.h"
 
-#include <algorithm>
 #include <type_traits>
+#include <utility>
 
 #include "halvex/platform/kernix/ByteCodec.h"
 #include "halvex/platform/kernix/RecordCodec.h"

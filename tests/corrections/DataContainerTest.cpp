@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+
+#include "halvex/corrections/DataContainerSSR.h"
+#include "halvex/platform/kernix/Time.h"
+#include "tests/support/TestClock.h"
+
+namespace {
+
+using namespace CALN;
+
+const SMjdTime kT(2111, 388800.0);
+constexpr eCALSATSYSTEM kGps = eCALSATSYSTEM_GPS;
+constexpr unsigned kBoth = CDataContainerSSR::kOrbitsValid | CDataContainerSSR::kClocksValid;
+
+SMjdTime after(double seconds) {
+    SMjdTime time = kT;
+    time.AddSeconds(seconds);
+    return time;
+}
+
+template <class Message>
+Message message(const SMjdTime& epoch, std::initializer_list<unsigned char> numbers, std::int32_t more = 0,
+                eCALSATSYSTEM system = kGps) {
+    Message m;
+    m.system = system;
+    m.epoch = epoch;
+    m.multipleMessage = more;
+    for (const unsigned char number : numbers) m.entries.emplace_back().satId = {system, number};
+    return m;
+}
+constexpr auto orbits = message<SSROrbitCorrMsgT>;
+constexpr auto clocks = message<SSRClockCorrMsgT>;
+
+void expectEmpty(const CDataContainerSSR& container) {
+    for (int system = 0; system < kSystemSlots; ++system) {
+        const auto code = static_cast<eCALSATSYSTEM>(system);
+        EXPECT_TRUE(container.GetValidState(code, kT) == 0 && container.GetNumSat(code, kT) == 0) << system;
+        EXPECT_FALSE(container.IsComplete(code) || container.GetClockEpoch(code).IsSet()) << system;
+    }
+}
+
+TEST(DataContainer, Ages) {
+    CDataContainerSSR container(1);
+    container.AddCorrectionMsg(orbits(kT, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, 0, kGps));
+    container.AddCorrectionMsg(clocks(kT, {1, 2, 3}, 0, kGps));
+    struct Row {
+        double age;
+        unsigned state, satellites;
+    };
+    for (const Row& row : {Row{-1e5, kBoth, 3}, Row{0.0, kBoth, 3}, Row{15.0, kBoth, 3}, Row{15.001, 1, 10},
+                           Row{90.0, 1, 10}, Row{90.001, 0, 0}}) {
+        EXPECT_EQ(container.GetValidState(kGps, after(row.age)), row.state) << row.age;
+        EXPECT_EQ(container.GetNumSat(kGps, after(row.age)), row.satellites) << row.age;
+    }
+    EXPECT_EQ(container.GetValidState(eCALSATSYSTEM_GLONASS, kT), 0);
+    EXPECT_TRUE(container.IsComplete(kGps)) << "however old";
+}
+
+TEST(DataContainer, WithoutATimeTheProcessClockCounts) {
+    CDataContainerSSR container(1);
+    container.AddCorrectionMsg(clocks(kT, {1}, 0, kGps));
+    // The clock's reading as it is, without leap seconds, less its offset from the reference clock.
+    halvex::test::TestClock clock(2020, 6, 25, 12, 0, 15);
+    EXPECT_EQ(container.GetValidState(kGps, SMjdTime()), 2);
+    EXPECT_EQ(container.GetValidState(kGps, SMjdTime::FromDayAndMilliseconds(0, 5.0)), 2);
+    clock.utc.wMilliseconds = 1;
+    EXPECT_EQ(container.GetValidState(kGps, SMjdTime()), 0);
+    TIME::SetDeltaUTCTime(1.0);
+    EXPECT_EQ(container.GetNumSat(kGps, SMjdTime()), 1);
+    TIME::SetDeltaUTCTime(0.0);
+    EXPECT_EQ(container.GetValidState(kGps, kT), 2) << "a time that is given";
+}
+
+TEST(DataContainer, Epochs) {
+    CDataContainerSSR container(1);
+    struct Row {
+        const char* what;
+        bool isOrbit;
+        double at;
+        std::initializer_list<unsigned char> numbers;
+        std::int32_t more;
+        double epoch;
+        unsigned orbits, clocks;
+        bool complete;
+    };
+    const Row rows[] = {
+        {"first of two", false, 0, {5, 9}, 1, 0, 0, 2, false},
+        {"second of two", false, 0, {12, 7, 9}, 0, 0, 0, 4, true},
+        {"orbits open", true, 0, {1, 2}, -1, 0, 2, 4, false},
+        {"the same once more", true, 0, {2, 1, 1}, 0, 0, 2, 4, true},
+        {"later clocks leave the orbits alone", false, 5, {3}, 0, 5, 2, 1, true},
+        {"older clocks come on top", false, -30, {4, 3}, 1, 5, 2, 2, false},
+        {"nothing in it", false, 5, {}, 0, 5, 2, 2, true},
+        {"a later epoch without satellites", false, 10, {}, 1, 10, 2, 0, true},
+        {"older satellites fill it", false, 5, {8}, 0, 10, 2, 1, true},
+    };
+    for (const Row& row : rows) {
+        const SMjdTime at = after(row.at);
+        if (row.isOrbit) container.AddCorrectionMsg(orbits(at, row.numbers, row.more, kGps));
+        if (!row.isOrbit) container.AddCorrectionMsg(clocks(at, row.numbers, row.more, kGps));
+        EXPECT_TRUE(container.GetOrbitCount(kGps) == row.orbits && container.GetClockCount(kGps) == row.clocks)
+            << row.what;
+        EXPECT_EQ(container.IsComplete(kGps), row.complete) << row.what;
+        EXPECT_EQ(container.GetClockEpoch(kGps), after(row.epoch)) << row.what;
+    }
+    EXPECT_EQ(container.GetOrbitEpoch(kGps), kT);
+    EXPECT_FALSE(container.IsComplete(eCALSATSYSTEM_GALILEO));
+}
+
+TEST(DataContainer, TypeCodes) {
+    for (unsigned code = 0; code < 20; ++code) {
+        CDataContainerSSR container(1);
+        auto ura = message<SSRURAMsgT>(kT, {1}, 0, eCALSATSYSTEM_RESERVED);
+        ura.type = static_cast<eCALSSRCorrectionType>(code);
+        container.AddCorrectionMsg(ura);
+        const unsigned state = code == 1 || code == 2 ? 1 : code == 3 || code == 4 ? 2 : 0;
+        EXPECT_EQ(container.GetValidState(eCALSATSYSTEM_RESERVED, kT), state) << code;
+    }
+}
+
+TEST(DataContainer, OnDisconnect) {
+    CDataContainerSSR container(4711);
+    expectEmpty(container);
+    for (int system = 0; system < kSystemSlots; ++system) {
+        container.AddCorrectionMsg(orbits(kT, {1}, 0, static_cast<eCALSATSYSTEM>(system)));
+        container.AddCorrectionMsg(clocks(kT, {1}, 1, static_cast<eCALSATSYSTEM>(system)));
+    }
+    EXPECT_EQ(container.GetSiteID(), 4711);
+    container.OnDisconnect();
+    EXPECT_EQ(container.GetSiteID(), 0);
+    expectEmpty(container);
+    container.AddCorrectionMsg(orbits(after(-60), {1}, 0, kGps));
+    EXPECT_TRUE(container.IsComplete(kGps) && container.GetNumSat(kGps, kT) == 1) << "usable";
+}
+
+}  // namespace
