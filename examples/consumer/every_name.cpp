@@ -523,6 +523,90 @@ void orbits() {
     check(os::currentThreadId() != 0, __LINE__);
 }
 
+template <class Message>
+void correction() {
+    Message message;
+    message.system = CALN::eCALSATSYSTEM_GPS;
+    message.entries.emplace_back().satId = {CALN::eCALSATSYSTEM_GPS, 5};
+    const CHalvexSSRCorr record(CHalvexUniqueSiteID(1, 2), boost::make_shared<BSS::TSK::MsgObjectT<Message>>(message));
+    check(record.GetMessage()->GetSSRType() == Message().GetSSRType() && record.GetSiteID().getSize() == 8, __LINE__);
+    if (message.GetSSRType() != CALN::eCALSSR_SIGNALS) saveAndLoad(record);
+    std::vector<unsigned char> bytes(message.getSize());
+    std::uint64_t used = 0;
+    message.saveData(bytes.data(), bytes.size(), used);
+    Message again;
+    check(again.loadData(bytes.data(), bytes.size(), used) && again == message, __LINE__);
+    std::vector<CALN::SCalSatID> satellites;
+    again.getSatIDs(satellites);
+    check(satellites.size() == 1, __LINE__);
+}
+
+class Product final : public Z9::CRTKNetworkProduct {
+public:
+    std::int32_t addAuxiliaryCombinedIonoGeoCorrection(const CALN::MsgGNSS17T& message) override {
+        return message.IsValidMsgType(CALN::MsgGNSS17T::kGps) ? 0 : 1;
+    }
+};
+
+void corrections() {
+    correction<CALN::SSROrbitCorrMsgT>();
+    correction<CALN::SSRClockCorrMsgT>();
+    correction<CALN::SSRHighRateClockMsgT>();
+    correction<CALN::SSRCodeBiasMsgT>();
+    correction<CALN::SSRPhaseBiasMsgT>();
+    correction<CALN::SSRURAMsgT>();
+    correction<CALN::SSRSignalMsgT>();
+    correction<CALN::QTBaseCoordsMsgT>();
+    correction<CALN::QTVertTropoCorrMsgT>();
+    correction<CALN::QTSlantTropoCorrMsgT>();
+    correction<CALN::QTVertIonoCorrMsgT>();
+    correction<CALN::QTSlantIonoCorrMsgT>();
+    correction<CALN::QTNetGeometryCorrMsgT>();
+    const BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT> none;
+    check(none.GetSSRType() == CALN::eCALSSR_NONE && none.getSize() == 33, __LINE__);
+
+    CHalvexSSRAllCorr set(CHalvexUniqueSiteID(1, 2), SMjdTime(2111, 388830.0));
+    set.clock[CALN::eCALSATSYSTEM_GPS] = boost::make_shared<BSS::TSK::MsgObjectT<CALN::SSRClockCorrMsgT>>();
+    CALN::SSRAllCorrMsgT::ebfSSRContent words[CALN::kSystemSlots] = {};
+    set.getDataAvlblty(words, true, false, CALN::SSRAllCorrMsgT::ebfSSR_ALL);
+    check(words[1] == CALN::SSRAllCorrMsgT::ebfSSR_CLOCK && set.GetEpoch().getSize() == 12, __LINE__);
+    saveAndLoad(set);
+    check(SLvlDiff().tag == -1 && SLvlDiff(CALN::SSRSignalID(), 1.0, 2).value == 1.0, __LINE__);
+
+    CALN::SSRClockCorrMsgT clocks;
+    clocks.system = CALN::eCALSATSYSTEM_GPS;
+    clocks.epoch = set.GetEpoch();
+    clocks.entries.emplace_back().satId = {CALN::eCALSATSYSTEM_GPS, 5};
+    CDataContainerSSR container(7);
+    container.AddCorrectionMsg(clocks);
+    check(container.GetNumSat(CALN::eCALSATSYSTEM_GPS, clocks.epoch) == 1 && container.GetSiteID() == 7, __LINE__);
+    check(container.GetClockCount(CALN::eCALSATSYSTEM_GPS) == 1 && container.IsComplete(CALN::eCALSATSYSTEM_GPS) &&
+              container.GetClockEpoch(CALN::eCALSATSYSTEM_GPS) == clocks.epoch,
+          __LINE__);
+    container.OnDisconnect();
+    check(container.GetValidState(CALN::eCALSATSYSTEM_GPS, clocks.epoch) == 0, __LINE__);
+
+    double iono = 0.0, geoA = 0.0, geoB = 0.0, wavelength = 0.0;
+    const CALN::CCalFrequencyTable& table = CALN::getFrequencyTable();
+    check(table.getIFGFCoeffs(CALN::eCALSATSYSTEM_GPS, CALN::eCALFREQUENCY_GROUP_L1, CALN::eCALFREQUENCY_GROUP_L2,
+                              &iono, &geoA, &geoB) &&
+              std::abs(geoA + geoB - 1.0) < 1e-12,
+          __LINE__);
+    check(table.getWavelengthValue({CALN::eCALSATSYSTEM_GPS, 5}, CALN::eCALFREQUENCY_L1, wavelength), __LINE__);
+    check(CALN::CCalFrequencyTable(CALN::CCalFrequencyMgr::getInstance())
+              .getWavelengthValue({CALN::eCALSATSYSTEM_GPS, 5}, CALN::eCALFREQUENCY_L1, wavelength),
+          __LINE__);
+
+    CALN::SCalSatObservation observation;
+    observation.frequencies.emplace_back().phaseValid = true;
+    check(observation.frequencies[0].isPhaseValid(), __LINE__);
+    CALN::MsgGNSS17T message;
+    message.gps.entries.emplace_back().satId = 5;
+    message.SetValidMsgType(CALN::MsgGNSS17T::kGps);
+    Product product;
+    check(product.addAuxiliaryCombinedIonoGeoCorrection(message) == 0, __LINE__);
+}
+
 void status() {
     const CHalvexSatStatus fixed(CPrnID(5), CHalvexSatStatus::kLevel3, 45);
     CHalvexSiteSatStatus site;
@@ -686,6 +770,7 @@ int main() {
     time();
     observations();
     orbits();
+    corrections();
     status();
     files(folder);
     sentences();

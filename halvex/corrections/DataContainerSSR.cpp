@@ -1,6 +1,7 @@
 #include "halvex/corrections/DataContainerSSR.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 
 #include "halvex/platform/kernix/Assert.h"
@@ -33,11 +34,13 @@ void CDataContainerSSR::SSRGroupState::rebase(const SMjdTime& newReference) {
 }
 
 void CDataContainerSSR::SSRGroupState::add(const CALN::SSRCorrMsgBaseT& message) {
+    const auto before = static_cast<std::ptrdiff_t>(satellites.size());
     message.getSatIDs(satellites);
     // Streams send satellites in their order, so that there is nothing to do but for a message that comes again.
     const auto isOutOfOrder = std::greater_equal<CALN::SCalSatID>();
     if (std::adjacent_find(satellites.begin(), satellites.end(), isOutOfOrder) == satellites.end()) return;
-    std::sort(satellites.begin(), satellites.end());
+    std::sort(satellites.begin() + before, satellites.end());
+    std::inplace_merge(satellites.begin(), satellites.begin() + before, satellites.end());
     satellites.erase(std::unique(satellites.begin(), satellites.end()), satellites.end());
 }
 
