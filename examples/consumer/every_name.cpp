@@ -562,6 +562,7 @@ void corrections() {
     correction<CALN::QTVertIonoCorrMsgT>();
     correction<CALN::QTSlantIonoCorrMsgT>();
     correction<CALN::QTNetGeometryCorrMsgT>();
+    check(CALN::getFirstCodeOfKind(CALN::eCALSSR_ORBIT_2) == CALN::eCALSSR_ORBIT, __LINE__);
     const BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT> none;
     check(none.GetSSRType() == CALN::eCALSSR_NONE && none.getSize() == 33, __LINE__);
 

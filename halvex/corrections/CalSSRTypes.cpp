@@ -27,23 +27,18 @@ boost::shared_ptr<MsgObjectT<SSRCorrMsgBaseT>> create() {
 
 /// A message of the kind that the code stands for, null for a code without one.
 boost::shared_ptr<MsgObjectT<SSRCorrMsgBaseT>> createMessage(std::uint32_t code) {
-    switch (code) {
+    switch (getFirstCodeOfKind(static_cast<eCALSSRCorrectionType>(code))) {
         case eCALSSR_ORBIT:
-        case eCALSSR_ORBIT_COMBINED:
-        case eCALSSR_ORBIT_2:
             return create<SSROrbitCorrMsgT>();
         case eCALSSR_CLOCK:
-        case eCALSSR_CLOCK_COMBINED:
             return create<SSRClockCorrMsgT>();
         case eCALSSR_PHASE_BIAS:
             return create<SSRPhaseBiasMsgT>();
         case eCALSSR_CODE_BIAS:
-        case eCALSSR_CODE_BIAS_2:
             return create<SSRCodeBiasMsgT>();
         case eCALSSR_URA:
             return create<SSRURAMsgT>();
         case eCALSSR_HIGH_RATE_CLOCK:
-        case eCALSSR_HIGH_RATE_CLOCK_2:
             return create<SSRHighRateClockMsgT>();
         case eCALSSR_VERTICAL_IONOSPHERE:
             return create<QTVertIonoCorrMsgT>();

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <vector>
 
 #include "halvex/corrections/DataContainerSSR.h"
 #include "halvex/platform/kernix/Time.h"
@@ -21,8 +21,8 @@ SMjdTime after(double seconds) {
 }
 
 template <class Message>
-Message message(const SMjdTime& epoch, std::initializer_list<unsigned char> numbers, std::int32_t more = 0,
-                eCALSATSYSTEM system = kGps) {
+Message message(const SMjdTime& epoch, const std::vector<unsigned char>& numbers, std::int32_t more,
+                eCALSATSYSTEM system) {
     Message m;
     m.system = system;
     m.epoch = epoch;
@@ -79,7 +79,7 @@ TEST(DataContainer, Epochs) {
         const char* what;
         bool isOrbit;
         double at;
-        std::initializer_list<unsigned char> numbers;
+        std::vector<unsigned char> numbers;
         std::int32_t more;
         double epoch;
         unsigned orbits, clocks;

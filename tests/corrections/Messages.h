@@ -6,75 +6,39 @@
 #include "halvex/platform/bss/MsgObject.h"
 #include "halvex/platform/caln/SsrMessages.h"
 #include "tests/support/Bytes.h"
-#include "tests/support/RandomFields.h"
 
 namespace halvex::test {
 
 inline const SMjdTime kEpoch = SMjdTime::FromDayAndMilliseconds(59025, 1000.0);
 
-/// Random values for any number of fields, lists of up to three elements among them.
-struct RandomEntry : RandomFields {
-    using RandomFields::operator();
-    using RandomFields::RandomFields;
-
-    void operator()(CALN::SCalSatID& id) { all(id.system, id.number); }
-    void operator()(CALN::SSRSignalID& id) { all(id.system, id.signal); }
-    void operator()(CALN::SSRCodeBiasKind::Bias& b) { all(b.signal, b.bias); }
-    void operator()(CALN::SSRPhaseBiasKind::Bias& b) {
-        all(b.signal, b.integer, b.wideLane, b.discontinuityCounter, b.bias);
-    }
-    void operator()(CALN::SSROrbitKind::Entry& e) {
-        all(e.satId, e.issueOfData, e.radial, e.alongTrack, e.crossTrack);
-        all(e.radialRate, e.alongTrackRate, e.crossTrackRate);
-    }
-    void operator()(CALN::SSRClockKind::Entry& e) { all(e.satId, e.c0, e.c1, e.c2); }
-    void operator()(CALN::SSRHighRateClockKind::Entry& e) { all(e.satId, e.correction); }
-    void operator()(CALN::SSRCodeBiasKind::Entry& e) { all(e.satId, e.biases); }
-    void operator()(CALN::SSRPhaseBiasKind::Entry& e) { all(e.satId, e.yawAngle, e.yawRate, e.biases); }
-    void operator()(CALN::SSRURAKind::Entry& e) { all(e.satId, e.ura); }
-    void operator()(CALN::SSRSignalKind::Entry& e) { all(e.satId, e.signal); }
-    void operator()(CALN::QTBaseCoordsKind::Entry& e) { all(e.satId, e.stationId, e.x, e.y, e.z); }
-    void operator()(CALN::QTVertTropoKind::Entry& e) {
-        all(e.satId, e.stationId, e.hydrostaticDelay, e.wetDelay, e.gradientNorth, e.gradientEast);
-    }
-    void operator()(CALN::QTSlantTropoKind::Entry& e) { all(e.satId, e.stationId, e.delay); }
-    void operator()(CALN::QTVertIonoKind::Entry& e) {
-        all(e.satId, e.height, e.degree, e.order, e.quality, e.cosines, e.sines);
-    }
-    void operator()(CALN::QTSlantIonoKind::Entry& e) { all(e.satId, e.stationId, e.delay); }
-    void operator()(CALN::QTNetGeometryKind::Entry& e) { all(e.satId, e.stationId, e.issueOfData, e.correction); }
-
-    template <class Element>
-    void operator()(std::vector<Element>& elements) {
-        elements.resize(static_cast<std::size_t>(number(0.0, 4.0)));
-        for (Element& element : elements) (*this)(element);
-    }
-    template <class... Fields>
-    void all(Fields&... fields) {
-        ((*this)(fields), ...);
-    }
-    template <class Message>
-    Message message() {
-        Message m;
-        all(m.multipleMessage, m.updateInterval, m.issueOfData, m.provider, m.solution, m.referenceDatum, m.entries);
-        m.system = static_cast<CALN::eCALSATSYSTEM>(number(0.0, 9.0));
-        m.epoch = SMjdTime(number(0.0, 1e5));
-        return m;
-    }
-};
-
-/// What a message saves into a buffer of exactly its size.
-inline Bytes savedMessage(const CALN::SSRCorrMsgBaseT& message) {
-    Bytes bytes(message.getSize());
-    std::uint64_t used = 0;
-    message.saveData(bytes.data(), bytes.size(), used);
-    EXPECT_EQ(used, bytes.size());
-    return bytes;
-}
-
 template <class Message>
 auto shared(const Message& message) {
     return boost::make_shared<BSS::TSK::MsgObjectT<Message>>(message);
 }
+
+/// One kind of message.
+struct Kind {
+    boost::shared_ptr<BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT>> (*make)();
+    std::vector<std::uint32_t> codes;  ///< the first one is that of a message without a type
+    std::size_t entrySize;             ///< without the lists at its end
+    std::vector<std::size_t> lists;    ///< bytes of an element of each
+};
+template <class Message>
+boost::shared_ptr<BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT>> make() {
+    return shared(Message());
+}
+inline const Kind kKinds[] = {{&make<CALN::SSROrbitCorrMsgT>, {1, 2, 15}, 30, {}},
+                              {&make<CALN::SSRClockCorrMsgT>, {3, 4}, 14, {}},
+                              {&make<CALN::SSRPhaseBiasMsgT>, {5}, 6, {8}},
+                              {&make<CALN::SSRCodeBiasMsgT>, {6, 7}, 2, {3}},
+                              {&make<CALN::SSRURAMsgT>, {8}, 3, {}},
+                              {&make<CALN::SSRHighRateClockMsgT>, {9, 10}, 6, {}},
+                              {&make<CALN::QTVertIonoCorrMsgT>, {11}, 7, {2, 2}},
+                              {&make<CALN::QTSlantIonoCorrMsgT>, {12}, 10, {}},
+                              {&make<CALN::QTVertTropoCorrMsgT>, {13}, 22, {}},
+                              {&make<CALN::QTSlantTropoCorrMsgT>, {14}, 10, {}},
+                              {&make<CALN::QTBaseCoordsMsgT>, {16}, 30, {}},
+                              {&make<CALN::SSRSignalMsgT>, {17}, 4, {}},
+                              {&make<CALN::QTNetGeometryCorrMsgT>, {18}, 14, {}}};
 
 }  // namespace halvex::test

@@ -226,14 +226,16 @@ void save(const SSRCorrMsgBaseT& m, const std::vector<Entry>& entries, unsigned 
     list(out, entries);
     used = size;
 }
+/// Loads a message of `kind`; of any, when that is none.
 template <class Entry>
-bool load(SSRCorrMsgBaseT& m, std::vector<Entry>& entries, const unsigned char* buffer, std::uint64_t length,
-          std::uint64_t& used) {
+bool load(SSRCorrMsgBaseT& m, std::vector<Entry>& entries, eCALSSRCorrectionType kind, const unsigned char* buffer,
+          std::uint64_t length, std::uint64_t& used) {
     used = 0;
     ByteReader in(buffer, length);
     SSRCorrMsgBaseT loaded;
     std::vector<Entry> loadedEntries;
     head(in, loaded);
+    if (kind != eCALSSR_NONE && getFirstCodeOfKind(loaded.type) != kind) return false;
     if (in.ok()) list(in, loadedEntries);
     if (!in.ok()) return false;
     m.SSRCorrMsgBaseT::operator=(loaded);
@@ -257,7 +259,7 @@ void SSRCorrMsgBaseT::saveData(unsigned char* buffer, std::uint64_t length, std:
 }
 bool SSRCorrMsgBaseT::loadData(const unsigned char* buffer, std::uint64_t length, std::uint64_t& used) {
     std::vector<SCalSatID> passedOver;
-    return load(*this, passedOver, buffer, length, used);
+    return load(*this, passedOver, eCALSSR_NONE, buffer, length, used);
 }
 void SSRCorrMsgBaseT::getSatIDs(std::vector<SCalSatID>& /*satellites*/) const {}
 
@@ -282,7 +284,7 @@ void SSRMessageT<Kind>::saveData(unsigned char* buffer, std::uint64_t length, st
 }
 template <class Kind>
 bool SSRMessageT<Kind>::loadData(const unsigned char* buffer, std::uint64_t length, std::uint64_t& used) {
-    return load(*this, entries, buffer, length, used);
+    return load(*this, entries, Kind::kType, buffer, length, used);
 }
 template <class Kind>
 void SSRMessageT<Kind>::getSatIDs(std::vector<SCalSatID>& satellites) const {

@@ -35,6 +35,23 @@ enum eCALSSRCorrectionType : std::uint32_t {
     eCALSSR_NETWORK_GEOMETRY = 18,
 };
 
+/// The first code of the kind that a code stands for; a code that is none stands for itself.
+[[nodiscard]] constexpr eCALSSRCorrectionType getFirstCodeOfKind(eCALSSRCorrectionType type) {
+    switch (type) {
+        case eCALSSR_ORBIT_COMBINED:
+        case eCALSSR_ORBIT_2:
+            return eCALSSR_ORBIT;
+        case eCALSSR_CLOCK_COMBINED:
+            return eCALSSR_CLOCK;
+        case eCALSSR_CODE_BIAS_2:
+            return eCALSSR_CODE_BIAS;
+        case eCALSSR_HIGH_RATE_CLOCK_2:
+            return eCALSSR_HIGH_RATE_CLOCK;
+        default:
+            return type;
+    }
+}
+
 /// A signal of a system, by the number that its corrections carry (RTCM 10403.3, DF380 and its kin: GPS 0 is L1 C/A).
 struct SSRSignalID {
     eCALSATSYSTEM system = eCALSATSYSTEM_NONE;
@@ -47,9 +64,9 @@ struct SSRSignalID {
 ///
 /// Saved form: uint16 version 1, then the members in their order (type uint32, system uint8), then the entries: uint32
 /// count, each entry's members in their order, lists in it as uint32 count and their elements. Loading is refused, with
-/// the message as it was, for a null or short buffer, another version, an epoch or a system that is none, or a count
-/// that the rest of the buffer cannot hold; any other content is taken. `used` becomes the bytes read or written, 0
-/// when it fails.
+/// the message as it was, for a null or short buffer, another version, the type of another kind, an epoch or a system
+/// that is none, or a count that the rest of the buffer cannot hold; any other content is taken. SSRCorrMsgBaseT
+/// itself takes every type. `used` becomes the bytes read or written, 0 when it fails.
 struct HALVEX_EXPORT SSRCorrMsgBaseT {
     eCALSSRCorrectionType type = eCALSSR_NONE;
     eCALSATSYSTEM system = eCALSATSYSTEM_NONE;
