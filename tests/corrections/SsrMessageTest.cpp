@@ -80,9 +80,38 @@ TEST(SsrMessage, ComesBackWholeOrNotAtAll) {
     }
 }
 
+/// Saved form of one entry.
 template <class Message>
-Message golden() {
+Bytes entry(const typename Message::Entry& value) {
     Message message;
+    message.entries = {value};
+    Bytes bytes = saved(message);
+    bytes.erase(bytes.begin(), bytes.begin() + 33);
+    return bytes;
+}
+
+TEST(SsrMessageBytes, Entries) {
+    const SCalSatID sat(eCALSATSYSTEM_GALILEO, 11);
+    EXPECT_EQ(entry<SSROrbitCorrMsgT>({sat, 0x0A0B0C0D, -1, 0x12345678, -2, 1, 2, -3}),
+              hex("030B 0D0C0B0A FFFFFFFF 78563412 FEFFFFFF 01000000 02000000 FDFFFFFF"));
+    EXPECT_EQ(entry<SSRClockCorrMsgT>({sat, 1, -2, 3}), hex("030B 01000000 FEFFFFFF 03000000"));
+    EXPECT_EQ(entry<SSRHighRateClockMsgT>({sat, -2}), hex("030B FEFFFFFF"));
+    EXPECT_EQ(entry<SSRCodeBiasMsgT>({sat, {{1, -2}}}), hex("030B 01000000 01 FEFF"));
+    EXPECT_EQ(entry<SSRURAMsgT>({sat, 0x2A}), hex("030B 2A"));
+    EXPECT_EQ(entry<SSRSignalMsgT>({sat, {eCALSATSYSTEM_GPS, 2}}), hex("030B 01 02"));
+    EXPECT_EQ(entry<QTBaseCoordsMsgT>({{}, 1, 0x0102030405, -2, 3}),
+              hex("0000 01000000 0504030201000000 FEFFFFFFFFFFFFFF 0300000000000000"));
+    EXPECT_EQ(entry<QTVertTropoCorrMsgT>({{}, 1, 2, 3, -4, 5}),
+              hex("0000 01000000 02000000 03000000 FCFFFFFF 05000000"));
+    EXPECT_EQ(entry<QTSlantTropoCorrMsgT>({sat, 1, -2}), hex("030B 01000000 FEFFFFFF"));
+    EXPECT_EQ(entry<QTVertIonoCorrMsgT>({{}, 1, 2, 3, 4, {5, -6}, {7}}),
+              hex("0000 01 02 03 0400 02000000 0500 FAFF 01000000 0700"));
+    EXPECT_EQ(entry<QTSlantIonoCorrMsgT>({sat, 1, -2}), hex("030B 01000000 FEFFFFFF"));
+    EXPECT_EQ(entry<QTNetGeometryCorrMsgT>({sat, 1, 2, -3}), hex("030B 01000000 02000000 FDFFFFFF"));
+}
+
+TEST(SsrMessageBytes, ListsInAList) {
+    SSRPhaseBiasMsgT message;
     message.system = eCALSATSYSTEM_GALILEO;
     message.epoch = kEpoch;
     message.multipleMessage = -2;
@@ -91,19 +120,6 @@ Message golden() {
     message.provider = 0x0102;
     message.solution = 7;
     message.referenceDatum = 1;
-    return message;
-}
-TEST(SsrMessageBytes, Orbit) {
-    auto message = golden<SSROrbitCorrMsgT>();
-    message.type = eCALSSR_ORBIT_2;
-    message.entries = {{{eCALSATSYSTEM_GALILEO, 11}, 0x0A0B0C0D, -1, 0x12345678, -2, 1, 2, -3}, {}};
-    EXPECT_EQ(saved(message), hex(std::string("0100 0F000000") + kCommon +
-                                  "02000000 03 0B 0D0C0B0A FFFFFFFF 78563412 FEFFFFFF 01000000 02000000 FDFFFFFF"
-                                  "00 00 00000000 00000000 00000000 00000000 00000000 00000000 00000000"));
-}
-
-TEST(SsrMessageBytes, ListsInAList) {
-    auto message = golden<SSRPhaseBiasMsgT>();
     message.entries = {{{eCALSATSYSTEM_GALILEO, 1}, 0x0203, -2, {}},
                        {{eCALSATSYSTEM_GALILEO, 2}, 4, 5, {{6, 1, 2, 9, -10}, {7, 0, 3, 8, 11}}}};
     Bytes bytes = saved(message);
