@@ -24,6 +24,7 @@ int runProgram(const std::vector<std::string>& arguments) {
         addVisibilityCommand(app);
         addSimulateCommand(app);
         addMetricsCommand(app);
+        addCorrectionsCommand(app);
         addStatusCommand(app);
         addSystemsCommand(app);
         addNmeaCommand(app);

@@ -5,11 +5,10 @@
 
 #include "halvex/platform/caln/KeplerOrbit.h"
 #include "halvex/platform/caln/SatPosition.h"
+#include "tools/halvex/simulation/SignalPath.h"
 
 namespace halvex::tool {
 namespace {
-
-constexpr double kSpeedOfLight = 299792458.0;  // [m/s]
 
 /// What `of` says of an ephemeris; `otherwise` of any other record.
 template <class Value, class Function>
@@ -87,6 +86,22 @@ double clockOf(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r, double seconds) {
     return r.gammaN * kepler::withinHalfWeek(seconds - r.referenceSeconds) - r.tauN;
 }
 
+unsigned issueOf(const CALN::CALX_SAT_EPHEMERIS& r) {  // GPS and QZSS
+    return r.iodc;
+}
+unsigned issueOf(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r) {
+    return r.iodNav;
+}
+unsigned issueOf(const CALN::CALX_SAT_EPHEMERIS_BEIDOU& r) {
+    return r.iode;
+}
+unsigned issueOf(const CALN::CALX_SAT_EPHEMERIS_NAVIC& r) {
+    return r.iodec;
+}
+unsigned issueOf(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r) {
+    return r.tb;
+}
+
 }  // namespace
 
 CALN::SCalSatID satelliteOf(const rinex::NavigationRecord& record) {
@@ -100,6 +115,11 @@ SMjdTime referenceTimeOf(const rinex::NavigationRecord& record) {
 int glonassChannelOf(const rinex::NavigationRecord& record) {
     const auto* glonass = std::get_if<CALN::CALX_SAT_EPHEMERIS_GLONASS>(&record);
     return glonass != nullptr ? glonass->frequencyNumber : 0;
+}
+
+std::uint8_t issueOfDataOf(const rinex::NavigationRecord& record) {
+    return ofEphemeris(record, std::uint8_t{0},
+                       [](const auto& r) { return static_cast<std::uint8_t>(issueOf(r) & 0xFFU); });
 }
 
 bool broadcastPosition(const rinex::NavigationRecord& record, double gpsSeconds, ORBIT_COORD& position) {

@@ -15,6 +15,10 @@ namespace halvex::tool {
 /// The FDMA channel of a GLONASS satellite; 0 for all others.
 [[nodiscard]] int glonassChannelOf(const rinex::NavigationRecord& record);
 
+/// Issue of data in eight bits, as correction messages name an ephemeris: of GPS and QZSS the IODE, of Galileo the low
+/// bits of IODnav, of GLONASS t_b.
+[[nodiscard]] std::uint8_t issueOfDataOf(const rinex::NavigationRecord& record);
+
 /// Earth-fixed position at a GPS second of the week [m]; false when the elements are no orbit.
 [[nodiscard]] bool broadcastPosition(const rinex::NavigationRecord& record, double gpsSeconds, ORBIT_COORD& position);
 

@@ -4,18 +4,16 @@
 #include <numbers>
 
 #include "formats/rinex/ObservationWriter.h"
-#include "halvex/platform/caln/KeplerOrbit.h"
 #include "tools/halvex/simulation/Atmosphere.h"
 #include "tools/halvex/simulation/BroadcastOrbit.h"
 #include "tools/halvex/simulation/MixedBits.h"
+#include "tools/halvex/simulation/SignalPath.h"
 
 namespace halvex::tool {
 namespace {
 
-constexpr double kSpeedOfLight = 299792458.0;  // [m/s]
 constexpr double kMask = 10.0 * std::numbers::pi / 180.0;
 constexpr double kSlipsPerSignal = 1.0 / 2000.0;  // per epoch
-constexpr double kUsualTravelTime = 0.075;        // [s]
 
 double toMillis(double value) {
     return std::nearbyint(value * 1000.0) / 1000.0;
@@ -46,24 +44,10 @@ double Simulation::noise(const CALN::SCalSatID& id, unsigned slot, unsigned kind
 }
 
 Simulation::Sight Simulation::sight(const rinex::NavigationRecord& ephemeris, double gpsSeconds) const {
-    ORBIT_COORD place, turned;
-    double distance = kSpeedOfLight * kUsualTravelTime;
-    // A satellite moves along the line of sight by some 3e-6 of the light's way: the second round is good to 0.1 mm,
-    // the third to what a double holds.
-    for (int round = 0; round < 3; ++round) {
-        const double travel = distance / kSpeedOfLight;
-        if (!broadcastPosition(ephemeris, gpsSeconds - travel, place)) return {};  // no satellite, below every mask
-        const double angle = kepler::kGps.earthRate * travel;
-        const double sine = std::sin(angle);
-        const double cosine = std::cos(angle);
-        turned = {cosine * place.x + sine * place.y, cosine * place.y - sine * place.x, place.z};
-        const ORBIT_COORD& site = m_settings.position;
-        const double dx = turned.x - site.x, dy = turned.y - site.y, dz = turned.z - site.z;
-        distance = std::sqrt(dx * dx + dy * dy + dz * dz);
-    }
-    const auto [elevation, azimuth] = m_frame.directionTo(turned);
-    Sight sight{distance - kSpeedOfLight * broadcastClock(ephemeris, gpsSeconds - distance / kSpeedOfLight), 0.0,
-                elevation};
+    const std::optional<SignalPath> path = signalPath(ephemeris, gpsSeconds, m_settings.position);
+    if (!path) return {};  // no satellite, below every mask
+    const auto [elevation, azimuth] = m_frame.directionTo(path->from);
+    Sight sight{path->range, 0.0, elevation};
     if (m_settings.atmosphere) {
         sight.range += troposphereDelay(m_geographic, elevation);
         sight.ionosphere = klobucharDelay(kSimulatedIonosphere, m_geographic, elevation, azimuth, gpsSeconds);

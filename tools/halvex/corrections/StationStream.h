@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "formats/rinex/EpochBuilder.h"
+#include "formats/rinex/ObservationReader.h"
+#include "halvex/platform/caln/Coordinates.h"
+
+namespace halvex::tool {
+
+/// A station's epochs out of an observation file, one after another. Failure when the file cannot be read or has no
+/// position.
+class StationStream {
+public:
+    StationStream(const std::string& file, std::int32_t siteNumber, bool keepGoing);
+
+    /// The epoch that is next, null behind the last one.
+    [[nodiscard]] const CHalvexStationObservation* epoch() const { return m_there ? &m_station : nullptr; }
+    [[nodiscard]] const SMjdTime& time() const { return m_time; }  ///< of it, GPS time
+    void advance();
+
+    [[nodiscard]] const std::string& name() const { return m_name; }
+    [[nodiscard]] const ORBIT_COORD& position() const { return m_position; }
+
+private:
+    rinex::ObservationReader m_reader;
+    std::optional<rinex::EpochBuilder> m_builder;
+    rinex::ObservationEpoch m_epoch;
+    CHalvexStationObservation m_station;
+    SMjdTime m_time;
+    std::string m_name;
+    ORBIT_COORD m_position;
+    std::int32_t m_siteNumber;
+    std::uint32_t m_headerChanges = 0;
+    bool m_keepGoing;
+    bool m_there = false;
+};
+
+}  // namespace halvex::tool
