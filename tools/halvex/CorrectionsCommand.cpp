@@ -23,6 +23,7 @@ struct Options {
     std::string master;
     std::vector<std::string> auxiliaries;
     std::vector<std::string> navigation;
+    std::vector<std::string> positions;
     std::string rtcm;
     std::int32_t interval = 1;
     double mask = 10.0;  // [deg]
@@ -143,10 +144,10 @@ public:
         : m_options(options),
           m_orbits(options.navigation, options.keepGoing),
           m_sink(options, options.auxiliaries.size()) {
-        m_streams.push_back(std::make_unique<StationStream>(options.master, 1, options.keepGoing));
+        addStream(options.master);
         for (const std::string& file : options.auxiliaries) {
-            const auto number = static_cast<std::uint16_t>(m_streams.size() + 1);
-            m_streams.push_back(std::make_unique<StationStream>(file, number, options.keepGoing));
+            addStream(file);
+            const auto number = static_cast<std::uint16_t>(m_streams.size());
             m_collection.AddRtkAux(siteId(number), CRtkAux(0, 1, number));
         }
         m_levels.resize(m_streams.size());
@@ -180,6 +181,27 @@ public:
     }
 
 private:
+    void addStream(const std::string& file) {
+        const std::size_t number = m_streams.size() + 1;
+        std::optional<ORBIT_COORD> position;
+        if (!m_options.positions.empty()) {
+            const CGeoCoord given = parseSite(m_options.positions[number - 1]).position;
+            position = toCartesian({given.GetLatitude(), given.GetLongitude(), given.GetHeight()});
+        }
+        m_streams.push_back(
+            std::make_unique<StationStream>(file, static_cast<std::int32_t>(number), m_options.keepGoing, position));
+    }
+
+    /// Positions that are not good to some metres make the differences drift with the satellites.
+    static void checkPosition(const StationStream& stream, const StationResiduals& residuals) {
+        constexpr double kPlausible = 20.0;  // [m]
+        if (residuals.codeSpread <= kPlausible) return;
+        throw Failure(
+            fmt::format("{}: the pseudoranges miss its position by some {:.0f} m; give a better one with "
+                        "--position",
+                        stream.name(), residuals.codeSpread));
+    }
+
     [[nodiscard]] std::optional<SMjdTime> nextTime() const {
         std::optional<SMjdTime> earliest;
         for (const auto& stream : m_streams) {
@@ -196,6 +218,7 @@ private:
             StationStream& stream = *m_streams[i];
             if (stream.epoch() == nullptr || stream.time() != t) continue;
             const StationResiduals residuals = residualsOf(*stream.epoch(), t, stream.position(), m_orbits, mask);
+            checkPosition(stream, residuals);
             auto result = boost::make_shared<CHalvexZ9StationCorrection>();
             if (i == 0) {
                 *result = m_levels[0].master(residuals);
@@ -295,6 +318,9 @@ void addCorrectionsCommand(CLI::App& app) {
     command->add_option("--aux", options->auxiliaries, "those of the auxiliary stations, one after another")
         ->required();
     command->add_option("--nav", options->navigation, "navigation files")->required();
+    command->add_option("--position", options->positions,
+                        "positions of the master and the auxiliary stations, in their order, each LAT,LON,H or X,Y,Z "
+                        "[from the headers]");
     command->add_option("--rtcm", options->rtcm, "file for RTCM 3 frames: 1014, 1017, 1039");
     command->add_option("--interval", options->interval, "output interval [s]")
         ->check(CLI::Range(1, 3600))
@@ -307,6 +333,9 @@ void addCorrectionsCommand(CLI::App& app) {
     command->callback([options] {
         constexpr std::size_t kMost = 4094;  // station numbers of RTCM, the master's taken off
         if (options->auxiliaries.size() > kMost) throw Failure("--aux: too many stations", Failure::kWrongUsage);
+        if (!options->positions.empty() && options->positions.size() != options->auxiliaries.size() + 1) {
+            throw Failure("--position: one for each station, the master first", Failure::kWrongUsage);
+        }
         Run(*options).run();
     });
 }

@@ -13,7 +13,7 @@ namespace halvex::tool {
 namespace {
 
 constexpr double kFixedWithin = 0.25;   // [cycle]
-constexpr double kSlippedBeyond = 0.5;  // [cycle]
+constexpr double kSlippedBeyond = 0.5;  // from one epoch to the next [cycle]
 
 double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -76,6 +76,8 @@ StationResiduals residualsOf(const CHalvexStationObservation& station, const SMj
     StationResiduals residuals;
     if (clocks.empty()) return residuals;
     const double clock = median(clocks);
+    for (double& each : clocks) each = std::abs(each - clock);
+    residuals.codeSpread = median(clocks);
 
     for (const Seen& each : seen) {
         const auto path = signalPath(*each.ephemeris, seconds - clock / kSpeedOfLight, position);
@@ -192,7 +194,8 @@ void Levelling::levelCarrier(CALN::eCALSATSYSTEM system, unsigned slot, const St
     }
     for (const Difference& each : differences) {
         const double wavelength = each.signal->wavelength;
-        const bool slipped = each.level->set && std::abs(each.levelled() - common) > kSlippedBeyond * wavelength;
+        const bool slipped =
+            each.level->set && std::abs(each.levelled() - common - each.level->deviation) > kSlippedBeyond * wavelength;
         if (slipped) ++m_slips;
         if (!each.level->set || slipped) {
             each.level->set = true;
@@ -200,7 +203,8 @@ void Levelling::levelCarrier(CALN::eCALSATSYSTEM system, unsigned slot, const St
             ++each.level->begun;
             each.level->masterBegun = each.master->begun;
         }
-        const bool fixed = std::abs(each.levelled() - common) <= kFixedWithin * wavelength;
+        each.level->deviation = each.levelled() - common;
+        const bool fixed = std::abs(each.level->deviation) <= kFixedWithin * wavelength;
         fill(entryOf(result, each.id, each.satellite->issueOfData, slot), *each.signal,
              each.signal->phaseMetres - each.level->cycles * wavelength - common, fixed);
     }

@@ -27,6 +27,7 @@ struct StationResiduals {
         std::array<Signal, kFrequencySlots> signals;
     };
     std::map<CALN::SCalSatID, Satellite> satellites;
+    double codeSpread = 0.0;  ///< median of what is left of the pseudoranges, without signs [m]
 };
 
 /// Residuals of an epoch for the satellites above `mask` [rad] that have an ephemeris.
@@ -56,6 +57,7 @@ private:
     struct Level {
         bool set = false;
         double cycles = 0.0;
+        double deviation = 0.0;         ///< from what all have in common, at the last epoch [m]
         std::uint64_t begun = 0;        ///< counts the times that it was set
         std::uint64_t masterBegun = 0;  ///< of the master's level that it belongs to
     };

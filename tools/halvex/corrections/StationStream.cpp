@@ -7,12 +7,18 @@
 
 namespace halvex::tool {
 
-StationStream::StationStream(const std::string& file, std::int32_t siteNumber, bool keepGoing)
+StationStream::StationStream(const std::string& file, std::int32_t siteNumber, bool keepGoing,
+                             const std::optional<ORBIT_COORD>& position)
     : m_siteNumber(siteNumber), m_keepGoing(keepGoing) {
     if (!m_reader.open(file)) throw Failure(m_reader.error());
     const rinex::ObservationHeader& header = m_reader.header();
-    if (!header.position) throw Failure(file + ": the header has no position (APPROX POSITION XYZ)");
-    m_position = {(*header.position)[0], (*header.position)[1], (*header.position)[2]};
+    if (position) {
+        m_position = *position;
+    } else if (header.position) {
+        m_position = {(*header.position)[0], (*header.position)[1], (*header.position)[2]};
+    } else {
+        throw Failure(file + ": the header has no position (APPROX POSITION XYZ); give it with --position");
+    }
     m_name = header.markerName.empty() ? file : header.markerName;
     for (const auto& [satellite, channel] : header.glonassChannels) CALN::setGlonassChannel(satellite, channel);
     m_builder.emplace(header);

@@ -9,11 +9,12 @@
 
 namespace halvex::tool {
 
-/// A station's epochs out of an observation file, one after another. Failure when the file cannot be read or has no
-/// position.
+/// A station's epochs out of an observation file, one after another. Failure when the file cannot be read, or has no
+/// position and none is given.
 class StationStream {
 public:
-    StationStream(const std::string& file, std::int32_t siteNumber, bool keepGoing);
+    StationStream(const std::string& file, std::int32_t siteNumber, bool keepGoing,
+                  const std::optional<ORBIT_COORD>& position);
 
     /// The epoch that is next, null behind the last one.
     [[nodiscard]] const CHalvexStationObservation* epoch() const { return m_there ? &m_station : nullptr; }
