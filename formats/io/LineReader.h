@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "formats/io/ByteInput.h"
 #include "formats/io/FormatError.h"
 
 namespace halvex {
@@ -26,6 +27,8 @@ public:
 
     /// False, with error(), when the file cannot be opened or is a folder.
     [[nodiscard]] bool open(const std::string& name);
+    /// The same for an input that is open already.
+    void open(ByteInput input);
     /// The same for a file that is already in memory, plain or compressed; `name` stands in error messages.
     void openBytes(std::string name, std::string bytes);
     /// The next line without its end; valid until the next call. Empty at the end of the input and after an error:
