@@ -329,13 +329,15 @@ bool readGlonass(BitReader& in, const TimeReference& reference, Ephemeris& ephem
     // With day and four-year interval the message has its whole date; tb may lie on the next day.
     SMjdTime near = reference.time.IsSet() ? reference.time : reference.latest;
     near.SubtractSeconds(rinex::gpsMinusUtc(near));
+    const SMjdTime known = near;
     constexpr unsigned kLastDay = 1461;
     if (additional && fourYears != 0 && day != 0 && day <= kLastDay) {
         constexpr int kFirstYear = 1996;
         near = SMjdTime(kFirstYear + 4 * (static_cast<int>(fourYears) - 1), 1, 1, 0, 0, 0.0);
         near.AddDays(static_cast<int>(day) - 1);
         near.AddSeconds(r.frameTime - 3 * 3600.0);
-        ephemeris.tellsTime = r.isHealthy();
+        // Some receivers leave the interval as it was years ago.
+        if (reference.time.IsSet() && std::fabs(near.GetDifferenceInSeconds(known)) > kWeek / 2) near = known;
     }
     constexpr double kStep = 900.0;
     const SMjdTime utc = nearestMoscowSecond(tb * kStep, near);

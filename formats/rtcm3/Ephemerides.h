@@ -20,8 +20,8 @@ struct Ephemeris {
     CALN::SCalSatID satellite;
     rinex::MessageKind kind = rinex::MessageKind::lnav;
     /// The messages around this one are of about its reference time: the satellite is healthy, and there is no doubt
-    /// about week or day. A GLONASS orbit without its date leaves the day open, a toe in the first two hours of a week
-    /// the week, since the week that is sent is that of the sending.
+    /// about the week. A toe in the first two hours of a week leaves it open, since the week that is sent is that of
+    /// the sending; of GLONASS not every receiver knows the date.
     bool tellsTime = false;
     SMjdTime referenceTime;  ///< on the GPS scale
 };

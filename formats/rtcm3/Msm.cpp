@@ -59,6 +59,12 @@ bool readTime(BitReader& in, ObservationMessage& message) {
     }
     message.scale = message.system == CALN::eCALSATSYSTEM_BEIDOU ? EpochScale::beidouWeek : EpochScale::gpsWeek;
     message.milliseconds = in.number(30);
+    // Receivers that subtract BeiDou's 14 s from the time of the GPS week send the week's first ones as negative.
+    constexpr std::int64_t kTurn = std::int64_t{1} << 30;
+    constexpr std::int64_t kBehindGps = 14000;
+    if (message.scale == EpochScale::beidouWeek && message.milliseconds >= kTurn - kBehindGps) {
+        message.milliseconds -= kTurn;
+    }
     return message.milliseconds < 7 * kMillisecondsPerDay;
 }
 

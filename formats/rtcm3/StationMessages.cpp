@@ -2,6 +2,7 @@
 
 #include "formats/rinex/TimeSystems.h"
 #include "formats/rtcm3/BitReader.h"
+#include "halvex/platform/caln/Coordinates.h"
 
 namespace halvex::rtcm3 {
 namespace {
@@ -69,6 +70,13 @@ void describe(const StationDescription& description, rinex::ObservationHeader& h
     header.position = description.position;
     header.antennaDelta.reset();
     if (description.antennaHeight) header.antennaDelta = {*description.antennaHeight, 0.0, 0.0};
+    if (description.position && description.antennaHeight) {
+        const auto& [x, y, z] = *description.position;
+        ORBIT_GEOGRAPHIC marker = toGeographic({x, y, z});
+        marker.height -= *description.antennaHeight;
+        const ORBIT_COORD position = toCartesian(marker);
+        header.position = {position.x, position.y, position.z};
+    }
     header.antennaType = description.antennaType;
     header.antennaNumber = description.antennaNumber;
     header.receiverType = description.receiverType;

@@ -27,9 +27,8 @@ struct StationDescription {
 [[nodiscard]] std::optional<unsigned> stationOf(const Frame& frame);
 [[nodiscard]] bool readStationMessage(const Frame& frame, StationDescription& description);
 
-/// Puts it where the header of an observation file has it. The position of a header is the marker's and stands below
-/// the antenna: the height goes into the antenna's offset, and the position is the reference point's, which differs
-/// from the marker's by that height alone.
+/// Puts it where the header of an observation file has it. The header's position is the marker's, below the antenna
+/// reference point by the antenna's height.
 void describe(const StationDescription& description, rinex::ObservationHeader& header);
 
 /// GPS time of 1013 and 1029, which carry date and time in UTC; empty for any other and for one cut off.

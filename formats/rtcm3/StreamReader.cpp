@@ -84,7 +84,6 @@ bool StreamReader::takeFrame(const Frame& frame, bool& gotEphemeris) {
     if (isEphemeris(frame.number)) {
         takeEphemeris(frame, gotEphemeris);
     } else if (hasObservations(frame.number)) {
-        if (m_ephemeridesOnly) return false;
         if (readMsm(frame, m_message) || readLegacyObservations(frame, m_message)) return takeObservations();
         ++m_losses.badMessages;
     } else if (isStationMessage(frame.number)) {
@@ -140,6 +139,11 @@ bool StreamReader::takeObservations() {
         return false;
     }
     if (m_keepToFirst) m_wanted = m_message.station;
+    if (m_ephemeridesOnly) {
+        m_reference.time = *time;
+        m_reference.isEpoch = true;
+        return false;
+    }
     if (m_open && (*time != m_time || m_station != m_message.station)) {
         m_waiting = true;
         return true;
@@ -160,6 +164,8 @@ void StreamReader::beginStation(unsigned station) {
     for (auto& system : m_tracks) {
         for (auto& tracks : system) tracks.clear();
     }
+    m_header.markerNumber = std::to_string(station);
+    m_header.markerNumber.insert(0, 4 - m_header.markerNumber.size(), '0');
     describe(m_descriptions[station], m_header);
     ++m_headerChanges;
 }
@@ -272,13 +278,18 @@ void StreamReader::give(rinex::ObservationEpoch& epoch) {
     m_cells.clear();
 }
 
-std::optional<SMjdTime> findTime(const std::string& name, const SMjdTime& latest) {
+std::optional<TimeReference> findTime(const std::string& name, const SMjdTime& latest) {
+    constexpr std::uint64_t kEnough = std::uint64_t{1} << 20;
     StreamReader reader(latest);
     if (!reader.open(name)) return std::nullopt;
     rinex::ObservationEpoch epoch;
-    while (!reader.time().IsSet() && reader.next(epoch) != StreamReader::Result::end) {
+    const auto goOn = [&] {
+        const TimeReference& found = reader.reference();
+        return !found.isEpoch && (!found.time.IsSet() || reader.offset() < kEnough);
+    };
+    while (goOn() && reader.next(epoch) != StreamReader::Result::end) {
     }
-    return reader.time().IsSet() ? std::optional(reader.time()) : std::nullopt;
+    return reader.reference().time.IsSet() ? std::optional(reader.reference()) : std::nullopt;
 }
 
 }  // namespace halvex::rtcm3

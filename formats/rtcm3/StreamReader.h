@@ -57,10 +57,12 @@ public:
     /// An approximate GPS time of the stream's first messages: within half a week, and within half a day where the
     /// first are GLONASS messages without a day of week.
     void setTime(const SMjdTime& time) { m_reference.time = time; }
+    /// What findTime found.
+    void setTime(const TimeReference& reference) { m_reference = reference; }
     /// Keeps to the observations of one station, or of the first that is met.
     void setStation(unsigned station) { m_wanted = station; }
     void keepToFirstStation() { m_keepToFirst = true; }
-    /// Passes over observations, whole.
+    /// Gives no epochs.
     void setEphemeridesOnly() { m_ephemeridesOnly = true; }
 
     /// Opens a file, plain or gzip-compressed, or standard input ("-"). False with error().
@@ -72,7 +74,8 @@ public:
     /// The ephemeris read last, and the frame that it came in.
     [[nodiscard]] const Ephemeris& ephemeris() const { return m_ephemeris; }
     [[nodiscard]] std::uint64_t offset() const { return m_offset; }
-    /// Columns of the signals met so far, and what the stream said about the epoch's station.
+    /// Columns of the signals met so far, and what the stream said about the epoch's station, whose four-digit number
+    /// is the marker's.
     [[nodiscard]] const rinex::ObservationHeader& header() const { return m_header; }
     /// Counts up whenever header() has changed.
     [[nodiscard]] std::uint32_t headerChanges() const { return m_headerChanges; }
@@ -80,8 +83,8 @@ public:
     [[nodiscard]] std::optional<unsigned> station() const { return m_station; }
     /// All stations of the observations and station messages met so far.
     [[nodiscard]] const std::set<unsigned>& stations() const { return m_stations; }
-    /// The reference time as it stands; unset: unknown.
-    [[nodiscard]] const SMjdTime& time() const { return m_reference.time; }
+    /// The reference time as it stands.
+    [[nodiscard]] const TimeReference& reference() const { return m_reference; }
     [[nodiscard]] const FrameReader& frames() const { return m_frames; }
     [[nodiscard]] const StreamLosses& losses() const { return m_losses; }
     [[nodiscard]] const std::optional<FormatError>& error() const { return m_frames.error(); }
@@ -144,7 +147,8 @@ private:
     std::array<std::array<std::vector<Track>, kNumbers>, CALN::kSystemSlots> m_tracks;
 };
 
-/// Reads a file from its beginning until something tells the date; empty when nothing does.
-[[nodiscard]] std::optional<SMjdTime> findTime(const std::string& name, const SMjdTime& latest);
+/// Reads a file from its beginning until it has an epoch with a date, or has gone on for a megabyte with a date and no
+/// epoch. Empty when nothing tells the date.
+[[nodiscard]] std::optional<TimeReference> findTime(const std::string& name, const SMjdTime& latest);
 
 }  // namespace halvex::rtcm3

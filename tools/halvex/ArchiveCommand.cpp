@@ -10,6 +10,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/streams/Streams.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
@@ -24,12 +25,16 @@ struct Options {
     bool keepGoing = false;
     bool json = false;
     bool async = false;
+    std::string streamTime;
+    int streamStation = -1;
 };
 
 /// Archives files one after another and tells what became of them.
 class Archiver {
 public:
-    explicit Archiver(const Options& options) : m_options(options) {}
+    explicit Archiver(const Options& options) : m_options(options) {
+        if (!options.streamTime.empty()) m_streamTime = parseTime(options.streamTime);
+    }
 
     void run() {
         static_cast<void>(stationName(m_options.site, "", ""));  // a wrong site code before anything is made
@@ -69,11 +74,20 @@ private:
         std::string file;
         rinex::LossCounts losses;
         std::uint64_t events = 0;
+        std::optional<StreamCounts> stream;
     };
 
     void archive(const std::string& input) {
+        ByteInput bytes;
+        if (!bytes.open(input)) throw Failure(bytes.error().value_or(FormatError{input, 0, "cannot be opened"}));
+        if (rtcm3::isStream(bytes)) {
+            archiveStream(std::move(bytes));
+            return;
+        }
+        LineReader lines;
+        lines.open(std::move(bytes));
         rinex::ObservationReader reader;
-        if (!reader.open(input)) throw Failure(reader.error());
+        if (!reader.open(std::move(lines))) throw Failure(reader.error());
         rinex::EpochBuilder builder(reader.header());
         const StationName station = stationName(m_options.site, input, reader.header().markerName);
         InputReport& report = m_inputs.emplace_back();
@@ -85,6 +99,40 @@ private:
             throw;
         }
         report.losses = builder.losses();
+    }
+
+    void archiveStream(ByteInput input) {
+        const std::string name = input.name();
+        rtcm3::StreamReader reader = datedReader(name, m_streamTime);
+        if (m_options.streamStation >= 0) {
+            reader.setStation(static_cast<unsigned>(m_options.streamStation));
+        } else {
+            reader.keepToFirstStation();
+        }
+        reader.open(std::move(input));
+        rinex::EpochBuilder builder(reader.header());
+        rinex::ObservationEpoch epoch;
+        CHalvexStationObservation record;
+        std::uint32_t headerChanges = 0;
+        std::uint64_t epochs = 0;
+        Progress progress("archiving " + std::filesystem::path(name).filename().string());
+        using Result = rtcm3::StreamReader::Result;
+        for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
+            if (result != Result::epoch) continue;
+            ++epochs;
+            leaveOutDisabled(epoch);
+            if (reader.headerChanges() != headerChanges) {
+                headerChanges = reader.headerChanges();
+                builder.setHeader(reader.header());
+            }
+            if (builder.build(epoch, m_options.siteNumber, record)) {
+                add(record, stationName(m_options.site, name, reader.header().markerNumber), reader.header(), builder);
+            }
+            progress.update(reader.frames().input().bytesRead(), reader.frames().input().fileSize());
+        }
+        m_inputs.push_back({name, builder.losses(), 0, countsOf(reader)});
+        if (reader.error()) throw Failure(*reader.error());
+        if (epochs == 0 && reader.losses().undatedMessages != 0) throw undated(name);
     }
 
     void readAll(rinex::ObservationReader& reader, rinex::EpochBuilder& builder, const StationName& station,
@@ -155,18 +203,20 @@ private:
         std::cout.flush();
     }
 
-    static std::vector<std::pair<std::string, std::uint64_t>> otherLosses(const InputReport& input) {
+    static StreamCounts otherLosses(const InputReport& input) {
         const rinex::LossCounts& losses = input.losses;
-        return {{"Doppler values rounded to a float", losses.roundedDoppler},
-                {"C/N0 values rounded to a float", losses.roundedCno},
-                {"epochs rounded to the millisecond", losses.roundedEpochs},
-                {"signal strength digits of phases without C/N0", losses.signalStrengthDigits},
-                {"loss-of-lock bits without a flag", losses.lossOfLockBits},
-                {"satellites twice in an epoch", losses.repeatedSatellites},
-                {"cycle-slip epochs", losses.cycleSlipEpochs},
-                {"epochs outside the weeks of GPS time", losses.unstampedEpochs},
-                {"power failures, kept as loss of lock", losses.powerFailures},
-                {"events", input.events}};
+        StreamCounts list{{"Doppler values rounded to a float", losses.roundedDoppler},
+                          {"C/N0 values rounded to a float", losses.roundedCno},
+                          {"epochs rounded to the millisecond", losses.roundedEpochs},
+                          {"signal strength digits of phases without C/N0", losses.signalStrengthDigits},
+                          {"loss-of-lock bits without a flag", losses.lossOfLockBits},
+                          {"satellites twice in an epoch", losses.repeatedSatellites},
+                          {"cycle-slip epochs", losses.cycleSlipEpochs},
+                          {"epochs outside the weeks of GPS time", losses.unstampedEpochs},
+                          {"power failures, kept as loss of lock", losses.powerFailures},
+                          {"events", input.events}};
+        if (input.stream) list.insert(list.end(), input.stream->begin(), input.stream->end());
+        return list;
     }
 
     static void reportInput(const InputReport& input) {
@@ -205,6 +255,7 @@ private:
     }
 
     const Options& m_options;
+    SMjdTime m_streamTime;
     EpochClock m_clock;
     CDecoupledFileWriteHandle m_handle;
     CDecoupledFileWrite* m_asynchronous = m_options.async ? m_handle.GetRealPointer() : nullptr;
@@ -220,10 +271,12 @@ private:
 
 void addArchiveCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        addSatelliteCommand(app, "archive", "archive RINEX observation files as indexed sets, one for each span",
-                            "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
-    command->add_option("OBS", options->inputs, "RINEX observation files, plain or gzip, - for standard input")
+    CLI::App* command = addSatelliteCommand(
+        app, "archive", "archive RINEX observation files and RTCM 3 streams as indexed sets, one for each span",
+        "halvex archive ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --out archive --span hourly");
+    command
+        ->add_option("OBS", options->inputs,
+                     "RINEX observation files or RTCM 3 streams, plain or gzip, - for standard input")
         ->required();
     command->add_option("--out", options->out, "folder of the sets, made when missing")->required();
     command->add_option("--site", options->site, "site code, 4 characters or 9 as ESBC00DNK [from the file]");
@@ -234,6 +287,10 @@ void addArchiveCommand(CLI::App& app) {
             {"hourly", Span::hourly}, {"daily", Span::daily}, {"subhourly", Span::subhourly}}))
         ->default_str("daily")
         ->option_text("daily|hourly|subhourly [daily]");
+    command->add_option("--rtcm-time", options->streamTime,
+                        "about when an RTCM 3 stream begins, within half a week [from the stream]");
+    command->add_option("--rtcm-station", options->streamStation, "the stream's station to archive [the first]")
+        ->check(CLI::Range(0, 4095));
     command->add_flag("--keep-going", options->keepGoing, "pass over bad epochs and files, and say how many");
     command->add_flag("--async", options->async,
                       "write on a thread of its own, so that reading never waits for the disk");

@@ -14,6 +14,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/streams/Streams.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
@@ -175,9 +176,12 @@ void describe(Summary& summary, const rinex::ObservationHeader& header) {
 }
 
 /// Both return what is wrong behind the good part; empty when all is well.
-std::string readRinex(const std::string& name, Summary& summary) {
+std::string readRinex(ByteInput input, Summary& summary) {
+    const std::string name = input.name();
+    LineReader lines;
+    lines.open(std::move(input));
     rinex::ObservationReader reader;
-    if (!reader.open(name)) throw Failure(reader.error());
+    if (!reader.open(std::move(lines))) throw Failure(reader.error());
     summary.kind = fmt::format("RINEX {:.2f} observations", reader.header().version);
     describe(summary, reader.header());
     Progress progress("reading " + name);
@@ -255,14 +259,23 @@ void addInfoCommand(CLI::App& app) {
     };
     auto options = std::make_shared<Options>();
     CLI::App* command = addSatelliteCommand(
-        app, "info", "what is in indexed sets and RINEX observation files",
+        app, "info", "what is in indexed sets, RINEX observation files and RTCM 3 streams",
         "halvex info archive/ESBC00DNK_R_20201770000_01D_30S_MO ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz");
-    command->add_option("FILE", options->files, "indexed sets (base name, or any file of the set), RINEX files")
+    command
+        ->add_option("FILE", options->files,
+                     "indexed sets (base name, or any file of the set), RINEX files, RTCM 3 streams")
         ->required();
     command->add_flag("--json", options->json, "as JSON, an object for each file in an array");
     command->callback([options] {
         Json all = Json::array();
         std::string wrong;
+        const auto print = [&](const auto& found) {
+            if (options->json) {
+                all.push_back(found.json());
+            } else {
+                std::cout << found.text();
+            }
+        };
         for (const std::string& file : options->files) {
             Summary summary;
             const std::string base = setBase(file);
@@ -270,17 +283,23 @@ void addInfoCommand(CLI::App& app) {
             const bool isSet = std::filesystem::exists(base + "t", ignored);
             summary.file = isSet ? base : file;
             try {
-                const std::string fault = isSet ? readSet(base, summary) : readRinex(file, summary);
+                ByteInput input;
+                if (!isSet && !input.open(file)) {
+                    throw Failure(input.error().value_or(FormatError{file, 0, "cannot be opened"}));
+                }
+                if (!isSet && rtcm3::isStream(input)) {
+                    const StreamSummary stream(std::move(input));
+                    if (wrong.empty()) wrong = stream.fault();
+                    print(stream);
+                    continue;
+                }
+                const std::string fault = isSet ? readSet(base, summary) : readRinex(std::move(input), summary);
                 if (wrong.empty()) wrong = fault;
             } catch (const Failure& failure) {
                 if (wrong.empty()) wrong = failure.what();
                 continue;
             }
-            if (options->json) {
-                all.push_back(summary.json());
-            } else {
-                std::cout << summary.text();
-            }
+            print(summary);
         }
         if (options->json) std::cout << all.dump() << "\n";
         if (!wrong.empty()) throw Failure(wrong);

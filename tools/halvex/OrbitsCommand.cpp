@@ -252,7 +252,8 @@ void addOrbitsCommand(CLI::App& app) {
         addSatelliteCommand(app, "orbits", "satellite positions, and how they compare with precise orbits",
                             "halvex orbits BRDC00IGS_R_20220010000_01D_MN.rnx.gz --compare "
                             "COD0MGXFIN_20220010000_01D_05M_ORB.SP3.gz");
-    command->add_option("NAV", options->files, "RINEX navigation files, YUMA and SEM almanacs")->required();
+    command->add_option("NAV", options->files, "RINEX navigation files, RTCM 3 streams, YUMA and SEM almanacs")
+        ->required();
     auto* compareOption =
         command->add_option("--compare", options->compare, "SP3 file: differences for each satellite and system");
     command->add_option("--at", options->at, "time of the positions; without, that of the first ephemeris")

@@ -6,6 +6,7 @@
 
 #include "formats/almanac/AlmanacReader.h"
 #include "formats/rinex/SatelliteName.h"
+#include "formats/rtcm3/StreamReader.h"
 #include "halvex/orbits/HalvexAlmanac.h"
 #include "halvex/orbits/HalvexEphemeris.h"
 #include "halvex/orbits/HalvexEphemerisBDS.h"
@@ -15,12 +16,14 @@
 #include "halvex/orbits/HalvexEphemerisQZSS.h"
 #include "halvex/time/SatelliteTime.h"
 #include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/streams/Streams.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
 namespace {
 
 constexpr unsigned kOrbitsPerSatellite = 1024;  // a week of the most frequent ones
+constexpr double kDaysAhead = 28.0;             // of `when` that the orbits of a stream may be
 constexpr double kLargestDifference = 0.01;     // of one issue's positions [m]: rounding of printed numbers
 
 /// Fills a library class from a record; false when it has no place for it.
@@ -43,11 +46,11 @@ bool hasPlace(const CALN::SCalSatID& id) {
 }
 
 /// A file of navigation records begins with a header line of RINEX; almanacs have none.
-bool isRinex(const std::string& file) {
-    LineReader lines;
-    if (!lines.open(file)) throw Failure(lines.error().value_or(FormatError{file, 0, "cannot be opened"}));
+bool isRinex(LineReader& lines) {
     const auto line = lines.next();
-    return line && line->find("RINEX VERSION / TYPE") != std::string_view::npos;
+    const bool rinex = line && line->find("RINEX VERSION / TYPE") != std::string_view::npos;
+    lines.putBack();
+    return rinex;
 }
 
 }  // namespace
@@ -69,10 +72,18 @@ void OrbitFiles::fault(const std::string& text) {
 void OrbitFiles::read(const std::vector<std::string>& files) {
     for (const std::string& file : files) {
         try {
-            if (isRinex(file)) {
-                readNavigation(file);
+            ByteInput input;
+            if (!input.open(file)) throw Failure(input.error().value_or(FormatError{file, 0, "cannot be opened"}));
+            if (rtcm3::isStream(input)) {
+                readStream(std::move(input));
+                continue;
+            }
+            LineReader lines;
+            lines.open(std::move(input));
+            if (isRinex(lines)) {
+                readNavigation(std::move(lines));
             } else {
-                readAlmanac(file);
+                readAlmanac(std::move(lines));
             }
         } catch (const Failure& failure) {
             fault(failure.what());
@@ -83,9 +94,32 @@ void OrbitFiles::read(const std::vector<std::string>& files) {
     }
 }
 
-void OrbitFiles::readNavigation(const std::string& file) {
+void OrbitFiles::readStream(ByteInput input) {
+    const std::string file = input.name();
+    SMjdTime latest = m_almanacReference;
+    latest.AddDays(kDaysAhead);
+    rtcm3::StreamReader reader(latest);
+    reader.setEphemeridesOnly();
+    if (const auto found = findStreamTime(file, latest)) reader.setTime(*found);
+    Progress progress("reading " + file);
+    reader.open(std::move(input));
+    rinex::ObservationEpoch epoch;
+    while (reader.next(epoch) == rtcm3::StreamReader::Result::ephemeris) {
+        progress.update(reader.frames().input().bytesRead(), reader.frames().input().fileSize());
+        const rtcm3::Ephemeris& ephemeris = reader.ephemeris();
+        take({fmt::format("{}: byte {}", file, reader.offset()), ephemeris.satellite, ephemeris.kind},
+             ephemeris.record);
+    }
+    if (reader.error()) throw Failure(*reader.error());
+    if (reader.losses().badMessages != 0) {
+        fault(fmt::format("{}: {} messages are no orbits that can be", file, reader.losses().badMessages));
+    }
+}
+
+void OrbitFiles::readNavigation(LineReader lines) {
     rinex::NavigationReader reader;
-    if (!reader.open(file)) throw Failure(reader.error());
+    const std::string file = lines.name();
+    if (!reader.open(std::move(lines))) throw Failure(reader.error());
     Progress progress("reading " + file);
     rinex::NavigationRecord record;
     using Result = rinex::NavigationReader::Result;
@@ -94,16 +128,19 @@ void OrbitFiles::readNavigation(const std::string& file) {
         if (result == Result::error) {
             fault(reader.error().text());
         } else {
-            take(reader, record);
+            take({fmt::format("{}:{}", file, reader.line()), reader.satellite(), reader.kind()}, record);
         }
     }
     for (const auto& [what, count] : reader.skipped()) m_passedOver[what] += count;
 }
 
-void OrbitFiles::readAlmanac(const std::string& file) {
+void OrbitFiles::readAlmanac(LineReader lines) {
     FormatError error;
-    const auto reader = almanac::openAlmanac(file, error, m_almanacReference);
-    if (!reader) throw Failure(file + ": this is no RINEX navigation file and no YUMA or SEM almanac");
+    const std::string file = lines.name();
+    const auto reader = almanac::openAlmanac(std::move(lines), error, m_almanacReference);
+    if (!reader) {
+        throw Failure(file + ": this is no RINEX navigation file, no RTCM 3 stream and no YUMA or SEM almanac");
+    }
     CALN::CALX_SAT_ALMANAC record;
     using Result = almanac::AlmanacReader::Result;
     for (Result result = reader->next(record); result != Result::end; result = reader->next(record)) {
@@ -131,14 +168,13 @@ bool OrbitFiles::isPassedOver(CALN::eCALSATSYSTEM system) {
 }
 
 template <class Ephemeris, class Record>
-void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue) {
+void OrbitFiles::takeEphemeris(const Origin& origin, const Record& record, unsigned issue) {
     const auto bad = [&](const std::string& what) {
-        fault(fmt::format("{}:{}: the ephemeris of {} {}", reader.lines().name(), reader.line(),
-                          rinex::satelliteName(reader.satellite()), what));
+        fault(fmt::format("{}: the ephemeris of {} {}", origin.place, rinex::satelliteName(origin.satellite), what));
     };
-    if (isPassedOver(reader.satellite().system)) return;
-    if (!hasPlace(reader.satellite())) {
-        passOver(rinex::satelliteName(reader.satellite()));
+    if (isPassedOver(origin.satellite.system)) return;
+    if (!hasPlace(origin.satellite)) {
+        passOver(rinex::satelliteName(origin.satellite));
         return;
     }
     Ephemeris ephemeris;
@@ -148,7 +184,7 @@ void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Reco
     if (reference > m_latestPlausible) return bad("is of the future: " + formatTime(reference));
     ORBIT_COORD at;
     if (!broadcastPosition(record, reference.GetGpsSeconds(), at)) return bad("has elements of no orbit");
-    const Issue key{ephemeris.GetSatID(), reader.kind(), std::llround(reference.GetAsMjd() * 86400.0), issue};
+    const Issue key{ephemeris.GetSatID(), origin.kind, std::llround(reference.GetAsMjd() * 86400.0), issue};
     const auto [known, isNew] = m_issues.emplace(key, at);
     if (!isNew) {
         const double difference = std::hypot(at.x - known->second.x, at.y - known->second.y, at.z - known->second.z);
@@ -164,37 +200,37 @@ void OrbitFiles::takeEphemeris(const rinex::NavigationReader& reader, const Reco
     m_ephemerides.add(reference);
 }
 
-void OrbitFiles::take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record) {
+void OrbitFiles::take(const Origin& origin, const rinex::NavigationRecord& record) {
     const struct Taker {
         OrbitFiles& self;
-        const rinex::NavigationReader& reader;
+        const Origin& origin;
         void operator()(const CALN::CALX_SAT_EPHEMERIS& r) const {
             if (r.messageType != CALN::eCALGPSMESSAGE_LNAV) {
                 self.passOver("EPH G CNAV");  // its rates have no place in a GPS ephemeris of the library
             } else {
-                self.takeEphemeris<CHalvexEphemeris>(reader, r, r.iodc);
+                self.takeEphemeris<CHalvexEphemeris>(origin, r, r.iodc);
             }
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GLONASS& r) const {
-            self.takeEphemeris<CHalvexEphemerisGLO>(reader, r, r.tb);
+            self.takeEphemeris<CHalvexEphemerisGLO>(origin, r, r.tb);
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_GALILEO& r) const {
-            self.takeEphemeris<CHalvexEphemerisGAL>(reader, r, r.iodNav * 4U + r.navType);
+            self.takeEphemeris<CHalvexEphemerisGAL>(origin, r, r.iodNav * 4U + r.navType);
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_BEIDOU& r) const {
-            self.takeEphemeris<CHalvexEphemerisBDS>(reader, r, r.aode + r.iode);
+            self.takeEphemeris<CHalvexEphemerisBDS>(origin, r, r.aode + r.iode);
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_QZSS& r) const {
-            self.takeEphemeris<CHalvexEphemerisQZSS>(reader, r, r.iodc);
+            self.takeEphemeris<CHalvexEphemerisQZSS>(origin, r, r.iodc);
         }
         void operator()(const CALN::CALX_SAT_EPHEMERIS_NAVIC& r) const {
-            self.takeEphemeris<CHalvexEphemerisNAVIC>(reader, r, r.iodec);
+            self.takeEphemeris<CHalvexEphemerisNAVIC>(origin, r, r.iodec);
         }
         void operator()(const rinex::SbasOrbit&) const { self.passOver("SBAS orbits"); }
         void operator()(const rinex::SystemTimeOffset&) const { self.passOver("time offsets (STO)"); }
         void operator()(const rinex::IonosphereModel&) const { self.passOver("ionosphere models (ION)"); }
         void operator()(const rinex::EarthOrientation&) const { self.passOver("Earth orientation (EOP)"); }
-    } taker{*this, reader};
+    } taker{*this, origin};
     const std::uint64_t takenBefore = m_taken;
     std::visit(taker, record);
     if (m_listener && m_taken != takenBefore) m_listener(record);

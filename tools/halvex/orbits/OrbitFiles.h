@@ -14,17 +14,17 @@
 
 namespace halvex::tool {
 
-/// Reads navigation files (RINEX) and almanacs (YUMA, SEM) into an elevation-azimuth calculator, through the library's
-/// classes: nothing is taken that IsDataValid refuses, that lies more than a day ahead of the clock, or that has
-/// another orbit than a record with the same satellite, message, reference time and issue. Such faults end the reading
-/// with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a fault, too. Disabled
-/// systems are read over.
+/// Reads navigation files (RINEX), RTCM 3 streams and almanacs (YUMA, SEM) into an elevation-azimuth calculator,
+/// through the library's classes: nothing is taken that IsDataValid refuses, that lies more than a day ahead of the
+/// clock, or that has another orbit than a record with the same satellite, message, reference time and issue. Such
+/// faults end the reading with a Failure or, with `keepGoing`, are counted. A file that cannot be read at all is a
+/// fault, too. Disabled systems are read over.
 class OrbitFiles {
 public:
     /// Called with each ephemeris that is taken, after it is.
     using Listener = std::function<void(const rinex::NavigationRecord&)>;
 
-    /// The weeks of almanacs are completed to the latest that are not ahead of `when`; unset: now.
+    /// The weeks of almanacs and streams are completed to the latest that are not ahead of `when`; unset: now.
     explicit OrbitFiles(bool keepGoing, const SMjdTime& when = {}, Listener listener = nullptr);
 
     void read(const std::vector<std::string>& files);
@@ -54,11 +54,19 @@ private:
     };
     [[nodiscard]] const Span& span() const { return m_ephemerides.first.IsSet() ? m_ephemerides : m_almanacs; }
 
-    void readNavigation(const std::string& file);
-    void readAlmanac(const std::string& file);
-    void take(const rinex::NavigationReader& reader, const rinex::NavigationRecord& record);
+    /// Where a record came from and what it is.
+    struct Origin {
+        std::string place;  // "FILE:LINE", "FILE: byte OFFSET"
+        CALN::SCalSatID satellite;
+        rinex::MessageKind kind = rinex::MessageKind::lnav;
+    };
+
+    void readNavigation(LineReader lines);
+    void readStream(ByteInput input);
+    void readAlmanac(LineReader lines);
+    void take(const Origin& origin, const rinex::NavigationRecord& record);
     template <class Ephemeris, class Record>
-    void takeEphemeris(const rinex::NavigationReader& reader, const Record& record, unsigned issue);
+    void takeEphemeris(const Origin& origin, const Record& record, unsigned issue);
     /// A disabled system's orbit is counted as read over.
     bool isPassedOver(CALN::eCALSATSYSTEM system);
     void passOver(const std::string& what) { ++m_passedOver[what]; }

@@ -81,7 +81,8 @@ double SkyOptions::maskRadians() const {
 }
 
 void addSkyOptions(CLI::App& command, SkyOptions& options) {
-    command.add_option("NAV", options.files, "RINEX navigation files, YUMA and SEM almanacs")->required();
+    command.add_option("NAV", options.files, "RINEX navigation files, RTCM 3 streams, YUMA and SEM almanacs")
+        ->required();
     command.add_option("--site", options.site,
                        "LAT,LON,H (degrees, metres), X,Y,Z (metres) or a RINEX observation file");
     command.add_option("--mask", options.mask, "satellites above this elevation alone [deg]")->capture_default_str();

@@ -29,9 +29,13 @@ void tellDisabledSystems(Json& json) {
     if (const auto names = disabledSystems(); !names.empty()) json["disabledSystems"] = names;
 }
 
+void leaveOutDisabled(rinex::ObservationEpoch& epoch) {
+    std::erase_if(epoch.satellites, [](const auto& satellite) { return Switch::IsSatSystemDisabled(satellite.id); });
+}
+
 rinex::ObservationReader::Result nextEnabled(rinex::ObservationReader& reader, rinex::ObservationEpoch& epoch) {
     const auto result = reader.next(epoch);
-    std::erase_if(epoch.satellites, [](const auto& satellite) { return Switch::IsSatSystemDisabled(satellite.id); });
+    leaveOutDisabled(epoch);
     return result;
 }
 

@@ -22,6 +22,8 @@ CLI::App* addSatelliteCommand(CLI::App& app, const std::string& name, const std:
 /// Adds these to a report as "disabledSystems", if there are any.
 void tellDisabledSystems(Json& json);
 
+/// Takes the satellites of disabled systems out of an epoch.
+void leaveOutDisabled(rinex::ObservationEpoch& epoch);
 /// Reads the next epoch or event of a file, without the satellites of disabled systems.
 [[nodiscard]] rinex::ObservationReader::Result nextEnabled(rinex::ObservationReader& reader,
                                                            rinex::ObservationEpoch& epoch);

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "formats/rtcm3/StreamReader.h"
+#include "tools/halvex/Tool.h"
+
+/// RTCM 3 streams as the subcommands read them.
+namespace halvex::tool {
+
+/// What was lost, in words.
+using StreamCounts = std::vector<std::pair<std::string, std::uint64_t>>;
+
+/// What a file that can be read twice tells of its time; empty for any other.
+[[nodiscard]] std::optional<rtcm3::TimeReference> findStreamTime(const std::string& name, const SMjdTime& latest);
+
+/// A reader that knows the date of a stream: `time` or, when that is unset and `name` is a file that can be read
+/// twice, what the stream itself tells. Failure when neither does; from standard input the reader dates itself as it
+/// goes. Weeks of ten bits are those of the last twenty years. The caller opens it.
+[[nodiscard]] rtcm3::StreamReader datedReader(const std::string& name, const SMjdTime& time);
+
+/// What to tell when nothing dates the observations of a stream.
+[[nodiscard]] Failure undated(const std::string& name);
+
+[[nodiscard]] StreamCounts countsOf(const rtcm3::StreamReader& reader);
+
+/// What is in a stream, for people and for --json.
+class StreamSummary {
+public:
+    /// Reads the stream to its end.
+    explicit StreamSummary(ByteInput input);
+
+    [[nodiscard]] std::string text() const;
+    [[nodiscard]] Json json() const;
+    /// Why the stream ended early; empty when it did not.
+    [[nodiscard]] std::string fault() const;
+
+private:
+    struct System {
+        std::set<CALN::SCalSatID> satellites;
+        std::uint64_t ephemerides = 0;
+    };
+
+    std::string m_name;
+    rtcm3::StreamReader m_reader;
+    bool m_dated = false;
+    std::uint64_t m_epochs = 0;
+    SMjdTime m_first, m_last;
+    std::map<CALN::eCALSATSYSTEM, System> m_systems;
+};
+
+}  // namespace halvex::tool
