@@ -1,0 +1,70 @@
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "formats/rinex/EpochBuilder.h"
+#include "formats/rtcm3/StreamReader.h"
+#include "fuzz/Require.h"
+#include "halvex/platform/pio/Rtcm3.h"
+
+namespace {
+
+using halvex::fuzz::require;
+using namespace halvex::rtcm3;
+
+/// Bytes as the one message of a stream: a fuzzer finds no check sums.
+std::string framed(const std::string& message) {
+    std::string frame{'\xD3', static_cast<char>(message.size() >> 8U), static_cast<char>(message.size())};
+    frame += message;
+    const std::uint32_t check =
+        PIO::RTCM3::ComputeCRC24({reinterpret_cast<const unsigned char*>(frame.data()), frame.size()});
+    for (const unsigned shift : {16U, 8U, 0U}) frame += static_cast<char>(check >> shift);
+    return frame;
+}
+
+void readAll(const std::string& bytes) {
+    const SMjdTime reference(2010, 302400.0);
+    halvex::ByteInput input;
+    input.openBytes("fuzz", bytes);
+    static_cast<void>(isStream(input));
+    StreamReader reader(reference);
+    reader.setTime(reference);
+    reader.open(std::move(input));
+    halvex::rinex::EpochBuilder builder(reader.header());
+    halvex::rinex::ObservationEpoch epoch;
+    CHalvexStationObservation station;
+    for (auto result = reader.next(epoch); result != StreamReader::Result::end; result = reader.next(epoch)) {
+        if (result == StreamReader::Result::ephemeris) {
+            require(reader.ephemeris().satellite.number != 0);
+            continue;
+        }
+        for (const auto& satellite : epoch.satellites) {
+            require(satellite.id.number != 0 && satellite.id.number < 64);
+            require(satellite.count == reader.header().codes[satellite.id.system].size());
+            for (const auto& value : epoch.valuesOf(satellite)) require(std::isfinite(value.value));
+        }
+        builder.setHeader(reader.header());
+        static_cast<void>(builder.build(epoch, 1, station));
+    }
+    std::uint64_t counted = 0;
+    for (const auto& [type, count] : reader.frames().counts()) {
+        counted += count.count;
+        require(count.first <= count.last && count.last < bytes.size());
+    }
+    require(counted == reader.frames().frames());
+    if (!bytes.starts_with("\x1f")) {
+        require(reader.frames().unframedBytes() + FrameReader::kFrameBytes * counted <= bytes.size());
+    }
+}
+
+}  // namespace
+
+/// The bytes are a stream, plain or gzip-compressed, and then the one message of another.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string bytes(data, data + size);
+    readAll(bytes);
+    if (size <= FrameReader::kLongestMessage) readAll(framed(bytes));
+    return 0;
+}

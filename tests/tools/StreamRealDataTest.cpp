@@ -1,0 +1,37 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/Station.h"
+
+namespace halvex {
+namespace {
+
+TEST(StreamRealData, EphemeridesAreOrbits) {
+    if (std::getenv("HALVEX_DATA") == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to read";
+    const std::string folder = std::getenv("HALVEX_DATA") + std::string("/rtcm/");
+    // File, orbits that are valid and no contradiction to one another, first and last reference time.
+    const std::tuple<const char*, int, const char*, const char*> rows[] = {
+        {"eph.rtcm", 1696, "2018-08-03T11:40:00", "2018-08-03T16:00:00"},
+        {"week-rollover-STR17.rtcm3", 298, "2018-07-12T19:00:00", "2018-07-15T02:00:00"},
+        {"week-rollover-STR24.rtcm3", 622, "2018-07-14T21:00:00", "2018-07-15T02:00:00"},
+    };
+    for (const auto& [file, orbits, from, to] : rows) {
+        const test::ToolRun run = test::runTool({"orbits", folder + file, "--json"});
+        ASSERT_EQ(run.status, 0) << run.err;
+        const auto json = nlohmann::json::parse(run.out);
+        const auto& read = json["navigation"];
+        EXPECT_EQ(std::tuple(read["orbits"], read["faults"], read["from"], read["to"]), std::tuple(orbits, 0, from, to))
+            << file;
+        for (const auto& satellite : json["positions"]) {
+            const auto& at = satellite["position"];
+            const double radius = std::hypot(at[0].get<double>(), at[1].get<double>(), at[2].get<double>());
+            EXPECT_TRUE(radius > 2.5e7 && radius < 4.6e7) << satellite["satellite"] << ' ' << radius;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace halvex
