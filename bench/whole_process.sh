@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Whole processes: `halvex archive` beside Debian's `convbin` (package rtklib) on the same RINEX 3 file, and the peak
-# memory of `halvex archive` on that file and on one ten times as long.
+# Whole processes: `halvex archive` beside Debian's `convbin` (package rtklib) on the same RINEX 3 file and, with
+# HALVEX_DATA, on the same RTCM 3 stream, and the peak memory of `halvex archive` on that file and on one ten times as
+# long.
 # usage: bench/whole_process.sh [HALVEX [RINEX3_FILE]]   without a file: a simulated hour at 1 Hz
 set -euo pipefail
 halvex=$(realpath "${1:-build/release/tools/halvex/halvex}")
+data=$(realpath "${HALVEX_DATA:-.}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -18,15 +20,24 @@ seconds() {  # the best of five runs
     done
     awk -v n="$best" 'BEGIN { printf "%.3f", n / 1e9 }'
 }
-size=$(stat -c %s one.rnx)
-ours=$(seconds "$halvex" archive one.rnx --out out)
-awk -v s="$size" -v t="$ours" 'BEGIN { printf "halvex archive  %.3f s  %.0f MB/s\n", t, s / t / 1e6 }'
-if command -v convbin >/dev/null; then
-    peer=$(seconds convbin -r rinex -v 3.04 -od -os -o out/peer.obs one.rnx)
-    awk -v s="$size" -v t="$peer" 'BEGIN { printf "convbin         %.3f s  %.0f MB/s\n", t, s / t / 1e6 }'
-    awk -v a="$ours" -v b="$peer" 'BEGIN { printf "throughput      %.1f times the peer\n", b / a }'
-else
-    echo "convbin is not installed (package rtklib)"
+beside() {  # FILE, then what convbin is to do with it
+    local file=$1 size ours peer
+    shift
+    size=$(stat -c %s "$file")
+    ours=$(seconds "$halvex" archive "$file" --out out)
+    awk -v s="$size" -v t="$ours" 'BEGIN { printf "halvex archive  %.3f s  %.0f MB/s\n", t, s / t / 1e6 }'
+    if command -v convbin >/dev/null; then
+        peer=$(seconds convbin "$@" -od -os -o out/peer.obs "$file")
+        awk -v s="$size" -v t="$peer" 'BEGIN { printf "convbin         %.3f s  %.0f MB/s\n", t, s / t / 1e6 }'
+        awk -v a="$ours" -v b="$peer" 'BEGIN { printf "throughput      %.1f times the peer\n", b / a }'
+    else
+        echo "convbin is not installed (package rtklib)"
+    fi
+}
+beside one.rnx -r rinex -v 3.04
+if [ -n "${HALVEX_DATA:-}" ]; then
+    echo "an RTCM 3 stream:"
+    beside "$(realpath "$data/rtcm/week-rollover-STR17.rtcm3")" -r rtcm3 -v 3.04 -tr 2018/07/14 23:50:18
 fi
 
 memory() {  # peak resident set in KiB, as the kernel counts it

@@ -165,10 +165,10 @@ TEST_F(Rtcm3RealData, TwoStationsSeventyMetresApartAgree) {
 }
 
 TEST_F(Rtcm3RealData, WeeksTurnOverInsideOfAStream) {
-    const auto all = measuredOnL1(m_folder + "week-rollover-STR24.rtcm3");
+    const auto all = measuredOnL1(m_folder + "week-rollover-STR17.rtcm3");
     ASSERT_FALSE(all.empty());
-    EXPECT_EQ(all.begin()->first.first, SMjdTime(2009, 604209.0));
-    EXPECT_EQ(all.rbegin()->first.first, SMjdTime(2010, 542.0));
+    EXPECT_EQ(all.begin()->first.first, SMjdTime(2009, 604218.0));
+    EXPECT_EQ(all.rbegin()->first.first, SMjdTime(2010, 543.0));
 }
 
 }  // namespace
