@@ -1,6 +1,8 @@
 #include "formats/rtcm3/Ephemerides.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "formats/rinex/GlonassFields.h"
 #include "formats/rinex/SatelliteName.h"

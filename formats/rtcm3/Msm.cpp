@@ -130,7 +130,7 @@ bool readMsm(const Frame& frame, ObservationMessage& message) {
     for (unsigned i = 0; satelliteMask != 0; ++i) {
         const auto bit = static_cast<unsigned>(std::countl_zero(satelliteMask));
         satelliteMask &= ~(std::uint64_t{1} << (63 - bit));
-        satellites[i % kMostCells].id = satelliteOfMask(system, bit + 1);
+        satellites[i].id = satelliteOfMask(system, bit + 1);
     }
     std::array<Signal, 32> signals;
     for (unsigned i = 0; signalMask != 0; ++i) {

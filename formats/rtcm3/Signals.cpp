@@ -1,6 +1,7 @@
 #include "formats/rtcm3/Signals.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace halvex::rtcm3 {

@@ -278,18 +278,28 @@ void StreamReader::give(rinex::ObservationEpoch& epoch) {
     m_cells.clear();
 }
 
-std::optional<TimeReference> findTime(const std::string& name, const SMjdTime& latest) {
+StreamPreview lookAhead(const std::string& name, const SMjdTime& latest, const SMjdTime& time) {
     constexpr std::uint64_t kEnough = std::uint64_t{1} << 20;
     StreamReader reader(latest);
-    if (!reader.open(name)) return std::nullopt;
+    reader.setTime(time);
+    StreamPreview preview;
+    preview.reference = reader.reference();
+    if (!reader.open(name)) return preview;
     rinex::ObservationEpoch epoch;
-    const auto goOn = [&] {
-        const TimeReference& found = reader.reference();
-        return !found.isEpoch && (!found.time.IsSet() || reader.offset() < kEnough);
+    const auto isDescribed = [&] {
+        const auto found = reader.descriptions().find(reader.station().value_or(0));
+        return found != reader.descriptions().end() && found->second.position && !found->second.antennaType.empty();
     };
-    while (goOn() && reader.next(epoch) != StreamReader::Result::end) {
+    const auto isEnough = [&] {
+        if (!preview.reference.time.IsSet()) return false;
+        return reader.offset() >= kEnough || (preview.reference.isEpoch && isDescribed());
+    };
+    while (!isEnough() && reader.next(epoch) != StreamReader::Result::end) {
+        if (!preview.reference.isEpoch) preview.reference = reader.reference();
     }
-    return reader.reference().time.IsSet() ? std::optional(reader.reference()) : std::nullopt;
+    if (!preview.reference.isEpoch) preview.reference = reader.reference();
+    preview.stations = reader.descriptions();
+    return preview;
 }
 
 }  // namespace halvex::rtcm3

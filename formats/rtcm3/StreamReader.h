@@ -29,6 +29,12 @@ struct StreamLosses {
     std::uint64_t repeatedMeasurements = 0;  ///< a signal's second value in an epoch
 };
 
+/// What a stream says that is needed before it says so: by the number of the station.
+struct StreamPreview {
+    TimeReference reference;
+    std::map<unsigned, StationDescription> stations;
+};
+
 /// Reads an RTCM 3 stream into the epochs of an observation file and the records of a navigation file: the messages of
 /// one epoch and station (MSM4 to 7, 1002, 1004, 1010, 1012) become one ObservationEpoch in GPS time under the columns
 /// of header(), as ObservationReader gives them, and every ephemeris a NavigationRecord. One thread at a time.
@@ -57,8 +63,11 @@ public:
     /// An approximate GPS time of the stream's first messages: within half a week, and within half a day where the
     /// first are GLONASS messages without a day of week.
     void setTime(const SMjdTime& time) { m_reference.time = time; }
-    /// What findTime found.
-    void setTime(const TimeReference& reference) { m_reference = reference; }
+    /// What lookAhead found.
+    void setPreview(const StreamPreview& preview) {
+        m_reference = preview.reference;
+        m_descriptions = preview.stations;
+    }
     /// Keeps to the observations of one station, or of the first that is met.
     void setStation(unsigned station) { m_wanted = station; }
     void keepToFirstStation() { m_keepToFirst = true; }
@@ -85,6 +94,8 @@ public:
     [[nodiscard]] const std::set<unsigned>& stations() const { return m_stations; }
     /// The reference time as it stands.
     [[nodiscard]] const TimeReference& reference() const { return m_reference; }
+    /// What the stream said about its stations so far.
+    [[nodiscard]] const std::map<unsigned, StationDescription>& descriptions() const { return m_descriptions; }
     [[nodiscard]] const FrameReader& frames() const { return m_frames; }
     [[nodiscard]] const StreamLosses& losses() const { return m_losses; }
     [[nodiscard]] const std::optional<FormatError>& error() const { return m_frames.error(); }
@@ -147,8 +158,9 @@ private:
     std::array<std::array<std::vector<Track>, kNumbers>, CALN::kSystemSlots> m_tracks;
 };
 
-/// Reads a file from its beginning until it has an epoch with a date, or has gone on for a megabyte with a date and no
-/// epoch. Empty when nothing tells the date.
-[[nodiscard]] std::optional<TimeReference> findTime(const std::string& name, const SMjdTime& latest);
+/// Reads a file from its beginning until it has an epoch with a date and its station with position and antenna, or has
+/// a date and gone on for a megabyte. `time`, when set, and `latest` are those of the reader that is to follow. The
+/// reference is that of the first epoch; unset when nothing tells the date.
+[[nodiscard]] StreamPreview lookAhead(const std::string& name, const SMjdTime& latest, const SMjdTime& time = {});
 
 }  // namespace halvex::rtcm3

@@ -110,7 +110,7 @@ std::map<std::pair<SMjdTime, CALN::SCalSatID>, Measured> measuredOnL1(const std:
     std::map<std::pair<SMjdTime, CALN::SCalSatID>, Measured> all;
     const SMjdTime latest(2400, 0.0);
     StreamReader reader(latest);
-    reader.setTime(findTime(name, latest).value_or(TimeReference()));
+    reader.setPreview(lookAhead(name, latest));
     if (!reader.open(name)) return all;
     rinex::ObservationEpoch epoch;
     for (auto result = reader.next(epoch); result != StreamReader::Result::end; result = reader.next(epoch)) {

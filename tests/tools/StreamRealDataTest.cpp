@@ -28,7 +28,7 @@ TEST(StreamRealData, EphemeridesAreOrbits) {
         for (const auto& satellite : json["positions"]) {
             const auto& at = satellite["position"];
             const double radius = std::hypot(at[0].get<double>(), at[1].get<double>(), at[2].get<double>());
-            EXPECT_TRUE(radius > 2.5e7 && radius < 4.6e7) << satellite["satellite"] << ' ' << radius;
+            EXPECT_TRUE(radius > 2.3e7 && radius < 4.6e7) << satellite["satellite"] << ' ' << radius;
         }
     }
 }

@@ -100,7 +100,7 @@ void OrbitFiles::readStream(ByteInput input) {
     latest.AddDays(kDaysAhead);
     rtcm3::StreamReader reader(latest);
     reader.setEphemeridesOnly();
-    if (const auto found = findStreamTime(file, latest)) reader.setTime(*found);
+    reader.setPreview(lookAhead(file, latest));
     Progress progress("reading " + file);
     reader.open(std::move(input));
     rinex::ObservationEpoch epoch;

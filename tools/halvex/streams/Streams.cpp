@@ -58,10 +58,13 @@ std::string label(const rtcm3::MessageType& type) {
 
 }  // namespace
 
-std::optional<rtcm3::TimeReference> findStreamTime(const std::string& name, const SMjdTime& latest) {
+rtcm3::StreamPreview lookAhead(const std::string& name, const SMjdTime& latest, const SMjdTime& time) {
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(name, ignored)) return std::nullopt;
-    return rtcm3::findTime(name, latest);
+    if (std::filesystem::is_regular_file(name, ignored)) return rtcm3::lookAhead(name, latest, time);
+    rtcm3::StreamPreview nothing;
+    nothing.reference.latest = latest;
+    nothing.reference.time = time;
+    return nothing;
 }
 
 Failure undated(const std::string& name) {
@@ -70,11 +73,7 @@ Failure undated(const std::string& name) {
 
 rtcm3::StreamReader datedReader(const std::string& name, const SMjdTime& time) {
     rtcm3::StreamReader reader(latestPlausible());
-    if (time.IsSet()) {
-        reader.setTime(time);
-    } else if (const auto found = findStreamTime(name, latestPlausible())) {
-        reader.setTime(*found);
-    }
+    reader.setPreview(lookAhead(name, latestPlausible(), time));
     return reader;
 }
 
@@ -93,13 +92,11 @@ StreamCounts countsOf(const rtcm3::StreamReader& reader) {
 }
 
 StreamSummary::StreamSummary(ByteInput input) : m_name(input.name()), m_reader(latestPlausible()) {
-    const auto time = findStreamTime(m_name, latestPlausible());
-    m_dated = time.has_value() || input.name() == "-";
-    if (time) {
-        m_reader.setTime(*time);
-    } else if (!m_dated) {
-        m_reader.setTime(latestPlausible());  // any will do: what has no date is counted, and no time is told
-    }
+    const rtcm3::StreamPreview preview = lookAhead(m_name, latestPlausible());
+    m_reader.setPreview(preview);
+    m_dated = preview.reference.time.IsSet() || input.name() == "-";
+    // Without a date any will do: what there is is counted, and no time is told.
+    if (!m_dated) m_reader.setTime(latestPlausible());
     Progress progress("reading " + m_name);
     m_reader.open(std::move(input));
     rinex::ObservationEpoch epoch;

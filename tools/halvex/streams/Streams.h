@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,12 +17,12 @@ namespace halvex::tool {
 /// What was lost, in words.
 using StreamCounts = std::vector<std::pair<std::string, std::uint64_t>>;
 
-/// What a file that can be read twice tells of its time; empty for any other.
-[[nodiscard]] std::optional<rtcm3::TimeReference> findStreamTime(const std::string& name, const SMjdTime& latest);
+/// What a file that can be read twice tells before it is read; of any other nothing.
+[[nodiscard]] rtcm3::StreamPreview lookAhead(const std::string& name, const SMjdTime& latest,
+                                             const SMjdTime& time = {});
 
-/// A reader that knows the date of a stream: `time` or, when that is unset and `name` is a file that can be read
-/// twice, what the stream itself tells. Failure when neither does; from standard input the reader dates itself as it
-/// goes. Weeks of ten bits are those of the last twenty years. The caller opens it.
+/// A reader of a stream that begins about `time` or, when that is unset, when it tells itself: a file is looked at
+/// beforehand, from standard input the reader dates itself as it goes. The caller opens it.
 [[nodiscard]] rtcm3::StreamReader datedReader(const std::string& name, const SMjdTime& time);
 
 /// What to tell when nothing dates the observations of a stream.
