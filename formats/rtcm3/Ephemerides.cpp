@@ -67,6 +67,34 @@ bool tellsTime(const CALN::CALX_SAT_EPHEMERIS_COMMON& record) {
     return record.toe > kSentAhead;
 }
 
+/// How wide the elements from Crs to the rate of right ascension are, and the units of their last bits.
+struct KeplerFields {
+    unsigned bits = 16;          ///< of the corrections
+    double radiusStep = 0x1p-5;  ///< [m]
+    double angleStep = 0x1p-29;  ///< [rad]
+    unsigned toeBits = 16;
+    double toeStep = 16.0;  ///< [s]
+};
+
+/// These elements in the order that all but NavIC have.
+void readKepler(BitReader& in, const KeplerFields& fields, CALN::CALX_SAT_EPHEMERIS_COMMON& r) {
+    r.crs = scaled(in, fields.bits, fields.radiusStep);
+    r.deltaN = angle(in, 16, 0x1p-43);
+    r.m0 = angle(in, 32, 0x1p-31);
+    r.cuc = scaled(in, fields.bits, fields.angleStep);
+    r.e = scaledUnsigned(in, 32, 0x1p-33);
+    r.cus = scaled(in, fields.bits, fields.angleStep);
+    r.sqrtA = scaledUnsigned(in, 32, 0x1p-19);
+    r.toe = scaledUnsigned(in, fields.toeBits, fields.toeStep);
+    r.cic = scaled(in, fields.bits, fields.angleStep);
+    r.omega0 = angle(in, 32, 0x1p-31);
+    r.cis = scaled(in, fields.bits, fields.angleStep);
+    r.i0 = angle(in, 32, 0x1p-31);
+    r.crc = scaled(in, fields.bits, fields.radiusStep);
+    r.omega = angle(in, 32, 0x1p-31);
+    r.omegaDot = angle(in, 24, 0x1p-43);
+}
+
 bool readGps(BitReader& in, const TimeReference& reference, Ephemeris& ephemeris) {
     auto& r = ephemeris.record.emplace<CALN::CALX_SAT_EPHEMERIS>();
     if (!begin(CALN::eCALSATSYSTEM_GPS, in.number(6), 0, r, ephemeris)) return false;
@@ -80,21 +108,7 @@ bool readGps(BitReader& in, const TimeReference& reference, Ephemeris& ephemeris
     r.af1 = scaled(in, 16, 0x1p-43);
     r.af0 = scaled(in, 22, 0x1p-31);
     take(in, 10, r.iodc);
-    r.crs = scaled(in, 16, 0x1p-5);
-    r.deltaN = angle(in, 16, 0x1p-43);
-    r.m0 = angle(in, 32, 0x1p-31);
-    r.cuc = scaled(in, 16, 0x1p-29);
-    r.e = scaledUnsigned(in, 32, 0x1p-33);
-    r.cus = scaled(in, 16, 0x1p-29);
-    r.sqrtA = scaledUnsigned(in, 32, 0x1p-19);
-    r.toe = scaledUnsigned(in, 16, 16.0);
-    r.cic = scaled(in, 16, 0x1p-29);
-    r.omega0 = angle(in, 32, 0x1p-31);
-    r.cis = scaled(in, 16, 0x1p-29);
-    r.i0 = angle(in, 32, 0x1p-31);
-    r.crc = scaled(in, 16, 0x1p-5);
-    r.omega = angle(in, 32, 0x1p-31);
-    r.omegaDot = angle(in, 24, 0x1p-43);
+    readKepler(in, {}, r);
     r.tgd = scaled(in, 8, 0x1p-31);
     take(in, 6, r.health);
     take(in, 1, r.l2pDataFlag);
@@ -114,21 +128,7 @@ bool readQzss(BitReader& in, const TimeReference& reference, Ephemeris& ephemeri
     r.af1 = scaled(in, 16, 0x1p-43);
     r.af0 = scaled(in, 22, 0x1p-31);
     in.skip(8);  // the issue of the orbit is the low part of the IODC
-    r.crs = scaled(in, 16, 0x1p-5);
-    r.deltaN = angle(in, 16, 0x1p-43);
-    r.m0 = angle(in, 32, 0x1p-31);
-    r.cuc = scaled(in, 16, 0x1p-29);
-    r.e = scaledUnsigned(in, 32, 0x1p-33);
-    r.cus = scaled(in, 16, 0x1p-29);
-    r.sqrtA = scaledUnsigned(in, 32, 0x1p-19);
-    r.toe = scaledUnsigned(in, 16, 16.0);
-    r.cic = scaled(in, 16, 0x1p-29);
-    r.omega0 = angle(in, 32, 0x1p-31);
-    r.cis = scaled(in, 16, 0x1p-29);
-    r.i0 = angle(in, 32, 0x1p-31);
-    r.crc = scaled(in, 16, 0x1p-5);
-    r.omega = angle(in, 32, 0x1p-31);
-    r.omegaDot = angle(in, 24, 0x1p-43);
+    readKepler(in, {}, r);
     r.idot = angle(in, 14, 0x1p-43);
     take(in, 2, r.codeOnL2);
     const unsigned week = in.number(10);
@@ -156,21 +156,7 @@ bool readBeidou(BitReader& in, const TimeReference& reference, Ephemeris& epheme
     r.af1 = scaled(in, 22, 0x1p-50);
     r.af0 = scaled(in, 24, 0x1p-33);
     take(in, 5, r.aodc);
-    r.crs = scaled(in, 18, 0x1p-6);
-    r.deltaN = angle(in, 16, 0x1p-43);
-    r.m0 = angle(in, 32, 0x1p-31);
-    r.cuc = scaled(in, 18, 0x1p-31);
-    r.e = scaledUnsigned(in, 32, 0x1p-33);
-    r.cus = scaled(in, 18, 0x1p-31);
-    r.sqrtA = scaledUnsigned(in, 32, 0x1p-19);
-    r.toe = scaledUnsigned(in, 17, 8.0);
-    r.cic = scaled(in, 18, 0x1p-31);
-    r.omega0 = angle(in, 32, 0x1p-31);
-    r.cis = scaled(in, 18, 0x1p-31);
-    r.i0 = angle(in, 32, 0x1p-31);
-    r.crc = scaled(in, 18, 0x1p-6);
-    r.omega = angle(in, 32, 0x1p-31);
-    r.omegaDot = angle(in, 24, 0x1p-43);
+    readKepler(in, {.bits = 18, .radiusStep = 0x1p-6, .angleStep = 0x1p-31, .toeBits = 17, .toeStep = 8.0}, r);
     r.tgd1 = scaled(in, 10, 1e-10);
     r.tgd2 = scaled(in, 10, 1e-10);
     take(in, 1, r.health);
@@ -195,21 +181,7 @@ bool readGalileo(BitReader& in, bool fnav, const TimeReference& reference, Ephem
     r.af2 = scaled(in, 6, 0x1p-59);
     r.af1 = scaled(in, 21, 0x1p-46);
     r.af0 = scaled(in, 31, 0x1p-34);
-    r.crs = scaled(in, 16, 0x1p-5);
-    r.deltaN = angle(in, 16, 0x1p-43);
-    r.m0 = angle(in, 32, 0x1p-31);
-    r.cuc = scaled(in, 16, 0x1p-29);
-    r.e = scaledUnsigned(in, 32, 0x1p-33);
-    r.cus = scaled(in, 16, 0x1p-29);
-    r.sqrtA = scaledUnsigned(in, 32, 0x1p-19);
-    r.toe = scaledUnsigned(in, 14, kMinute);
-    r.cic = scaled(in, 16, 0x1p-29);
-    r.omega0 = angle(in, 32, 0x1p-31);
-    r.cis = scaled(in, 16, 0x1p-29);
-    r.i0 = angle(in, 32, 0x1p-31);
-    r.crc = scaled(in, 16, 0x1p-5);
-    r.omega = angle(in, 32, 0x1p-31);
-    r.omegaDot = angle(in, 24, 0x1p-43);
+    readKepler(in, {.toeBits = 14, .toeStep = kMinute}, r);
     r.bgdE5aE1 = scaled(in, 10, 0x1p-32);
     const auto status = [&in](Galileo::SignalStatus& signal) {
         take(in, 2, signal.health);

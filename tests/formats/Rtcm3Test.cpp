@@ -275,14 +275,11 @@ TEST(Rtcm3Stream, LockTimesAndHalfCycles) {
         const std::size_t mark = text.find('!');
         return mark == std::string::npos ? '-' : text[mark + 1];
     };
-    EXPECT_EQ(told(1077, 200, 201, 1), '2');
-    EXPECT_EQ(told(1077, 200, 199, 1), '3');
-    EXPECT_EQ(told(1077, 63, 224, 2), '2');  // at least 2048 ms of lock, less than 2112: all the two seconds
-    EXPECT_EQ(told(1077, 63, 224, 3), '3');
-    EXPECT_EQ(told(1077, 704, 704, 3000), '2');
-    EXPECT_EQ(told(1074, 6, 6, 1), '2');
-    EXPECT_EQ(told(1074, 6, 5, 1), '3');
-    EXPECT_EQ(told(1074, 4, 5, 2), '3');  // 512 to 1024 ms
+    // Indicator 224 says at least 2048 ms of lock and less than 2112.
+    EXPECT_EQ((std::array{told(1077, 200, 201, 1), told(1077, 200, 199, 1), told(1077, 63, 224, 2),
+                          told(1077, 63, 224, 3), told(1077, 704, 704, 3000)}),
+              (std::array{'2', '3', '2', '3', '2'}));
+    EXPECT_EQ((std::array{told(1074, 6, 6, 1), told(1074, 6, 5, 1), told(1074, 4, 5, 2)}), (std::array{'2', '3', '3'}));
     const auto bounds = [](const LockTime& lock) { return std::pair(lock.atLeast, lock.below); };
     EXPECT_EQ(bounds(lockTimeMsm(1)), std::pair(32.0, 64.0));
     EXPECT_EQ(bounds(lockTimeMsm(15)), std::pair(524288.0, 0.0));
@@ -325,37 +322,11 @@ TEST(Rtcm3Stream, LegacyObservationsAndTheirPhases) {
 }
 
 Bits gpsEphemeris(unsigned satellite, unsigned week, unsigned toe) {
-    return {{1019, 12},
-            {satellite, 6},
-            {week, 10},
-            {1, 4},
-            {1, 2},
-            {-8, 14},
-            {0x34, 8},
-            {toe / 16, 16},
-            {-1, 8},
-            {-2, 16},
-            {-3, 22},
-            {0x134, 10},
-            {-32, 16},
-            {16, 16},
-            {-(1 << 30), 32},
-            {5, 16},
-            {1 << 27, 32},
-            {-5, 16},
-            {std::int64_t{5153} << 19, 32},
-            {toe / 16, 16},
-            {6, 16},
-            {1 << 29, 32},
-            {-6, 16},
-            {3 << 28, 32},
-            {64, 16},
-            {-(1 << 29), 32},
-            {-100, 24},
-            {-7, 8},
-            {0, 6},
-            {1, 1},
-            {1, 1}};
+    Bits bits{{1019, 12}, {satellite, 6}, {week, 10}, {1, 4}, {1, 2}, {-8, 14}, {0x34, 8}, {toe / 16, 16}};
+    bits.add(-1, 8).add(-2, 16).add(-3, 22).add(0x134, 10).add(-32, 16).add(16, 16).add(-(1 << 30), 32).add(5, 16);
+    bits.add(1 << 27, 32).add(-5, 16).add(std::int64_t{5153} << 19, 32).add(toe / 16, 16).add(6, 16).add(1 << 29, 32);
+    bits.add(-6, 16).add(3 << 28, 32).add(64, 16).add(-(1 << 29), 32).add(-100, 24).add(-7, 8).add(0, 6);
+    return bits.add(1, 1).add(1, 1);
 }
 
 TEST(Rtcm3Ephemerides, ElementsAndWeeks) {
