@@ -17,7 +17,7 @@ constexpr std::array<std::string_view, 7> kMasks{
     "  1C1A1B1X1Z  6C6A6B6X6Z  7I7Q7X  8I8Q8X  5I5Q5X                ",  // Galileo
     "  1C                                      5I5Q5X                ",  // SBAS
     "  2I2Q2X      6I6Q6X      7I7Q7X          5D5P5X7D        1D1P1X",  // BeiDou
-    "  1C            6S6L6X        2S2L2X      5I5Q5X          1S1L1X",  // QZSS
+    "  1C            6S6L6X      2S2L2X        5I5Q5X          1S1L1X",  // QZSS
     "              9A                          5A                    ",  // NavIC
 };
 static_assert(std::all_of(kMasks.begin(), kMasks.end(), [](std::string_view mask) { return mask.size() == 64; }));

@@ -216,6 +216,28 @@ TEST(Rtcm3Msm, SystemsSignalsAndTimes) {
     EXPECT_EQ(first(1077, 5, 2, 604800000), "");
 }
 
+TEST(Rtcm3Msm, SignalsOfTheMask) {
+    const std::pair<char, const char*> rows[] = {
+        {'G', "2:1C 3:1P 4:1W 8:2C 9:2P 10:2W 15:2S 16:2L 17:2X 22:5I 23:5Q 24:5X 30:1S 31:1L 32:1X "},
+        {'R', "2:1C 3:1P 8:2C 9:2P "},
+        {'E',
+         "2:1C 3:1A 4:1B 5:1X 6:1Z 8:6C 9:6A 10:6B 11:6X 12:6Z 14:7I 15:7Q 16:7X 18:8I 19:8Q 20:8X 22:5I 23:5Q "
+         "24:5X "},
+        {'S', "2:1C 22:5I 23:5Q 24:5X "},
+        {'C', "2:2I 3:2Q 4:2X 8:6I 9:6Q 10:6X 14:7I 15:7Q 16:7X 22:5D 23:5P 24:5X 25:7D 30:1D 31:1P 32:1X "},
+        {'J', "2:1C 9:6S 10:6L 11:6X 15:2S 16:2L 17:2X 22:5I 23:5Q 24:5X 30:1S 31:1L 32:1X "},
+        {'I', "8:9A 22:5A "},
+    };
+    for (const auto& [letter, want] : rows) {
+        std::string all;
+        for (unsigned id = 0; id <= 33; ++id) {
+            const Signal signal = signalOfMask(systemOfLetter(letter)->code, id);
+            if (signal.band != 0) all += fmt::format("{}:{}{} ", id, signal.band, signal.attribute);
+        }
+        EXPECT_EQ(all, want);
+    }
+}
+
 TEST(Rtcm3Msm, DamagedOnesAreRefused) {
     Msm msm;
     msm.satellites = 0xFFULL << 40U;
