@@ -124,7 +124,8 @@ bool readMsm(const Frame& frame, ObservationMessage& message) {
     auto signalMask = static_cast<std::uint32_t>(in.bits(32));
     const auto satelliteCount = static_cast<unsigned>(std::popcount(satelliteMask));
     const auto signalCount = static_cast<unsigned>(std::popcount(signalMask));
-    if (satelliteCount * signalCount > kMostCells) return false;
+    const unsigned maskBits = satelliteCount * signalCount;
+    if (maskBits > kMostCells) return false;
 
     std::array<Satellite, kMostCells> satellites;
     for (unsigned i = 0; satelliteMask != 0; ++i) {
@@ -138,7 +139,6 @@ bool readMsm(const Frame& frame, ObservationMessage& message) {
         signalMask &= ~(std::uint32_t{1} << (31 - bit));
         signals[i] = signalOfMask(system, bit + 1);
     }
-    const unsigned maskBits = satelliteCount * signalCount;
     const std::uint64_t cellMask = in.bits(maskBits);
     const auto cells = static_cast<std::size_t>(std::popcount(cellMask));
     if (satelliteCount > 0) readSatellites(in, layoutOf(kind).rates, std::span(satellites).first(satelliteCount));

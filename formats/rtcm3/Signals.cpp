@@ -50,7 +50,7 @@ Signal signalOf(CALN::eCALSATSYSTEM system, char band, char attribute) {
 
 Signal signalOfMask(CALN::eCALSATSYSTEM system, unsigned id) {
     if (systemOfCode(system) == nullptr || id < 1 || id > 32) return {};
-    const std::string_view letters = kMasks[system - 1U].substr((id - 1) * 2, 2);
+    const std::string_view letters = kMasks[system - 1U].substr(std::size_t{id - 1} * 2, 2);
     return letters[0] == ' ' ? Signal() : signalOf(system, letters[0], letters[1]);
 }
 

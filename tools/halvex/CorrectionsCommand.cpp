@@ -7,6 +7,7 @@
 #include <iostream>
 #include <memory>
 #include <numbers>
+#include <optional>
 
 #include "halvex/corrections/CombinedIonoGeoCorrection.h"
 #include "halvex/platform/z9/Rtcm3NetworkProduct.h"
@@ -89,7 +90,7 @@ public:
             }
         }
         if (!any) ++summary.empty;
-        if (printer != nullptr) {
+        if (printer) {
             printer->add({{"secondsOfWeek", message.gps.header.epoch / 10.0},
                           {"auxiliary", message.gps.header.auxiliaryStation},
                           {"satellites", satellites}});
@@ -127,7 +128,7 @@ public:
     [[nodiscard]] std::uint64_t frames() const { return m_frameCount; }
     [[nodiscard]] std::uint64_t leftOut() const { return m_frames != nullptr ? m_frames->GetLeftOut() : 0; }
 
-    EpochPrinter* printer = nullptr;
+    std::optional<EpochPrinter> printer;
 
 private:
     const Options& m_options;
@@ -165,16 +166,12 @@ public:
                              ebCALGNSSTYPE_QZSS;
         CCombinedIonoGeoCorrection producer(&m_collection, &m_sink, siteId(1), systems, m_options.interval, true, false,
                                             true, bands);
-        std::optional<EpochPrinter> printer;
-        if (m_options.json) {
-            printer.emplace(head());
-            m_sink.printer = &*printer;
-        }
+        if (m_options.json) m_sink.printer.emplace(head());
         while (std::optional<SMjdTime> t = nextTime()) step(producer, *t);
         m_sink.finish();
         if (m_epochs == 0) throw Failure(m_options.master + ": has no epoch in common with another station");
-        if (printer) {
-            printer->finish(tail());
+        if (m_sink.printer) {
+            m_sink.printer->finish(tail());
         } else {
             report();
         }
