@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <numbers>
 #include <random>
 
