@@ -6,11 +6,10 @@
 #include <memory>
 
 #include "formats/rinex/EpochBuilder.h"
-#include "formats/rinex/ObservationReader.h"
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
-#include "tools/halvex/streams/Streams.h"
+#include "tools/halvex/streams/EpochSource.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
@@ -33,7 +32,8 @@ struct Options {
 class Archiver {
 public:
     explicit Archiver(const Options& options) : m_options(options) {
-        if (!options.streamTime.empty()) m_streamTime = parseTime(options.streamTime);
+        if (!options.streamTime.empty()) m_stream.time = parseTime(options.streamTime);
+        if (options.streamStation >= 0) m_stream.station = static_cast<unsigned>(options.streamStation);
     }
 
     void run() {
@@ -78,85 +78,46 @@ private:
     };
 
     void archive(const std::string& input) {
-        ByteInput bytes;
-        if (!bytes.open(input)) throw Failure(bytes.error().value_or(FormatError{input, 0, "cannot be opened"}));
-        if (rtcm3::isStream(bytes)) {
-            archiveStream(std::move(bytes));
-            return;
-        }
-        LineReader lines;
-        lines.open(std::move(bytes));
-        rinex::ObservationReader reader;
-        if (!reader.open(std::move(lines))) throw Failure(reader.error());
-        rinex::EpochBuilder builder(reader.header());
-        const StationName station = stationName(m_options.site, input, reader.header().markerName);
+        EpochSource source(input, m_stream);
+        rinex::EpochBuilder builder(source.header());
         InputReport& report = m_inputs.emplace_back();
         report.file = input;
-        try {
-            readAll(reader, builder, station, report);
-        } catch (const Failure&) {
+        const auto tell = [&] {
             report.losses = builder.losses();
+            report.stream = source.streamCounts();
+        };
+        try {
+            readAll(source, builder, report);
+        } catch (const Failure&) {
+            tell();
             throw;
         }
-        report.losses = builder.losses();
+        tell();
     }
 
-    void archiveStream(ByteInput input) {
-        const std::string name = input.name();
-        rtcm3::StreamReader reader = datedReader(name, m_streamTime);
-        if (m_options.streamStation >= 0) {
-            reader.setStation(static_cast<unsigned>(m_options.streamStation));
-        } else {
-            reader.keepToFirstStation();
-        }
-        reader.open(std::move(input));
-        rinex::EpochBuilder builder(reader.header());
-        rinex::ObservationEpoch epoch;
-        CHalvexStationObservation record;
-        std::uint32_t headerChanges = 0;
-        std::uint64_t epochs = 0;
-        Progress progress("archiving " + std::filesystem::path(name).filename().string());
-        using Result = rtcm3::StreamReader::Result;
-        for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
-            if (result != Result::epoch) continue;
-            ++epochs;
-            leaveOutDisabled(epoch);
-            if (reader.headerChanges() != headerChanges) {
-                headerChanges = reader.headerChanges();
-                builder.setHeader(reader.header());
-            }
-            if (builder.build(epoch, m_options.siteNumber, record)) {
-                add(record, stationName(m_options.site, name, reader.header().markerNumber), reader.header(), builder);
-            }
-            progress.update(reader.frames().input().bytesRead(), reader.frames().input().fileSize());
-        }
-        m_inputs.push_back({name, builder.losses(), 0, countsOf(reader)});
-        if (reader.error()) throw Failure(*reader.error());
-        if (epochs == 0 && reader.losses().undatedMessages != 0) throw undated(name);
-    }
-
-    void readAll(rinex::ObservationReader& reader, rinex::EpochBuilder& builder, const StationName& station,
-                 InputReport& report) {
-        using Result = rinex::ObservationReader::Result;
+    void readAll(EpochSource& source, rinex::EpochBuilder& builder, InputReport& report) {
+        using Result = EpochSource::Result;
+        std::optional<StationName> station;
         rinex::ObservationEpoch epoch;
         CHalvexStationObservation record;
         std::uint32_t headerChanges = 0;
         Progress progress("archiving " + std::filesystem::path(report.file).filename().string());
-        for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
+        for (Result result = source.next(epoch); result != Result::end; result = source.next(epoch)) {
             if (result == Result::error) {
-                if (!m_options.keepGoing) throw Failure(reader.error());
-                noteBad(reader.error().text());
+                if (!m_options.keepGoing) throw source.error();
+                noteBad(source.error().what());
                 continue;
             }
-            if (reader.headerChanges() != headerChanges) {
-                headerChanges = reader.headerChanges();
-                builder.setHeader(reader.header());
+            if (source.headerChanges() != headerChanges) {
+                headerChanges = source.headerChanges();
+                builder.setHeader(source.header());
             }
+            if (!station) station = stationName(m_options.site, report.file, source.marker());
             if (result == Result::event) ++report.events;
             if (result == Result::epoch && builder.build(epoch, m_options.siteNumber, record)) {
-                add(record, station, reader.header(), builder);
+                add(record, *station, source.header(), builder);
             }
-            progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
+            progress.update(source.bytesRead(), source.fileSize());
         }
     }
 
@@ -255,7 +216,7 @@ private:
     }
 
     const Options& m_options;
-    SMjdTime m_streamTime;
+    EpochSource::StreamChoice m_stream;
     EpochClock m_clock;
     CDecoupledFileWriteHandle m_handle;
     CDecoupledFileWrite* m_asynchronous = m_options.async ? m_handle.GetRealPointer() : nullptr;

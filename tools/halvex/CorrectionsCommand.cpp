@@ -26,6 +26,7 @@ struct Options {
     std::vector<std::string> navigation;
     std::vector<std::string> positions;
     std::string rtcm;
+    std::string streamTime;
     std::int32_t interval = 1;
     double mask = 10.0;  // [deg]
     bool keepGoing = false;
@@ -185,8 +186,10 @@ private:
             const CGeoCoord given = parseSite(m_options.positions[number - 1]).position;
             position = toCartesian({given.GetLatitude(), given.GetLongitude(), given.GetHeight()});
         }
-        m_streams.push_back(
-            std::make_unique<StationStream>(file, static_cast<std::int32_t>(number), m_options.keepGoing, position));
+        EpochSource::StreamChoice choice;
+        if (!m_options.streamTime.empty()) choice.time = parseTime(m_options.streamTime);
+        m_streams.push_back(std::make_unique<StationStream>(file, static_cast<std::int32_t>(number),
+                                                            m_options.keepGoing, position, choice));
     }
 
     /// Positions that are not good to some metres make the differences drift with the satellites.
@@ -199,10 +202,20 @@ private:
                         stream.name(), residuals.codeSpread));
     }
 
+    /// The epoch that a station's belongs to: receivers that let their clocks run are off by milliseconds.
+    static SMjdTime slotOf(const StationStream& stream) {
+        constexpr double kSlot = 100.0;  // [ms]
+        SMjdTime slot = stream.time();
+        slot.RoundTo(kSlot);
+        return slot;
+    }
+
     [[nodiscard]] std::optional<SMjdTime> nextTime() const {
         std::optional<SMjdTime> earliest;
         for (const auto& stream : m_streams) {
-            if (stream->epoch() != nullptr && (!earliest || stream->time() < *earliest)) earliest = stream->time();
+            if (stream->epoch() == nullptr) continue;
+            const SMjdTime slot = slotOf(*stream);
+            if (!earliest || slot < *earliest) earliest = slot;
         }
         return earliest;
     }
@@ -213,8 +226,9 @@ private:
         bool common = false;
         for (std::size_t i = 0; i < m_streams.size(); ++i) {
             StationStream& stream = *m_streams[i];
-            if (stream.epoch() == nullptr || stream.time() != t) continue;
-            const StationResiduals residuals = residualsOf(*stream.epoch(), t, stream.position(), m_orbits, mask);
+            if (stream.epoch() == nullptr || slotOf(stream) != t) continue;
+            const StationResiduals residuals =
+                residualsOf(*stream.epoch(), stream.time(), stream.position(), m_orbits, mask);
             checkPosition(stream, residuals);
             auto result = boost::make_shared<CHalvexZ9StationCorrection>();
             if (i == 0) {
@@ -311,13 +325,16 @@ void addCorrectionsCommand(CLI::App& app) {
     CLI::App* command = addSatelliteCommand(
         app, "corrections", "combined geometric and ionospheric differences between a master and auxiliary stations",
         "halvex corrections --master SEPT265G.21O.gz --aux 3034265G.21O.gz --nav SEPT2650.21P --rtcm network.rtcm3");
-    command->add_option("--master", options->master, "RINEX observation file of the master station")->required();
+    command->add_option("--master", options->master, "RINEX observation file or RTCM 3 stream of the master station")
+        ->required();
     command->add_option("--aux", options->auxiliaries, "those of the auxiliary stations, one after another")
         ->required();
-    command->add_option("--nav", options->navigation, "navigation files")->required();
+    command->add_option("--nav", options->navigation, "navigation files, or streams with ephemerides")->required();
     command->add_option("--position", options->positions,
                         "positions of the master and the auxiliary stations, in their order, each LAT,LON,H or X,Y,Z "
-                        "[from the headers]");
+                        "[from the files]");
+    command->add_option("--rtcm-time", options->streamTime,
+                        "about when RTCM 3 streams begin, within half a week [from the streams]");
     command->add_option("--rtcm", options->rtcm, "file for RTCM 3 frames: 1014, 1017, 1039");
     command->add_option("--interval", options->interval, "output interval [s]")
         ->check(CLI::Range(1, 3600))

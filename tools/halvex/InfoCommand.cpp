@@ -187,7 +187,7 @@ std::string readRinex(ByteInput input, Summary& summary) {
     Progress progress("reading " + name);
     rinex::ObservationEpoch epoch;
     using Result = rinex::ObservationReader::Result;
-    for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
+    for (Result result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
         progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
         if (result == Result::error) return reader.error().text();
         if (result == Result::event || epoch.flag == rinex::EpochFlag::cycleSlips) {
@@ -195,6 +195,7 @@ std::string readRinex(ByteInput input, Summary& summary) {
             continue;
         }
         const rinex::ObservationHeader& header = reader.header();
+        leaveOutDisabled(epoch);
         summary.addEpoch(rinex::toGpsTime(epoch.time, header.timeSystem, header.leapSeconds));
         for (const auto& satellite : epoch.satellites) {
             summary.addSatellite(satellite.id);

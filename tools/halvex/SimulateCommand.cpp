@@ -20,6 +20,7 @@ struct Options {
     std::string out, navigationOut;
     std::string start, position;
     std::string atmosphere = "on";
+    std::string noise = "on";
     double hours = 1.0;
     bool keepGoing = false;
 };
@@ -108,6 +109,9 @@ void addSimulateCommand(CLI::App& app) {
     command->add_option("--atmosphere", options->atmosphere, "delays by troposphere and ionosphere")
         ->check(CLI::IsMember({"on", "off"}))
         ->capture_default_str();
+    command->add_option("--noise", options->noise, "of every kind of observation")
+        ->check(CLI::IsMember({"on", "off"}))
+        ->capture_default_str();
     command->add_option("--seed", options->settings.seed, "noise, ambiguities and slips follow from it")
         ->capture_default_str();
     command->callback([options] {
@@ -115,6 +119,7 @@ void addSimulateCommand(CLI::App& app) {
         Simulation::Settings& settings = options->settings;
         settings.duration = options->hours * 3600.0;
         settings.atmosphere = options->atmosphere == "on";
+        settings.noise = options->noise == "on";
         if (!options->position.empty()) {
             const CGeoCoord site = parseSite(options->position).position;
             settings.position = toCartesian({site.GetLatitude(), site.GetLongitude(), site.GetHeight()});

@@ -9,11 +9,11 @@
 #include <optional>
 
 #include "formats/rinex/EpochBuilder.h"
-#include "formats/rinex/ObservationReader.h"
 #include "halvex/status/SiteSatStatus.h"
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/orbits/Sky.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/streams/EpochSource.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
 namespace halvex::tool {
@@ -73,10 +73,9 @@ public:
     }
 
     void run() {
-        rinex::ObservationReader reader;
-        if (!reader.open(m_options.file)) throw Failure(reader.error());
-        begin(reader.header());
-        const std::optional<Failure> failure = readAll(reader);
+        EpochSource source(m_options.file);
+        begin(source.header());
+        const std::optional<Failure> failure = readAll(source);
         finish();
         if (failure) throw Failure(*failure);
         if (m_epochs == 0) throw Failure(m_options.file + ": there is no epoch");
@@ -84,23 +83,23 @@ public:
 
 private:
     /// The fault that ended the reading, if one did.
-    std::optional<Failure> readAll(rinex::ObservationReader& reader) {
-        using Result = rinex::ObservationReader::Result;
-        rinex::EpochBuilder builder(reader.header());
+    std::optional<Failure> readAll(EpochSource& source) {
+        using Result = EpochSource::Result;
+        rinex::EpochBuilder builder(source.header());
         rinex::ObservationEpoch epoch;
         CHalvexStationObservation station;
         std::uint32_t headerChanges = 0;
         Progress progress("reading " + m_options.file);
-        for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
-            progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
+        for (Result result = source.next(epoch); result != Result::end; result = source.next(epoch)) {
+            progress.update(source.bytesRead(), source.fileSize());
             if (result == Result::error) {
-                if (!m_options.keepGoing) return Failure(reader.error());
+                if (!m_options.keepGoing) return source.error();
                 ++m_bad;
                 continue;
             }
-            if (reader.headerChanges() != headerChanges) {
-                headerChanges = reader.headerChanges();
-                builder.setHeader(reader.header());
+            if (source.headerChanges() != headerChanges) {
+                headerChanges = source.headerChanges();
+                builder.setHeader(source.header());
             }
             if (result == Result::epoch && builder.build(epoch, -1, station)) take(station);
         }

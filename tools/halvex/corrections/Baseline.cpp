@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <vector>
 
 #include "halvex/platform/caln/FrequencyMgr.h"
+#include "tools/halvex/simulation/Atmosphere.h"
 #include "tools/halvex/simulation/BroadcastOrbit.h"
 #include "tools/halvex/simulation/SignalPath.h"
 
@@ -14,11 +16,26 @@ namespace {
 
 constexpr double kFixedWithin = 0.25;   // [cycle]
 constexpr double kSlippedBeyond = 0.5;  // from one epoch to the next [cycle]
+constexpr double kKept = 0.99;          // of a deviation, from one epoch to the next, when all are adjusted
+constexpr double kOutlier = 0.1;        // from what the others say is common [m]
 
 double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
+}
+
+/// Mean of those that are near the median: with the same satellites as before it goes on without a step.
+double agreed(const std::vector<double>& values) {
+    const double middle = median(values);
+    double sum = 0.0;
+    double count = 0.0;
+    for (const double each : values) {
+        if (std::abs(each - middle) > kOutlier) continue;
+        sum += each;
+        count += 1.0;
+    }
+    return count > 0.0 ? sum / count : middle;
 }
 
 std::optional<double> codeOf(const CHalvexObservation& observation, unsigned slot) {
@@ -59,7 +76,8 @@ StationResiduals residualsOf(const CHalvexStationObservation& station, const SMj
         const rinex::NavigationRecord* ephemeris;
         double elevation;
     };
-    const LocalFrame frame(position);
+    const ORBIT_GEOGRAPHIC geographic = toGeographic(position);
+    const LocalFrame frame(position, geographic);
     const double seconds = t.GetGpsSeconds();
     std::vector<Seen> seen;
     std::vector<double> clocks;
@@ -84,6 +102,7 @@ StationResiduals residualsOf(const CHalvexStationObservation& station, const SMj
         if (!path) continue;
         StationResiduals::Satellite satellite;
         satellite.elevation = each.elevation;
+        satellite.troposphere = troposphereDelay(geographic, each.elevation);
         satellite.issueOfData = issueOfDataOf(*each.ephemeris);
         for (unsigned slot = 0; slot < kFrequencySlots; ++slot) {
             StationResiduals::Signal& signal = satellite.signals[slot];
@@ -159,7 +178,7 @@ void Levelling::levelCarrier(CALN::eCALSATSYSTEM system, unsigned slot, const St
         const StationResiduals::Signal* signal;
         Level* level;
         const Level* master;
-        double metres;  // single difference with the auxiliary station's ambiguity
+        double metres;  // single difference with the auxiliary station's ambiguity, without the troposphere
         [[nodiscard]] double levelled() const { return metres - level->cycles * signal->wavelength; }
     };
     std::vector<Difference> differences;
@@ -172,26 +191,37 @@ void Levelling::levelCarrier(CALN::eCALSATSYSTEM system, unsigned slot, const St
         const Level& masterLevel = masterLevels.m_levels.at(id)[slot];
         Level& level = m_levels[id][slot];
         if (level.masterBegun != masterLevel.begun) level.set = false;
-        const double metres = signal.phaseMetres - (other.phaseMetres - masterLevel.cycles * other.wavelength);
+        const double troposphere = satellite.troposphere - found->second.troposphere;
+        const double metres =
+            signal.phaseMetres - (other.phaseMetres - masterLevel.cycles * other.wavelength) - troposphere;
         differences.push_back({id, &satellite, &signal, &level, &masterLevel, metres});
     }
     if (differences.empty()) return;
 
-    // What all have in common: of those that go on; without any, of the highest satellite.
+    // What all have in common: such that those that go on go on smoothly; without any, what brings most of them next to
+    // whole cycles.
     std::vector<double> known;
     for (const Difference& each : differences) {
-        if (each.level->set) known.push_back(each.levelled());
+        if (each.level->set) known.push_back(each.levelled() - kKept * each.level->deviation);
     }
-    double common = 0.0;
     if (known.empty()) {
-        const Difference& highest = *std::max_element(
-            differences.begin(), differences.end(),
-            [](const Difference& a, const Difference& b) { return a.satellite->elevation < b.satellite->elevation; });
-        common =
-            highest.metres - std::nearbyint(highest.metres / highest.signal->wavelength) * highest.signal->wavelength;
-    } else {
-        common = median(known);
+        double least = std::numeric_limits<double>::infinity();
+        std::vector<double> fractions(differences.size());
+        for (const Difference& candidate : differences) {
+            const double start = std::remainder(candidate.metres, candidate.signal->wavelength);
+            double sum = 0.0;
+            for (std::size_t i = 0; i < differences.size(); ++i) {
+                fractions[i] = std::remainder(differences[i].metres - start, differences[i].signal->wavelength);
+                sum += std::abs(fractions[i]);
+                fractions[i] += start;
+            }
+            if (sum < least) {
+                least = sum;
+                known = fractions;
+            }
+        }
     }
+    const double common = agreed(known);
     for (const Difference& each : differences) {
         const double wavelength = each.signal->wavelength;
         const bool slipped =

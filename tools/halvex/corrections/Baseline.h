@@ -22,7 +22,8 @@ struct StationResiduals {
         double wavelength = 0.0;   ///< [m]
     };
     struct Satellite {
-        double elevation = 0.0;  ///< [rad]
+        double elevation = 0.0;    ///< [rad]
+        double troposphere = 0.0;  ///< modelled delay, still in the residuals [m]
         std::uint8_t issueOfData = 0;
         std::array<Signal, kFrequencySlots> signals;
     };
@@ -37,11 +38,14 @@ struct StationResiduals {
 /// Whole cycles that are taken off a station's phases, signal by signal, so that those of two stations can be compared.
 ///
 /// The master's are arbitrary: what brings a phase next to zero when it is first seen. An auxiliary station's are such
-/// that its single difference to the master, less what all satellites of that carrier have in common (the receivers'
-/// clocks and delays), is next to zero when it is first seen: right as long as atmosphere and orbits differ by less
-/// than half a cycle between the stations, which holds over some ten kilometres. A signal that is further than a
-/// quarter of a cycle from whole cycles counts as not fixed; one that comes to be further than half a cycle has
-/// slipped, and is begun anew, as after a loss of lock on either side.
+/// that its single difference to the master, less the modelled troposphere and what all satellites of that carrier have
+/// in common (the receivers' clocks and delays), is next to zero when it is first seen: right as long as ionosphere and
+/// orbits differ by less than half a cycle between the stations, which holds over some ten kilometres. A signal that is
+/// further than a quarter of a cycle from whole cycles counts as not fixed; one that jumps by more than half a cycle
+/// has slipped, and is begun anew, as after a loss of lock on either side.
+///
+/// What all have in common follows the mean of the satellites that go on, so that the differences are smooth whatever
+/// satellites come and go.
 class Levelling {
 public:
     /// The master's result: every signal counts as fixed.

@@ -7,8 +7,8 @@
 #include <optional>
 
 #include "formats/io/FixedNumber.h"
-#include "formats/rinex/ObservationReader.h"
 #include "tools/halvex/Tool.h"
+#include "tools/halvex/streams/EpochSource.h"
 
 namespace halvex::tool {
 namespace {
@@ -56,9 +56,10 @@ Site parseSite(const std::string& text) {
         throw Failure("the site '" + text + "' is neither LAT,LON,H nor X,Y,Z nor an observation file",
                       Failure::kWrongUsage);
     }
-    rinex::ObservationReader reader;
-    if (!reader.open(text)) throw Failure(reader.error());
-    const auto& header = reader.header();
+    EpochSource source(text);
+    const rinex::ObservationHeader& header = source.header();
+    rinex::ObservationEpoch epoch;
+    if (!header.position && source.next(epoch) == EpochSource::Result::error) throw source.error();
     if (!header.position || !isOnEarth(*header.position)) {
         throw Failure(text + ": its header has no position; give the site as LAT,LON,H or X,Y,Z");
     }

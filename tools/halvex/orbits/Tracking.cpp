@@ -4,10 +4,9 @@
 
 #include <algorithm>
 
-#include "formats/rinex/ObservationReader.h"
 #include "formats/rinex/SatelliteName.h"
 #include "formats/rinex/TimeSystems.h"
-#include "tools/halvex/systems/EnabledSystems.h"
+#include "tools/halvex/streams/EpochSource.h"
 
 namespace halvex::tool {
 
@@ -37,21 +36,21 @@ Json Tracking::Counts::json() const {
 Tracking::Tracking(OrbitFiles& orbits, const Site& site, const std::string& file, const SMjdTime& from,
                    const SMjdTime& to, bool keepGoing)
     : m_file(file) {
-    rinex::ObservationReader reader;
-    if (!reader.open(file)) throw Failure(reader.error());
+    EpochSource source(file);
     for (const auto& [id, count] : orbits.satellites()) m_systems[id.system];
     Progress progress("reading " + file);
     rinex::ObservationEpoch epoch;
     std::vector<CALN::SCalSatID> tracked;
-    using Result = rinex::ObservationReader::Result;
-    for (Result result = nextEnabled(reader, epoch); result != Result::end; result = nextEnabled(reader, epoch)) {
-        progress.update(reader.lines().bytesRead(), reader.lines().fileSize());
+    using Result = EpochSource::Result;
+    for (Result result = source.next(epoch); result != Result::end; result = source.next(epoch)) {
+        progress.update(source.bytesRead(), source.fileSize());
         if (result == Result::error) {
-            if (!keepGoing) throw Failure(reader.error());
+            if (!keepGoing) throw source.error();
             ++m_faults;
         }
         if (result != Result::epoch || epoch.flag == rinex::EpochFlag::cycleSlips) continue;
-        const SMjdTime t = rinex::toGpsTime(epoch.time, reader.header().timeSystem, reader.header().leapSeconds);
+        const rinex::ObservationHeader& header = source.header();
+        const SMjdTime t = rinex::toGpsTime(epoch.time, header.timeSystem, header.leapSeconds);
         if ((from.IsSet() && t < from) || (to.IsSet() && t > to)) continue;
         tracked.clear();
         for (const auto& satellite : epoch.satellites) {

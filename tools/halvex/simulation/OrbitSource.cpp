@@ -219,7 +219,7 @@ void OwnConstellation::renewGlonass(Satellite& satellite, unsigned char number, 
     if (!satellite.reference.IsSet()) {
         satellite.state = circularState(satellite.plan->radius, satellite.plan->inclination * kDegree, satellite.node,
                                         satellite.anomaly + satellite.perigee);
-        satellite.reference = reference;
+        satellite.reference = bestReference(*satellite.plan, m_start);
     }
     while (satellite.reference < reference) {
         SMjdTime next = satellite.reference;

@@ -124,6 +124,7 @@ void Simulation::fill(Satellite& satellite, const rinex::NavigationRecord& ephem
     if (now.elevation < kMask) return;
     const Sight before = sight(ephemeris, seconds - 0.5);
     const Sight after = sight(ephemeris, seconds + 0.5);
+    const double noiseSize = m_settings.noise ? 1.0 : 0.0;
     const double l1 = CALN::getCarrierFrequency(CALN::eCALFREQUENCY_L1);
     CHalvexObservation observation(
         CPrnID(satellite.id.number, static_cast<CPrnID::PrnType>(systemOfCode(satellite.id.system)->typeBit())));
@@ -141,7 +142,9 @@ void Simulation::fill(Satellite& satellite, const rinex::NavigationRecord& ephem
             ++m_slips;
             satellite.ambiguity[slot] += 1.0 + std::floor(100.0 * noise(satellite.id, slot, 2));
         }
-        const auto spread = [&](unsigned kind, double size) { return size * (noise(satellite.id, slot, kind) - 0.5); };
+        const auto spread = [&](unsigned kind, double size) {
+            return noiseSize * size * (noise(satellite.id, slot, kind) - 0.5);
+        };
         observation.setPseudorangeC(slot, toMillis(codeRange(now) + spread(3, 0.6)));
         if (!order.precise.empty()) observation.setPseudorangeP(slot, toMillis(codeRange(now) + spread(4, 0.3)));
         observation.setPhase(slot, toMillis(cycles(now) + satellite.ambiguity[slot] + spread(5, 0.02)), true);

@@ -24,7 +24,7 @@ namespace halvex::tool {
 /// dt: the satellite's clock then (see broadcastClock); T, I: troposphere and, on the GPS L1 carrier f1, ionosphere
 /// (see Atmosphere.h), or 0. The receiver's clock is GPS time, signals have no delays in satellite or receiver. Doppler
 /// is the rate of the phase over the second around the epoch. Noise is spread evenly over +-0.3 m (C), +-0.15 m (P),
-/// +-0.01 cycles, +-0.05 Hz and +-0.5 dB. docs/simulation.md says the same with its sources.
+/// +-0.01 cycles, +-0.05 Hz and +-0.5 dB, or 0. docs/simulation.md says the same with its sources.
 class Simulation {
 public:
     struct Settings {
@@ -35,6 +35,7 @@ public:
         std::string site = "SIMU00XXX";
         std::uint64_t seed = 1;
         bool atmosphere = true;
+        bool noise = true;
     };
 
     /// `orbits` outlives the simulation, which alone asks it.

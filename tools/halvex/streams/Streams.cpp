@@ -67,10 +67,6 @@ rtcm3::StreamPreview lookAhead(const std::string& name, const SMjdTime& latest, 
     return nothing;
 }
 
-Failure undated(const std::string& name) {
-    return Failure(name + ": nothing in the stream tells its date: give it with --rtcm-time");
-}
-
 rtcm3::StreamReader datedReader(const std::string& name, const SMjdTime& time) {
     rtcm3::StreamReader reader(latestPlausible());
     reader.setPreview(lookAhead(name, latestPlausible(), time));

@@ -25,9 +25,6 @@ using StreamCounts = std::vector<std::pair<std::string, std::uint64_t>>;
 /// beforehand, from standard input the reader dates itself as it goes. The caller opens it.
 [[nodiscard]] rtcm3::StreamReader datedReader(const std::string& name, const SMjdTime& time);
 
-/// What to tell when nothing dates the observations of a stream.
-[[nodiscard]] Failure undated(const std::string& name);
-
 [[nodiscard]] StreamCounts countsOf(const rtcm3::StreamReader& reader);
 
 /// What is in a stream, for people and for --json.

@@ -33,12 +33,6 @@ void leaveOutDisabled(rinex::ObservationEpoch& epoch) {
     std::erase_if(epoch.satellites, [](const auto& satellite) { return Switch::IsSatSystemDisabled(satellite.id); });
 }
 
-rinex::ObservationReader::Result nextEnabled(rinex::ObservationReader& reader, rinex::ObservationEpoch& epoch) {
-    const auto result = reader.next(epoch);
-    leaveOutDisabled(epoch);
-    return result;
-}
-
 bool loadEnabled(CHalvexStationObservation& station, std::span<const unsigned char> block) {
     if (!station.loadData(block.data(), block.size())) return false;
     const std::int32_t mask = Switch::GetSatSystemDisableMask();

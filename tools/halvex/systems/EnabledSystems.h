@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/rinex/ObservationReader.h"
+#include "formats/rinex/ObservationEpoch.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/status/SatelliteSystemDisablingHelper.h"
 #include "tools/halvex/Tool.h"
@@ -24,9 +24,6 @@ void tellDisabledSystems(Json& json);
 
 /// Takes the satellites of disabled systems out of an epoch.
 void leaveOutDisabled(rinex::ObservationEpoch& epoch);
-/// Reads the next epoch or event of a file, without the satellites of disabled systems.
-[[nodiscard]] rinex::ObservationReader::Result nextEnabled(rinex::ObservationReader& reader,
-                                                           rinex::ObservationEpoch& epoch);
 /// Loads an archived epoch without them; false when the block is none.
 [[nodiscard]] bool loadEnabled(CHalvexStationObservation& station, std::span<const unsigned char> block);
 
