@@ -171,6 +171,11 @@ public:
         while (std::optional<SMjdTime> t = nextTime()) step(producer, *t);
         m_sink.finish();
         if (m_epochs == 0) throw Failure(m_options.master + ": has no epoch in common with another station");
+        if (m_taken == 0) {
+            throw Failure(fmt::format("{}: no epoch from {} to {} has satellites with an orbit and phases that can be "
+                                      "used: do the navigation files serve it?",
+                                      m_options.master, formatTime(m_first), formatTime(m_last)));
+        }
         if (m_sink.printer) {
             m_sink.printer->finish(tail());
         } else {
@@ -324,7 +329,7 @@ void addCorrectionsCommand(CLI::App& app) {
     auto options = std::make_shared<Options>();
     CLI::App* command = addSatelliteCommand(
         app, "corrections", "combined geometric and ionospheric differences between a master and auxiliary stations",
-        "halvex corrections --master SEPT265G.21O.gz --aux 3034265G.21O.gz --nav SEPT2650.21P --rtcm network.rtcm3");
+        "halvex corrections --master 07590920.05o --aux 30400920.05o --nav 07590920.05n --rtcm network.rtcm3");
     command->add_option("--master", options->master, "RINEX observation file or RTCM 3 stream of the master station")
         ->required();
     command->add_option("--aux", options->auxiliaries, "those of the auxiliary stations, one after another")
