@@ -7,8 +7,9 @@
 #include "halvex/platform/caln/FrequencyMgr.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/Station.h"
-#include "tools/halvex/simulation/Atmosphere.h"
-#include "tools/halvex/simulation/SignalPath.h"
+#include "tools/halvex/signals/Atmosphere.h"
+#include "tools/halvex/signals/SignalPath.h"
+#include "tools/halvex/simulation/OwnConstellation.h"
 #include "tools/halvex/simulation/Simulation.h"
 
 namespace halvex::test {

@@ -3,8 +3,9 @@
 
 #include "tests/support/Environment.h"
 #include "tests/tools/Station.h"
-#include "tools/halvex/simulation/Atmosphere.h"
-#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
+#include "tools/halvex/signals/Atmosphere.h"
+#include "tools/halvex/simulation/OwnConstellation.h"
 #include "tools/halvex/simulation/Simulation.h"
 
 namespace halvex::test {

@@ -7,6 +7,7 @@
 #include "formats/rinex/ObservationWriter.h"
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/orbits/Site.h"
+#include "tools/halvex/simulation/OwnConstellation.h"
 #include "tools/halvex/simulation/Simulation.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "halvex/platform/caln/FrequencyMgr.h"
-#include "tools/halvex/simulation/Atmosphere.h"
-#include "tools/halvex/simulation/BroadcastOrbit.h"
-#include "tools/halvex/simulation/SignalPath.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
+#include "tools/halvex/signals/Atmosphere.h"
+#include "tools/halvex/signals/SignalPath.h"
 
 namespace halvex::tool {
 namespace {

@@ -7,7 +7,7 @@
 #include "halvex/corrections/StationCorrection.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/platform/caln/Coordinates.h"
-#include "tools/halvex/simulation/OrbitSource.h"
+#include "tools/halvex/orbits/OrbitSource.h"
 
 namespace halvex::tool {
 

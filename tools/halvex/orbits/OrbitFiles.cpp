@@ -15,7 +15,7 @@
 #include "halvex/orbits/HalvexEphemerisNAVIC.h"
 #include "halvex/orbits/HalvexEphemerisQZSS.h"
 #include "halvex/time/SatelliteTime.h"
-#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
 #include "tools/halvex/streams/Streams.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 

@@ -4,10 +4,10 @@
 #include <numbers>
 
 #include "formats/rinex/ObservationWriter.h"
-#include "tools/halvex/simulation/Atmosphere.h"
-#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
+#include "tools/halvex/signals/Atmosphere.h"
+#include "tools/halvex/signals/SignalPath.h"
 #include "tools/halvex/simulation/MixedBits.h"
-#include "tools/halvex/simulation/SignalPath.h"
 
 namespace halvex::tool {
 namespace {

@@ -10,7 +10,7 @@
 #include "halvex/observations/ContLockCount.h"
 #include "halvex/observations/HalvexStationObservation.h"
 #include "halvex/platform/caln/Coordinates.h"
-#include "tools/halvex/simulation/OrbitSource.h"
+#include "tools/halvex/orbits/OrbitSource.h"
 
 namespace halvex::tool {
 

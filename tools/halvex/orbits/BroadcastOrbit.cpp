@@ -1,11 +1,11 @@
-#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
 
 #include <cmath>
 #include <concepts>
 
 #include "halvex/platform/caln/KeplerOrbit.h"
 #include "halvex/platform/caln/SatPosition.h"
-#include "tools/halvex/simulation/SignalPath.h"
+#include "tools/halvex/signals/SignalPath.h"
 
 namespace halvex::tool {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/halvex/simulation/OrbitSource.h"
+#include "tools/halvex/simulation/OwnConstellation.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 
 #include "formats/rinex/GlonassFields.h"
 #include "formats/rinex/TimeSystems.h"
-#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
 #include "tools/halvex/simulation/MixedBits.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
@@ -246,27 +246,6 @@ void OwnConstellation::renewGlonass(Satellite& satellite, unsigned char number, 
     r.accuracyIndex = 3;  // 2.5 m
     r.healthFlags = 0x3;  // known, healthy
     satellite.record = r;
-}
-
-FileOrbits::FileOrbits(const std::vector<std::string>& files, bool keepGoing)
-    : m_files(keepGoing, SMjdTime(), [this](const rinex::NavigationRecord& record) {
-          m_records[{satelliteOf(record), referenceTimeOf(record)}] = record;
-      }) {
-    m_files.read(files);
-    if (m_records.empty()) throw Failure(files.front() + ": there is no ephemeris that can be used");
-}
-
-std::map<CALN::SCalSatID, int> FileOrbits::satellites() const {
-    std::map<CALN::SCalSatID, int> channels;
-    for (const auto& [key, record] : m_records) channels[key.first] = glonassChannelOf(record);
-    return channels;
-}
-
-const rinex::NavigationRecord* FileOrbits::serving(const CALN::SCalSatID& id, const SMjdTime& t) {
-    const auto chosen = m_files.calculator().GetEngine().GetSatPosition(id, t);
-    if (!chosen || !chosen->healthy || chosen->type != CALN::eCALEPHEMERISTYPE_EPHEMERIS) return nullptr;
-    const auto at = m_records.find({id, chosen->referenceTime});
-    return at != m_records.end() ? &at->second : nullptr;
 }
 
 }  // namespace halvex::tool

@@ -1,9 +1,9 @@
-#include "tools/halvex/simulation/SignalPath.h"
+#include "tools/halvex/signals/SignalPath.h"
 
 #include <cmath>
 
 #include "halvex/platform/caln/KeplerOrbit.h"
-#include "tools/halvex/simulation/BroadcastOrbit.h"
+#include "tools/halvex/orbits/BroadcastOrbit.h"
 
 namespace halvex::tool {
 

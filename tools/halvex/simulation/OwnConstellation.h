@@ -1,30 +1,12 @@
 #pragma once
 
-#include <functional>
 #include <map>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include "formats/rinex/NavigationRecords.h"
 #include "halvex/platform/caln/GlonassMotion.h"
 #include "halvex/platform/caln/KeplerOrbit.h"
-#include "tools/halvex/orbits/OrbitFiles.h"
+#include "tools/halvex/orbits/OrbitSource.h"
 
 namespace halvex::tool {
-
-/// Where a simulation has its satellites and their ephemerides from. Instants are on the GPS scale and do not go back.
-/// One thread at a time.
-class OrbitSource {
-public:
-    virtual ~OrbitSource() = default;
-    /// Every satellite there is, with its GLONASS channel (0: another system).
-    [[nodiscard]] virtual std::map<CALN::SCalSatID, int> satellites() const = 0;
-    /// The ephemeris that serves a satellite at an instant: the one of the least effective age (see
-    /// CALN::getEffectiveAge), of two equally old ones the later. Null when there is none, or it says that the
-    /// satellite is not healthy. Stands until the next call for that satellite.
-    [[nodiscard]] virtual const rinex::NavigationRecord* serving(const CALN::SCalSatID& id, const SMjdTime& t) = 0;
-};
 
 /// Satellites that never were: thirty of GPS and 24 each of GLONASS, Galileo and BeiDou, those of BeiDou with numbers
 /// up to 5 geostationary. Each has one orbit and one clock for all time from the start on, and an ephemeris of them
@@ -70,21 +52,6 @@ private:
 
     SMjdTime m_start;
     std::map<CALN::SCalSatID, Satellite> m_satellites;
-};
-
-/// The satellites and ephemerides of navigation files, chosen as the elevation-azimuth engine does. Failure when a file
-/// cannot be read or none has an ephemeris; faults in them as OrbitFiles treats them.
-class FileOrbits final : public OrbitSource {
-public:
-    FileOrbits(const std::vector<std::string>& files, bool keepGoing);
-    [[nodiscard]] std::map<CALN::SCalSatID, int> satellites() const override;
-    [[nodiscard]] const rinex::NavigationRecord* serving(const CALN::SCalSatID& id, const SMjdTime& t) override;
-    /// What was read.
-    [[nodiscard]] const OrbitFiles& files() const { return m_files; }
-
-private:
-    OrbitFiles m_files;
-    std::map<std::pair<CALN::SCalSatID, SMjdTime>, rinex::NavigationRecord> m_records;
 };
 
 }  // namespace halvex::tool

@@ -1,4 +1,4 @@
-#include "tools/halvex/simulation/Atmosphere.h"
+#include "tools/halvex/signals/Atmosphere.h"
 
 #include <algorithm>
 #include <cmath>
