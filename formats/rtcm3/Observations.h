@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "formats/rtcm3/EpochTime.h"
 #include "formats/rtcm3/FrameReader.h"
 #include "formats/rtcm3/Signals.h"
 
@@ -22,14 +23,6 @@ struct Measurement {
     bool halfCycle = false;  ///< the phase may be off by half a cycle
     /// The phase range may step by this many cycles, with no slip, to stay near the pseudorange; 0: it does not.
     int phaseStep = 0;
-};
-
-/// How a message tells its time.
-enum class EpochScale : std::uint8_t {
-    gpsWeek,        ///< GPS, Galileo, QZSS, SBAS, NavIC: of the GPS week
-    beidouWeek,     ///< of the BeiDou week
-    glonassDay,     ///< of the Moscow day
-    glonassInWeek,  ///< the same with the day of the week
 };
 
 /// One message of observations.
