@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "formats/rinex/EpochBuilder.h"
+#include "formats/rinex/SatelliteName.h"
+#include "formats/rtcm3/Ssr.h"
 #include "formats/rtcm3/StreamReader.h"
 #include "fuzz/Require.h"
 #include "halvex/platform/pio/Rtcm3.h"
@@ -13,6 +15,7 @@ namespace {
 
 using halvex::fuzz::require;
 using namespace halvex::rtcm3;
+using halvex::rinex::lastSatelliteInFiles;
 
 /// Bytes as the one message of a stream: a fuzzer finds no check sums.
 std::string framed(const std::string& message) {
@@ -24,7 +27,36 @@ std::string framed(const std::string& message) {
     return frame;
 }
 
+/// Corrections: of satellites that there are, and their records the same when they come back.
+void readCorrections(const std::string& bytes) {
+    halvex::ByteInput input;
+    input.openBytes("fuzz", bytes);
+    FrameReader frames;
+    frames.open(std::move(input));
+    SsrMessages read;
+    while (const auto frame = frames.next()) {
+        if (!readSsr(*frame, SMjdTime(2010, 302400.0), read)) continue;
+        require(ssrTypeOf({frame->number, frame->subType}).has_value());
+        require(!read.messages.empty() && read.bitsLeft <= frame->message.size() * 8);
+        for (const CHalvexSSRCorr::Message& message : read.messages) {
+            std::vector<CALN::SCalSatID> satellites;
+            message->getSatIDs(satellites);
+            for (const CALN::SCalSatID& id : satellites) {
+                const auto* const system = halvex::systemOfCode(id.system);
+                require(id.system == message->system);
+                require(system == nullptr || (id.number >= 1 && id.number <= lastSatelliteInFiles(*system)));
+            }
+            const CHalvexSSRCorr record(CHalvexUniqueSiteID(), message);
+            std::vector<unsigned char> saved(record.getSize());
+            record.saveData(saved.data(), saved.size());
+            CHalvexSSRCorr again;
+            require(again.loadData(saved.data(), saved.size()) && again == record);
+        }
+    }
+}
+
 void readAll(const std::string& bytes) {
+    readCorrections(bytes);
     const SMjdTime reference(2010, 302400.0);
     halvex::ByteInput input;
     input.openBytes("fuzz", bytes);

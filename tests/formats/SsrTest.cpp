@@ -4,6 +4,7 @@
 #include "formats/rinex/SatelliteName.h"
 #include "formats/rtcm3/Ssr.h"
 #include "tests/formats/RtcmFrames.h"
+#include "tests/formats/SsrEntries.h"
 
 namespace halvex::rtcm3 {
 namespace {
@@ -13,62 +14,44 @@ using Fields = std::vector<std::pair<std::int64_t, unsigned>>;
 
 const SMjdTime kReference(2010, 171000.0);
 
-std::string told(const CALN::SSROrbitKind::Entry& e) {
-    return fmt::format("{} {} {} {} {} {} {}", e.issueOfData, e.radial, e.alongTrack, e.crossTrack, e.radialRate,
-                       e.alongTrackRate, e.crossTrackRate);
-}
-std::string told(const CALN::SSRClockKind::Entry& e) {
-    return fmt::format("{} {} {}", e.c0, e.c1, e.c2);
-}
-std::string told(const CALN::SSRHighRateClockKind::Entry& e) {
-    return std::to_string(e.correction);
-}
-std::string told(const CALN::SSRURAKind::Entry& e) {
-    return std::to_string(e.ura);
-}
-std::string told(const CALN::SSRCodeBiasKind::Entry& e) {
-    std::string text;
-    for (const auto& bias : e.biases) text += fmt::format("({} {})", bias.signal, bias.bias);
-    return text;
-}
-std::string told(const CALN::SSRPhaseBiasKind::Entry& e) {
-    std::string text = fmt::format("{} {}", e.yawAngle, e.yawRate);
-    for (const auto& b : e.biases) {
-        text += fmt::format("({} {} {} {} {})", b.signal, b.integer, b.wideLane, b.discontinuityCounter, b.bias);
-    }
-    return text;
-}
-std::string told(const CALN::QTVertIonoKind::Entry& e) {
-    return fmt::format("{} {}x{} {}: {} / {}", e.height, e.degree, e.order, e.quality, fmt::join(e.cosines, " "),
-                       fmt::join(e.sines, " "));
-}
-
-template <class Message>
-bool tell(const CALN::SSRCorrMsgBaseT& base, std::string& text) {
-    const auto* message = dynamic_cast<const Message*>(&base);
-    if (message == nullptr) return false;
-    for (const auto& entry : message->entries) {
-        text += "; " + (entry.satId.number != 0 ? rinex::satelliteName(entry.satId) + " " : "") + told(entry);
-    }
-    return true;
-}
-
 /// Type, system, week:seconds, interval, more to come, issue, provider, solution, datum; entries.
 std::string story(const SsrMessages& read) {
+    using namespace CALN;
     std::string text;
+    const auto say = [&text](const SCalSatID& id, auto... values) {
+        text += "; " + (id.number != 0 ? rinex::satelliteName(id) : "layer");
+        ((text += fmt::format(" {}", values)), ...);
+    };
     for (const auto& pointer : read.messages) {
-        const CALN::SSRCorrMsgBaseT& m = *pointer;
+        const SSRCorrMsgBaseT& m = *pointer;
         text += fmt::format("{}{} {} {}:{} {} {} {} {} {} {}", text.empty() ? "" : " | ",
                             static_cast<unsigned>(m.GetSSRType()), static_cast<unsigned>(m.system),
                             m.epoch.GetGpsWeek(), m.epoch.GetGpsSeconds(), m.updateInterval, m.multipleMessage,
                             m.issueOfData, m.provider, m.solution, m.referenceDatum);
-        const bool known = tell<CALN::SSROrbitCorrMsgT>(m, text) || tell<CALN::SSRClockCorrMsgT>(m, text) ||
-                           tell<CALN::SSRHighRateClockMsgT>(m, text) || tell<CALN::SSRCodeBiasMsgT>(m, text) ||
-                           tell<CALN::SSRPhaseBiasMsgT>(m, text) || tell<CALN::SSRURAMsgT>(m, text) ||
-                           tell<CALN::QTVertIonoCorrMsgT>(m, text);
-        EXPECT_TRUE(known);
+        test::eachOf<SSROrbitCorrMsgT>(m, [&](const auto& e) {
+            say(e.satId, e.issueOfData, e.radial, e.alongTrack, e.crossTrack, e.radialRate, e.alongTrackRate,
+                e.crossTrackRate);
+        });
+        test::eachOf<SSRClockCorrMsgT>(m, [&](const auto& e) { say(e.satId, e.c0, e.c1, e.c2); });
+        test::eachOf<SSRHighRateClockMsgT>(m, [&](const auto& e) { say(e.satId, e.correction); });
+        test::eachOf<SSRURAMsgT>(m, [&](const auto& e) { say(e.satId, e.ura); });
+        test::eachOf<SSRCodeBiasMsgT>(m, [&](const auto& e) {
+            say(e.satId);
+            for (const auto& bias : e.biases) text += fmt::format(" ({} {})", bias.signal, bias.bias);
+        });
+        test::eachOf<SSRPhaseBiasMsgT>(m, [&](const auto& e) {
+            say(e.satId, e.yawAngle, e.yawRate);
+            for (const auto& b : e.biases) {
+                text +=
+                    fmt::format(" ({} {} {} {} {})", b.signal, b.integer, b.wideLane, b.discontinuityCounter, b.bias);
+            }
+        });
+        test::eachOf<QTVertIonoCorrMsgT>(m, [&](const auto& e) {
+            say(e.satId, e.height, e.degree, e.order, e.quality);
+            text += fmt::format(" {} / {}", fmt::join(e.cosines, " "), fmt::join(e.sines, " "));
+        });
     }
-    return text;
+    return text + (read.unknownSatellites != 0 ? fmt::format(" unknown: {}", read.unknownSatellites) : "");
 }
 
 std::optional<SsrMessages> read(const std::string& message, const SMjdTime& reference = kReference) {
@@ -117,12 +100,11 @@ std::vector<std::pair<std::string, std::string>> goldens() {
     put(head(1058, 171680), {kSame, {{2, 6}, {5, 6}}, kClock, {{6, 6}}, kClock},
         "3" + gps + "0; G05 " + kClockText + "; G06 " + kClockText);
     put(head(1059, 171680), {kSame, {{2, 6}, {5, 6}, {2, 5}, {0, 5}, {-8192, 14}, {31, 5}, {8191, 14}, {7, 6}, {0, 5}}},
-        "6" + gps + "0; G05 (0 -8192)(31 8191); G07 ");
-    put(head(1061, 171680), {kSame, {{1, 6}, {5, 6}, {63, 6}}}, "8" + gps + "0; G05 63");
+        "6" + gps + "0; G05 (0 -8192) (31 8191); G07");
     put(head(1062, 171680), {kSame, {{1, 6}, {5, 6}, {-2097152, 22}}}, "9" + gps + "0; G05 -2097152");
     put(head(1265, 171680),
         {kSame, {{3, 2}, {1, 6}, {5, 6}, {1, 5}, {511, 9}, {-128, 8}, {2, 5}, {1, 1}, {3, 2}, {15, 4}, {-524288, 20}}},
-        "5" + gps + "0; G05 511 -128(2 1 3 15 -524288)");
+        "5" + gps + "0; G05 511 -128 (2 1 3 15 -524288)");
     // 171680 of the week is 85280 of the second day: 18 s less and three hours more in Moscow, on the third.
     put(head(1066, 9662, 17), {{{1, 1}}, kSame, {{1, 6}, {24, 5}, {77, 8}}, kOrbit, kClock},
         "2 2 2010:171680" + common + "1; R24 77 " + kOrbitText + " | 4 2 2010:171680" + common + "1; R24 " +
@@ -144,10 +126,21 @@ std::vector<std::pair<std::string, std::string>> goldens() {
         "6 5 2010:171680" + common + "0; C63 (3 -1)");
     put(igsHead(66), {kSame, {{1, 2}, {0, 6}}}, "5 3 2010:171680" + common + "0");
     put(igsHead(127), {kSame, {{1, 6}, {1, 6}, {9, 6}}}, "8 4 2010:171680" + common + "0; S20 9");
+    // Of each system one satellite that does not exist and one that does.
+    const std::tuple<unsigned, unsigned, std::int64_t, std::int64_t, const char*> satellites[] = {
+        {1061, 6, 33, 1, "1; G01"},
+        {1061, 6, 0, 32, "1; G32"},
+        {1244, 6, 37, 36, "3; E36"},
+        {1250, 4, 11, 10, "6; J10"},
+        {1256, 6, 39, 38, "4; S58"}};
+    for (const auto& [number, width, none, one, name] : satellites) {
+        put(head(number, 171680), {kSame, {{2, width}, {none, width}, {3, 6}, {one, width}, {4, 6}}},
+            fmt::format("8 {} 2010:171680{}0{} 4 unknown: 1", name[0], common, name + 1));
+    }
     // Cosines of order 0 (degrees 0 to 2) and 1 (1 and 2), sines of order 1; then a layer of degree and order 1.
     const Fields layers{{511, 9}, {1, 2},   {45, 8},  {1, 4}, {0, 4}, {-32768, 16}, {2, 16}, {3, 16}, {4, 16}, {5, 16},
                         {6, 16},  {-7, 16}, {255, 8}, {0, 4}, {0, 4}, {1, 16},      {2, 16}, {3, 16}, {4, 16}};
-    const std::string content = "0; 45 2x1 511: -32768 2 3 4 5 / 6 -7; 255 1x1 511: 1 2 3 / 4";
+    const std::string content = "0; layer 45 2 1 511 -32768 2 3 4 5 / 6 -7; layer 255 1 1 511 1 2 3 / 4";
     put(head(1264, 171680), {kSame, layers}, "11 0 2010:171680" + common + content);
     put(igsHead(201), {kSame, layers}, "11 0 2010:171680" + common + content);
     return list;
@@ -159,9 +152,8 @@ TEST(Ssr, EachLayoutWholeOrNotAtAll) {
         ASSERT_TRUE(whole) << text;
         EXPECT_EQ(story(*whole), text);
         EXPECT_LT(whole->bitsLeft, 8U) << text;
-        EXPECT_EQ(whole->unknownSatellites, 0U) << text;
         // Two bytes short, one entry with a check sum of BeiDou's ephemeris has the length of one with a short issue.
-        const bool widthByLength = text.starts_with("1 5") || text.starts_with("1 4");
+        const bool widthByLength = text.starts_with("1 5 ") || text.starts_with("1 4 ");
         for (std::size_t size = 0; size < message.size(); ++size) {
             if (text.find("C62 9022413") != std::string::npos && size + 2 == message.size()) continue;
             ASSERT_FALSE(read(message.substr(0, size))) << text << ": " << size << " bytes";
@@ -179,28 +171,12 @@ TEST(Ssr, RefusedAsItCannotBe) {
         {"more layers", {head(1264, 0), zeros(24 + 9), {{3, 2}}, zeros(4 * (16 + 4 * 16) - 8)}},
         {"an order above the degree", {head(1264, 0), zeros(24 + 9 + 2 + 8), {{1, 4}, {2, 4}}, zeros(400)}},
         {"a week's end", {head(1061, 604800), zeros(30)}},
-        {"a BeiDou week's end", {head(1262, 604800), zeros(30)}},
         {"more seconds than a day with a leap second", {head(1067, 86401, 17), zeros(30)}},
-        {"another number", {head(1056, 0), zeros(30)}},
         {"another number", {head(1271, 0), zeros(30)}},
-        {"another sub-type", {igsHead(28), zeros(30)}},
         {"another sub-type", {igsHead(141), zeros(30)}},
     };
     for (const auto& [what, parts] : rows) EXPECT_FALSE(read(messageOf(parts))) << what;
     EXPECT_FALSE(read(messageOf({head(1061, 0), zeros(30)}), SMjdTime())) << "nothing to complete the time by";
-}
-
-TEST(Ssr, SatellitesThatDoNotExistAreLeftOut) {
-    const std::tuple<unsigned, unsigned, std::int64_t, std::int64_t, const char*> rows[] = {
-        {1061, 6, 33, 1, "G01"},  {1061, 6, 0, 32, "G32"},  {1244, 6, 37, 36, "E36"},
-        {1250, 4, 11, 10, "J10"}, {1256, 6, 39, 38, "S58"}, {1262, 6, 0, 63, "C63"}};
-    for (const auto& [number, width, none, one, name] : rows) {
-        const auto found = read(
-            messageOf({head(number, 171680), zeros(24), {{2, width}, {none, width}, {3, 6}, {one, width}, {4, 6}}}));
-        ASSERT_TRUE(found) << name;
-        EXPECT_EQ(found->unknownSatellites, 1U) << name;
-        EXPECT_TRUE(story(*found).ends_with(fmt::format("0; {} 4", name))) << story(*found);
-    }
 }
 
 TEST(Ssr, TimeNearestToTheReference) {

@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 
-#include "halvex/platform/os/Clock.h"
 #include "halvex/status/SatelliteSystemDisablingHelper.h"
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/corrections/SsrReport.h"
@@ -49,13 +48,14 @@ public:
 
 private:
     void report(const std::string& name) {
+        ByteInput input;
+        const bool opened = input.open(name);
+        if (opened && rtcm3::isStream(input)) return reportStream(std::move(input));
         const std::string base = setBase(name);
         std::error_code ignored;
-        if (std::filesystem::exists(base + "t", ignored)) {
-            reportSet(base);
-        } else {
-            reportStream(name);
-        }
+        if (std::filesystem::exists(base + "t", ignored)) return reportSet(base);
+        if (!opened) throw Failure(input.error().value_or(FormatError{name, 0, "cannot be opened"}));
+        throw Failure(name + ": byte 0: neither an RTCM 3 stream nor a file of an indexed set");
     }
 
     void reportSet(const std::string& base) {
@@ -68,23 +68,19 @@ private:
         if (!fault.empty()) throw Failure(fault);
     }
 
-    void reportStream(const std::string& name) {
-        ByteInput input;
-        if (!input.open(name)) throw Failure(input.error().value_or(FormatError{name, 0, "cannot be opened"}));
-        if (!rtcm3::isStream(input)) {
-            throw Failure(name + ": byte 0: neither an RTCM 3 stream nor a file of an indexed set");
-        }
+    void reportStream(ByteInput input) {
+        const std::string name = input.name();
         SsrStream stream(std::move(input), m_time);
-        if (stream.isDateAssumed() && !m_options.folder.empty()) throw undated(name);
-        EpochClock clock;
-        const os::ScopedClock scope(clock);
         std::optional<SsrSetWriter> writer;
-        if (!m_options.folder.empty()) writer.emplace(setOf(name), clock);
         SsrReport report;
         rtcm3::SsrMessages read;
         Progress progress("reading " + name);
         while (stream.next(read)) {
             progress.update(stream.frames().input().bytesRead(), stream.frames().input().fileSize());
+            if (!m_options.folder.empty() && !writer) {
+                if (stream.isDateAssumed()) throw undated(name);
+                writer.emplace(setOf(name));
+            }
             for (const CHalvexSSRCorr::Message& message : read.messages) {
                 report.add(*message);
                 if (writer) writer->add(message);

@@ -210,7 +210,9 @@ std::string SsrReport::sourceText(std::uint32_t product, const Source& source) c
 std::string SsrReport::text() const {
     if (m_messages == 0) return "  no corrections\n";
     std::string text =
-        fmt::format("  {} to {} GPS time, {} messages\n", formatTime(m_first), formatTime(m_last), m_messages);
+        fmt::format("  {} to {} GPS time, {} messages", formatTime(m_first), formatTime(m_last), m_messages);
+    if (m_time.IsSet()) text += ", state at " + formatTime(m_time);
+    text += "\n";
     for (const auto& [product, source] : m_sources) text += sourceText(product, source);
     return text;
 }

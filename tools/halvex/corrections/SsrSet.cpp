@@ -10,7 +10,7 @@
 
 namespace halvex::tool {
 
-SsrSetWriter::SsrSetWriter(std::string base, EpochClock& clock) : m_base(std::move(base)), m_clock(clock) {
+SsrSetWriter::SsrSetWriter(std::string base) : m_base(std::move(base)) {
     std::error_code ignored;
     if (std::filesystem::exists(m_base + "t", ignored)) {
         throw Failure(m_base + "t: is there already; remove the set or choose another folder");

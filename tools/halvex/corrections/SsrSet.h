@@ -15,9 +15,9 @@ namespace halvex::tool {
 /// provider and solution make. A record is stamped with its epoch or, when that is earlier, with the stamp before.
 class SsrSetWriter {
 public:
-    /// Failure when there is such a set, or it cannot be written. `clock` is the process's clock for as long as this
-    /// object lives.
-    SsrSetWriter(std::string base, EpochClock& clock);
+    /// Failure when there is such a set, or it cannot be written. The process's clock stands at the stamps for as long
+    /// as this object lives.
+    explicit SsrSetWriter(std::string base);
     /// Failure when it cannot be written.
     void add(const CHalvexSSRCorr::Message& message);
     /// Everything to the system. Failure when that cannot be done.
@@ -31,7 +31,8 @@ private:
     void check() const;
 
     std::string m_base;
-    EpochClock& m_clock;
+    EpochClock m_clock;
+    os::ScopedClock m_scope{m_clock};
     CIndexedWriteFile m_file;
     SMjdTime m_stamp;
     std::vector<unsigned char> m_block;
