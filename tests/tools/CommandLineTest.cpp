@@ -31,6 +31,8 @@ TEST(CommandLine, WrongUsageGivesTwoAndOneReason) {
                              "name ABCD",
                              "name ABCD 2021-01-01 --type weekly",
                              "simulate",
+                             "ssr",
+                             "ssr F --rtcm-time yesterday",
                              "status F --locked nan",
                              "status F --mask 5",
                              "systems disable",

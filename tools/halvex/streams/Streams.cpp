@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <filesystem>
 
 #include "formats/rinex/SatelliteName.h"
+#include "formats/rtcm3/Ssr.h"
 #include "halvex/status/SatelliteSystemDisablingHelper.h"
 #include "halvex/time/SatelliteTime.h"
 #include "tools/halvex/systems/EnabledSystems.h"
@@ -18,11 +20,23 @@ SMjdTime latestPlausible() {
     return latest;
 }
 
+/// "GPS orbits", by the order of SsrKind.
+std::string nameOf(const rtcm3::SsrType& type) {
+    static constexpr std::array<std::string_view, 8> kKinds{"orbits",           "clocks",          "orbits, clocks",
+                                                            "high-rate clocks", "code biases",     "phase biases",
+                                                            "range accuracies", "electron content"};
+    const std::string kind(kKinds[static_cast<std::size_t>(type.kind)]);
+    const SatelliteSystem* const system = systemOfCode(type.system);
+    return system != nullptr ? std::string(system->name) + " " + kind : kind;
+}
+
 /// "GPS MSM7", or what the commonest of the others are.
-std::string nameOf(unsigned number) {
+std::string nameOf(const rtcm3::MessageType& type) {
+    const unsigned number = type.number;
     if (const auto [system, kind] = rtcm3::msmKindOf(number); kind != 0) {
         return fmt::format("{} MSM{}", systemOfCode(system)->name, kind);
     }
+    if (const auto ssr = rtcm3::ssrTypeOf(type)) return nameOf(*ssr);
     static const std::map<unsigned, std::string> kNames{
         {1001, "GPS L1"},
         {1002, "GPS L1, whole"},
@@ -131,7 +145,7 @@ std::string StreamSummary::text() const {
     }
     Table messages({"message", "", "count", "first byte", "last byte"}, "><>>>");
     for (const auto& [type, count] : m_reader.frames().counts()) {
-        messages.add({label(type), nameOf(type.number), std::to_string(count.count), std::to_string(count.first),
+        messages.add({label(type), nameOf(type), std::to_string(count.count), std::to_string(count.first),
                       std::to_string(count.last)});
     }
     text += messages.text("  ");
