@@ -78,7 +78,9 @@ private:
         while (stream.next(read)) {
             progress.update(stream.frames().input().bytesRead(), stream.frames().input().fileSize());
             if (!m_options.folder.empty() && !writer) {
-                if (stream.isDateAssumed()) throw undated(name);
+                if (stream.isDateAssumed()) {
+                    throw Failure(name + ": nothing in the stream tells its date: give it with --rtcm-time");
+                }
                 writer.emplace(setOf(name));
             }
             for (const CHalvexSSRCorr::Message& message : read.messages) {

@@ -30,7 +30,9 @@ SMjdTime firstEpoch(const std::string& name, const SMjdTime& reference) {
 SsrStream::SsrStream(ByteInput input, const SMjdTime& time) : m_reference(time) {
     const std::string name = input.name();
     const SMjdTime now = CSatelliteTime(true);
-    if (!m_reference.IsSet()) m_reference = lookAhead(name, now).reference.time;
+    SMjdTime latest = now;
+    latest.AddDays(1.0);
+    if (!m_reference.IsSet()) m_reference = lookAhead(name, latest).reference.time;
     if (!m_reference.IsSet()) {
         m_reference = now;
         m_dateAssumed = true;
