@@ -25,7 +25,7 @@ constexpr unsigned kCodeBiasBits = 5 + 14;
 constexpr unsigned kPhaseBiasBits = 5 + 1 + 2 + 4 + 20;
 
 /// Where the messages of a system stand and what is not as wide as in those of the others. GPS and GLONASS: RTCM
-/// 10403.3, 3.5.12; the rest as the proposals for them have it and streams are sent.
+/// 10403.3, messages 1057 to 1068; the rest as the proposals for them have it and streams are sent.
 struct Layout {
     eCALSATSYSTEM system = eCALSATSYSTEM_NONE;
     unsigned firstNumber = 0;  ///< orbits; the five others of kRtcmKinds follow
@@ -51,7 +51,7 @@ constexpr std::array<Layout, 6> kRtcm{{
 constexpr std::array kRtcmKinds{SsrKind::orbits,          SsrKind::clocks, SsrKind::codeBiases,
                                 SsrKind::orbitsAndClocks, SsrKind::ura,    SsrKind::highRateClocks};
 
-/// Systems of 4076, from sub-type 21 on twenty apart, and the kinds of each. IGS SSR 1.00, table 4.
+/// Systems of 4076, from sub-type 21 on twenty apart, and the kinds of each. IGS SSR 1.00.
 constexpr std::array kIgsSystems{eCALSATSYSTEM_GPS,  eCALSATSYSTEM_GLONASS, eCALSATSYSTEM_GALILEO,
                                  eCALSATSYSTEM_QZSS, eCALSATSYSTEM_BEIDOU,  eCALSATSYSTEM_SBAS};
 constexpr std::array kIgsKinds{

@@ -80,6 +80,14 @@ TEST(Ssr, CoverageOfAStreamAndOfItsSet) {
 
     json again = ssr({set + "i"});
     for (const char* own : {"messages", "from", "to", "time", "sources"}) EXPECT_EQ(again[own], found[own]) << own;
+    const std::string text = runTool({"ssr", set}).out;
+    for (const char* line :
+         {"    GPS      orbits, combined         4        6\n",
+          "    GPS      both    yes                2  orbits        2       3     1        0     15  "
+          "            1\n",
+          "    GPS clocks: gap of 15 s after 2018-07-21T23:59:55\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+    }
 
     CSatelliteSystemDisablingHelper::SetSatSystemDisableMask(CALN::eCALSATSYSTEM_GPS, false);
     const json some = ssr({set}), same = ssr({file, "--rtcm-time", "2010:604000"});
