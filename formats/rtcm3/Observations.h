@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "formats/rtcm3/EpochTime.h"
 #include "formats/rtcm3/FrameReader.h"
 #include "formats/rtcm3/Signals.h"
 
@@ -22,14 +23,6 @@ struct Measurement {
     bool halfCycle = false;  ///< the phase may be off by half a cycle
     /// The phase range may step by this many cycles, with no slip, to stay near the pseudorange; 0: it does not.
     int phaseStep = 0;
-};
-
-/// How a message tells its time.
-enum class EpochScale : std::uint8_t {
-    gpsWeek,        ///< GPS, Galileo, QZSS, SBAS, NavIC: of the GPS week
-    beidouWeek,     ///< of the BeiDou week
-    glonassDay,     ///< of the Moscow day
-    glonassInWeek,  ///< the same with the day of the week
 };
 
 /// One message of observations.
@@ -56,6 +49,10 @@ struct MsmKind {
 /// Reads MSM4, 5, 6 and 7. False when it is none of these, or cut off, or its time lies outside of a week: `message`
 /// then means nothing.
 [[nodiscard]] bool readMsm(const Frame& frame, ObservationMessage& message);
+
+/// The satellite of a number of six bits in a message of GPS (1 to 32; 40 to 58 are PRN 120 to 138 of SBAS) or GLONASS.
+/// RTCM 10403.3, DF009, DF038. Its number is 0 when there is none.
+[[nodiscard]] CALN::SCalSatID satelliteOf(CALN::eCALSATSYSTEM system, unsigned number);
 
 /// Reads 1002, 1004, 1010 and 1012. Messages 1001, 1003, 1009 and 1011 leave the whole milliseconds of the range out:
 /// no pseudorange comes of them.

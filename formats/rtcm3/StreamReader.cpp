@@ -4,14 +4,9 @@
 #include <cmath>
 #include <utility>
 
-#include "formats/rinex/TimeSystems.h"
-
 namespace halvex::rtcm3 {
 namespace {
 
-constexpr double kDay = 86400.0;
-constexpr double kWeek = 7 * kDay;
-constexpr double kMoscowAhead = 3 * 3600.0;
 constexpr std::uint8_t kLockLost = 1;
 constexpr std::uint8_t kHalfCycle = 2;
 constexpr std::array<char, 4> kTypes{'C', 'L', 'D', 'S'};
@@ -26,37 +21,7 @@ bool hasObservations(unsigned number) {
     return number == 1002 || number == 1004 || number == 1010 || number == 1012 || msmKindOf(number).kind >= 4;
 }
 
-/// The instant nearest to `reference` that comes again every `period` seconds, one of them `phase` seconds behind the
-/// reference. Whole milliseconds stay whole.
-SMjdTime nearest(const SMjdTime& reference, double behind, double period) {
-    SMjdTime time = reference;
-    time.AddMilliseconds(std::remainder(behind, period * 1000.0));
-    return time;
-}
-
 }  // namespace
-
-std::optional<SMjdTime> StreamReader::timeOf(const ObservationMessage& message) const {
-    const SMjdTime& reference = m_reference.time;
-    if (!reference.IsSet()) return std::nullopt;
-    const auto milliseconds = static_cast<double>(message.milliseconds);
-    const double ofWeek = reference.GetGpsWeekMilliseconds();
-    switch (message.scale) {
-        case EpochScale::gpsWeek:
-            return nearest(reference, milliseconds - ofWeek, kWeek);
-        case EpochScale::beidouWeek:
-            return nearest(reference, milliseconds + rinex::kGpsMinusBeiDou * 1000.0 - ofWeek, kWeek);
-        case EpochScale::glonassDay:
-        case EpochScale::glonassInWeek:
-            break;
-    }
-    SMjdTime utc = reference;
-    utc.SubtractSeconds(rinex::gpsMinusUtc(reference));
-    const double toGps = rinex::gpsMinusUtc(utc) - kMoscowAhead;
-    const double ofMoscow = milliseconds + toGps * 1000.0;
-    if (message.scale == EpochScale::glonassDay) return nearest(reference, ofMoscow - ofWeek, kDay);
-    return nearest(reference, message.dayOfWeek * kDay * 1000.0 + ofMoscow - ofWeek, kWeek);
-}
 
 StreamReader::Result StreamReader::next(rinex::ObservationEpoch& epoch) {
     if (std::exchange(m_waiting, false) && takeObservations()) {
@@ -132,26 +97,26 @@ bool StreamReader::takeObservations() {
         ++m_losses.otherStations;
         return false;
     }
-    const auto time = timeOf(m_message);
     const bool dayInDoubt = m_message.scale == EpochScale::glonassDay && m_message.more && !m_reference.isEpoch;
-    if (!time || dayInDoubt) {
+    if (!m_reference.time.IsSet() || dayInDoubt) {
         ++m_losses.undatedMessages;
         return false;
     }
+    const SMjdTime time = nearestTime(m_message.scale, m_message.milliseconds, m_message.dayOfWeek, m_reference.time);
     if (m_keepToFirst) m_wanted = m_message.station;
     if (m_ephemeridesOnly) {
-        m_reference.time = *time;
+        m_reference.time = time;
         m_reference.isEpoch = true;
         return false;
     }
-    if (m_open && (*time != m_time || m_station != m_message.station)) {
+    if (m_open && (time != m_time || m_station != m_message.station)) {
         m_waiting = true;
         return true;
     }
     if (m_station != m_message.station) beginStation(m_message.station);
     m_open = true;
-    m_time = *time;
-    m_reference.time = *time;
+    m_time = time;
+    m_reference.time = time;
     m_reference.isEpoch = true;
     m_losses.unknownSatellites += m_message.unknownSatellites;
     m_losses.unknownSignals += m_message.unknownSignals;
