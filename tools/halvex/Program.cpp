@@ -25,6 +25,7 @@ int runProgram(const std::vector<std::string>& arguments) {
         addSimulateCommand(app);
         addMetricsCommand(app);
         addCorrectionsCommand(app);
+        addNetworkCommand(app);
         addStatusCommand(app);
         addSystemsCommand(app);
         addNmeaCommand(app);

@@ -50,6 +50,7 @@ void addVisibilityCommand(CLI::App& app);
 void addSimulateCommand(CLI::App& app);
 void addMetricsCommand(CLI::App& app);
 void addCorrectionsCommand(CLI::App& app);
+void addNetworkCommand(CLI::App& app);
 void addStatusCommand(CLI::App& app);
 void addSystemsCommand(CLI::App& app);
 void addNmeaCommand(CLI::App& app);
