@@ -94,6 +94,19 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
         }
     }
     EXPECT_GT(compared, 15U * 179U);
+
+    const json sent = json::parse(runTool({"network", frames, "--rtcm-time", "2021-01-01", "--json"}).out);
+    std::size_t messages = 0;
+    for (const json& message : sent["messages"]) {
+        if (!message.contains("time")) continue;
+        const json& epoch = report["epochs"][messages++ / 2];  // GPS and GLONASS of each
+        for (const json& satellite : message["satellites"]) {
+            const json& want = epoch["satellites"][satellite["satellite"].get<std::string>()];
+            ASSERT_NEAR(satellite["geometric"], want["geometric"].get<double>(), 1e-9);
+            ASSERT_NEAR(satellite["ionospheric"], want["ionospheric"].get<double>(), 1e-9);
+        }
+    }
+    EXPECT_EQ(messages, 2 * report["epochs"].size());
 }
 
 TEST_F(Corrections, PositionsThatCannotBeAreRefused) {
