@@ -64,7 +64,8 @@ TEST(ToolNetwork, ListsMessagesStationsAndGaps) {
 
     writeFile(file, "no frame");
     const ToolRun none = runTool({"network", file});
-    EXPECT_EQ(std::tuple(none.status, none.err), std::tuple(1, "halvex: " + file + ": has no RTCM 3 frame\n"));
+    EXPECT_EQ(std::tuple(none.status, none.err),
+              std::tuple(1, "halvex: " + file + ": is no RTCM 3 stream: no frame at its beginning\n"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "formats/rtcm3/Ephemerides.h"
 #include "halvex/status/SatelliteSystemDisablingHelper.h"
@@ -21,7 +22,10 @@ class Listing {
 public:
     Listing(const std::string& name, const SMjdTime& time, bool json)
         : m_name(name), m_reference(datedReader(name, time).reference()) {
-        if (!m_frames.open(name)) throw Failure(m_frames.error().value_or(FormatError{name, 0, "cannot be opened"}));
+        ByteInput input;
+        if (!input.open(name)) throw Failure(input.error().value_or(FormatError{name, 0, "cannot be opened"}));
+        if (!rtcm3::isStream(input)) throw Failure(name + ": is no RTCM 3 stream: no frame at its beginning");
+        m_frames.open(std::move(input));
         if (json) {
             m_printer.emplace(Json{{"file", name}}, "messages");
         } else {
@@ -42,7 +46,6 @@ public:
         }
         finish();
         if (m_frames.error()) throw Failure(*m_frames.error());
-        if (m_frames.frames() == 0) throw Failure(m_name + ": has no RTCM 3 frame");
     }
 
 private:
