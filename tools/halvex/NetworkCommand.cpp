@@ -20,11 +20,11 @@ namespace {
 /// Lists the network and text messages of one stream as they come, and what there is to say of them at its end.
 class Listing {
 public:
-    Listing(const std::string& name, const SMjdTime& time, bool json)
-        : m_name(name), m_reference(datedReader(name, time).reference()) {
+    Listing(const std::string& name, const SMjdTime& time, bool json) : m_name(name) {
         ByteInput input;
         if (!input.open(name)) throw Failure(input.error().value_or(FormatError{name, 0, "cannot be opened"}));
         if (!rtcm3::isStream(input)) throw Failure(name + ": is no RTCM 3 stream: no frame at its beginning");
+        m_reference = datedReader(name, time).reference();
         m_frames.open(std::move(input));
         if (json) {
             m_printer.emplace(Json{{"file", name}}, "messages");
