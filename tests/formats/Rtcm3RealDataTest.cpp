@@ -94,11 +94,10 @@ std::map<std::pair<SMjdTime, CALN::SCalSatID>, Measured> measuredOnL1(const std:
             const auto at = std::find(codes.begin(), codes.end(), rinex::ObservationCode{'C', '1', 'C'});
             if (at == codes.end()) continue;
             const auto* value = &epoch.valuesOf(satellite)[static_cast<std::size_t>(at - codes.begin())];
-            if (!value[0].present || !value[1].present) continue;
             const auto channel = reader.header().glonassChannels.find(satellite.id);
-            const double frequency =
-                glonass ? 1602e6 + (channel != reader.header().glonassChannels.end() ? channel->second : 0) * 562500
-                        : 1575.42e6;
+            const bool known = !glonass || channel != reader.header().glonassChannels.end();
+            if (!known || !value[0].present || !value[1].present) continue;
+            const double frequency = glonass ? 1602e6 + channel->second * 562500 : 1575.42e6;
             all[{epoch.time, satellite.id}] = {value[0].value, value[1].value * 299792458.0 / frequency,
                                                (value[1].lossOfLock & 1U) != 0};
         }

@@ -30,6 +30,7 @@ TEST_F(StreamRealData, ANetwork) {
     std::string counts;
     for (const auto& series : report["series"]) counts += series["message"].dump() + ":" + series["count"].dump() + " ";
     EXPECT_EQ(counts, "1030:5 1031:5 1032:15 ");
+    EXPECT_TRUE(report["stations"][0]["antenna"] == "ADVNULLANTENNA" && report["stations"][0].contains("receiver"));
     EXPECT_TRUE(report["other"]["messages that are cut off"] == 0 &&
                 report["other"]["satellites of no known number"] == 0);
     EXPECT_LT(report["physicalStations"][0]["distance"], 1.0);
