@@ -52,7 +52,9 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
     constexpr double kDegree = 3.14159265358979323846 / 180.0;
     const std::string master = station("AAAA", "55.0,8.0,50", "1");
     const std::string other = station("BBBB", "55.05,8.03,250", "2");
-    const ToolRun run = runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--json"});
+    const std::string frames = folder.path("rtcm");
+    const ToolRun run =
+        runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--rtcm", frames, "--json"});
     ASSERT_EQ(run.status, 0) << run.err;
     const json report = json::parse(run.out);
     EXPECT_EQ(report["commonEpochs"], 180);
