@@ -6,6 +6,7 @@
 
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/SatelliteName.h"
+#include "formats/rtcm3/NetworkMessages.h"
 #include "formats/rtcm3/Ssr.h"
 #include "formats/rtcm3/StreamReader.h"
 #include "fuzz/Require.h"
@@ -91,12 +92,37 @@ void readAll(const std::string& bytes) {
     }
 }
 
+/// Messages of a network: what one of them takes is within its fields, and what is refused changes nothing.
+void readNetwork(const std::string& bytes) {
+    halvex::ByteInput input;
+    input.openBytes("fuzz", bytes);
+    FrameReader frames;
+    frames.open(std::move(input));
+    NetworkMessage message;
+    while (const auto frame = frames.next()) {
+        const NetworkMessage before = message;
+        if (!readNetworkMessage(*frame, message)) {
+            require(message == before);
+            continue;
+        }
+        require(isNetworkMessage(frame->number));
+        if (const auto* differences = std::get_if<CALN::IonoGeoMsgT>(&message)) {
+            require(73 + differences->entries.size() * 53 <= frame->message.size() * 8);
+            const auto time = instantOf(epochOf(*differences), SMjdTime(2010, 302400.0));
+            require(!time || std::abs(time->GetDifferenceInSeconds(SMjdTime(2010, 302400.0))) <= 302400.0);
+        }
+    }
+}
+
 }  // namespace
 
 /// The bytes are a stream, plain or gzip-compressed, and then the one message of another.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(data, data + size);
     readAll(bytes);
-    if (size <= FrameReader::kLongestMessage) readAll(framed(bytes));
+    readNetwork(bytes);
+    if (size > FrameReader::kLongestMessage) return 0;
+    readAll(framed(bytes));
+    readNetwork(framed(bytes));
     return 0;
 }

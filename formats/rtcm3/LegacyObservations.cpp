@@ -12,18 +12,6 @@ constexpr double kCnoStep = 0.25;      // [dB-Hz]
 constexpr int kStepOfPhase = 1500;     // cycles; RTCM 10403.3, DF012
 constexpr std::int64_t kMillisecondsPerDay = 86400000;
 
-/// GPS satellites have 1 to 32, those of SBAS 40 (PRN 120) to 58. RTCM 10403.3, DF009.
-CALN::SCalSatID satelliteOf(CALN::eCALSATSYSTEM system, unsigned number) {
-    constexpr unsigned kFirstSbas = 40;
-    constexpr unsigned kLastSbas = 58;
-    constexpr unsigned kSbasNumber = 20;
-    if (system == CALN::eCALSATSYSTEM_GPS && number >= kFirstSbas && number <= kLastSbas) {
-        return {CALN::eCALSATSYSTEM_SBAS, static_cast<unsigned char>(number - kFirstSbas + kSbasNumber)};
-    }
-    if (number > rinex::lastSatelliteInFiles(*systemOfCode(system))) return {};
-    return {system, static_cast<unsigned char>(number)};
-}
-
 /// What L2 was tracked with: DF016, DF046.
 char attributeOnL2(bool glonass, unsigned indicator) {
     if (indicator == 0) return glonass ? 'C' : 'X';
@@ -76,6 +64,17 @@ void readL2(BitReader& in, bool glonass, double range, Measurement& l2) {
 }
 
 }  // namespace
+
+CALN::SCalSatID satelliteOf(CALN::eCALSATSYSTEM system, unsigned number) {
+    constexpr unsigned kFirstSbas = 40;
+    constexpr unsigned kLastSbas = 58;
+    constexpr unsigned kSbasNumber = 20;
+    if (system == CALN::eCALSATSYSTEM_GPS && number >= kFirstSbas && number <= kLastSbas) {
+        return {CALN::eCALSATSYSTEM_SBAS, static_cast<unsigned char>(number - kFirstSbas + kSbasNumber)};
+    }
+    if (number > rinex::lastSatelliteInFiles(*systemOfCode(system))) return {};
+    return {system, static_cast<unsigned char>(number)};
+}
 
 bool readLegacyObservations(const Frame& frame, ObservationMessage& message) {
     const bool glonass = frame.number == 1010 || frame.number == 1012;

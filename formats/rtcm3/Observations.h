@@ -50,6 +50,10 @@ struct MsmKind {
 /// then means nothing.
 [[nodiscard]] bool readMsm(const Frame& frame, ObservationMessage& message);
 
+/// The satellite of a number of six bits in a message of GPS (1 to 32; 40 to 58 are PRN 120 to 138 of SBAS) or GLONASS.
+/// RTCM 10403.3, DF009, DF038. Its number is 0 when there is none.
+[[nodiscard]] CALN::SCalSatID satelliteOf(CALN::eCALSATSYSTEM system, unsigned number);
+
 /// Reads 1002, 1004, 1010 and 1012. Messages 1001, 1003, 1009 and 1011 leave the whole milliseconds of the range out:
 /// no pseudorange comes of them.
 [[nodiscard]] bool readLegacyObservations(const Frame& frame, ObservationMessage& message);

@@ -23,11 +23,6 @@ bool hasObservations(unsigned number) {
 
 }  // namespace
 
-std::optional<SMjdTime> StreamReader::timeOf(const ObservationMessage& message) const {
-    if (!m_reference.time.IsSet()) return std::nullopt;
-    return instantNear(m_reference.time, message.scale, message.milliseconds, message.dayOfWeek);
-}
-
 StreamReader::Result StreamReader::next(rinex::ObservationEpoch& epoch) {
     if (std::exchange(m_waiting, false) && takeObservations()) {
         give(epoch);
@@ -102,26 +97,26 @@ bool StreamReader::takeObservations() {
         ++m_losses.otherStations;
         return false;
     }
-    const auto time = timeOf(m_message);
     const bool dayInDoubt = m_message.scale == EpochScale::glonassDay && m_message.more && !m_reference.isEpoch;
-    if (!time || dayInDoubt) {
+    if (!m_reference.time.IsSet() || dayInDoubt) {
         ++m_losses.undatedMessages;
         return false;
     }
+    const SMjdTime time = instantNear(m_reference.time, m_message.scale, m_message.milliseconds, m_message.dayOfWeek);
     if (m_keepToFirst) m_wanted = m_message.station;
     if (m_ephemeridesOnly) {
-        m_reference.time = *time;
+        m_reference.time = time;
         m_reference.isEpoch = true;
         return false;
     }
-    if (m_open && (*time != m_time || m_station != m_message.station)) {
+    if (m_open && (time != m_time || m_station != m_message.station)) {
         m_waiting = true;
         return true;
     }
     if (m_station != m_message.station) beginStation(m_message.station);
     m_open = true;
-    m_time = *time;
-    m_reference.time = *time;
+    m_time = time;
+    m_reference.time = time;
     m_reference.isEpoch = true;
     m_losses.unknownSatellites += m_message.unknownSatellites;
     m_losses.unknownSignals += m_message.unknownSignals;

@@ -121,7 +121,6 @@ private:
     void takeStation(const Frame& frame);
     bool takeObservations();
     void takeEphemeris(const Frame& frame, bool& gotEphemeris);
-    [[nodiscard]] std::optional<SMjdTime> timeOf(const ObservationMessage& message) const;
     void beginStation(unsigned station);
     void setChannel(const CALN::SCalSatID& id, int channel);
     void add(const Measurement& measurement);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -8,6 +9,8 @@
 #include <map>
 
 #include "formats/rtcm3/StreamReader.h"
+#include "halvex/platform/pio/Rtcm3.h"
+#include "tests/formats/NetworkNumbers.h"
 
 namespace halvex::rtcm3 {
 namespace {
@@ -21,15 +24,6 @@ protected:
     std::string m_folder;
 };
 
-std::uint32_t checkBitByBit(const unsigned char* bytes, std::size_t count) {
-    std::uint32_t crc = 0;
-    for (std::size_t bit = 0; bit < count * 8; ++bit) {
-        const std::uint32_t in = bytes[bit / 8] >> (7 - bit % 8) & 1U;
-        crc = (crc << 1U & 0xFFFFFFU) ^ (((crc >> 23U) ^ in) != 0 ? 0x864CFBU : 0U);
-    }
-    return crc;
-}
-
 /// Frames by message number, found without the reader.
 std::map<unsigned, std::uint64_t> scan(const std::string& name) {
     std::ifstream in(name, std::ios::binary);
@@ -39,7 +33,7 @@ std::map<unsigned, std::uint64_t> scan(const std::string& name) {
     for (std::size_t i = 0; i + 6 <= bytes.size();) {
         const std::size_t length = (bytes[i + 1] & 3U) * 256U + bytes[i + 2];
         const bool whole = bytes[i] == 0xD3 && i + length + 6 <= bytes.size();
-        if (!whole || checkBitByBit(&bytes[i], length + 6) != 0) {
+        if (!whole || PIO::RTCM3::ComputeCRC24({&bytes[i], length + 6}) != 0) {
             ++i;
             continue;
         }
@@ -56,30 +50,8 @@ TEST_F(Rtcm3RealData, EveryMessageIsFound) {
         {"separate_clk_orbit.rtcm", {{1057, 78}, {1058, 77}, {1063, 77}, {1064, 77}, {1240, 77}, {1241, 77}}},
         {"pygpsdata-NTRIP-4076.log", {{4076, 11}}},
         {"pygpsdata-1240-1264.log", {{1240, 1}, {1241, 1}, {1242, 2}, {1243, 2}, {1260, 2}, {1261, 2}, {1264, 1}}},
-        {"week-rollover-STR17.rtcm3",
-         {{1077, 1126},
-          {1087, 1126},
-          {1097, 1126},
-          {1117, 1126},
-          {1127, 1126},
-          {1019, 113},
-          {1020, 38},
-          {1044, 38},
-          {1045, 113},
-          {1006, 38}}},
-        {"week-rollover-STR24.rtcm3",  // the first 1074 is cut off
-         {{1074, 1133},
-          {1084, 1134},
-          {1094, 1134},
-          {1114, 1134},
-          {1124, 1134},
-          {1019, 314},
-          {1020, 205},
-          {1042, 44},
-          {1044, 3},
-          {1045, 28},
-          {1046, 28},
-          {1006, 113}}},
+        {"week-rollover-STR17.rtcm3", {{1077, 1126}, {1127, 1126}, {1019, 113}, {1020, 38}, {1045, 113}, {1006, 38}}},
+        {"week-rollover-STR24.rtcm3", {{1074, 1133}, {1124, 1134}, {1019, 314}, {1042, 44}, {1044, 3}, {1046, 28}}},
         {"eph.rtcm", {{1019, 512}, {1020, 400}, {1042, 208}, {1044, 48}, {1045, 256}, {1046, 288}}},
         {"1012_first.rtcm", {{1004, 148}, {1012, 148}, {1030, 5}, {1031, 5}, {1032, 15}, {1006, 15}}},
         {"switch-legacy-msm-legacy-msm.rtcm", {{4094, 27}, {1004, 253}, {1077, 48}}},
@@ -122,11 +94,10 @@ std::map<std::pair<SMjdTime, CALN::SCalSatID>, Measured> measuredOnL1(const std:
             const auto at = std::find(codes.begin(), codes.end(), rinex::ObservationCode{'C', '1', 'C'});
             if (at == codes.end()) continue;
             const auto* value = &epoch.valuesOf(satellite)[static_cast<std::size_t>(at - codes.begin())];
-            if (!value[0].present || !value[1].present) continue;
             const auto channel = reader.header().glonassChannels.find(satellite.id);
-            const double frequency =
-                glonass ? 1602e6 + (channel != reader.header().glonassChannels.end() ? channel->second : 0) * 562500
-                        : 1575.42e6;
+            const bool known = !glonass || channel != reader.header().glonassChannels.end();
+            if (!known || !value[0].present || !value[1].present) continue;
+            const double frequency = glonass ? 1602e6 + channel->second * 562500 : 1575.42e6;
             all[{epoch.time, satellite.id}] = {value[0].value, value[1].value * 299792458.0 / frequency,
                                                (value[1].lossOfLock & 1U) != 0};
         }
@@ -165,6 +136,52 @@ TEST_F(Rtcm3RealData, TwoStationsSeventyMetresApartAgree) {
         ++compared;
     }
     EXPECT_GT(compared, 15000U);
+}
+
+/// How many of a field's steps make one of the unit that its name in the list of values ends with.
+double stepsOf(const std::string& name) {
+    static const std::pair<const char*, double> kEnds[] = {
+        {"_deg", 40000},      {"heigth_m", 1000},   {"phase_diff_m", 2000},    {"_ecef_x_m", 10000},
+        {"_ecef_y_m", 10000}, {"_ecef_z_m", 10000}, {"resid_epoch_time_s", 1}, {"fkp_epoch_time_s", 1},
+        {"epoch_time_s", 10}, {"_mm", 2},           {"s_oh_ppm", 10},          {"_ppm", 100}};
+    for (const auto& [end, steps] : kEnds) {
+        if (name.ends_with(end)) return steps;
+    }
+    return 1;
+}
+
+TEST_F(Rtcm3RealData, EveryValueOfTheSyntheticFrames) {
+    // Lines "# frame 1: message 1014", "name: 1.5," or "name: Some(" with "1.5," below it.
+    std::vector<std::vector<std::int64_t>> want;
+    std::ifstream in(m_folder + "SYNTHETIC-network-messages.txt");
+    std::string line, name;
+    while (std::getline(in, line)) {
+        constexpr std::string_view kMessage = ": message ";
+        if (line.starts_with('#')) {
+            want.emplace_back();
+            name.clear();
+            line.erase(0, line.find(kMessage) + kMessage.size());
+        }
+        line.erase(0, line.find_first_not_of(' '));
+        if (const auto colon = line.find(": "); colon != std::string::npos) {
+            name = line.substr(0, colon);
+            line.erase(0, colon + 2);
+        }
+        double value = 0.0;
+        if (std::from_chars(line.data(), line.data() + line.size(), value).ec != std::errc()) continue;
+        if (name.starts_with("glo_") && name.ends_with("_epoch_time_s")) value = -value;
+        want.back().push_back(std::llround(value * stepsOf(name)));
+    }
+    ASSERT_EQ(want.size(), 23U);
+    std::size_t at = 0;
+    FrameReader frames;
+    ASSERT_TRUE(frames.open(m_folder + "SYNTHETIC-network-messages.rtcm"));
+    while (const auto frame = frames.next()) {
+        NetworkMessage message;
+        ASSERT_TRUE(readNetworkMessage(*frame, message));
+        EXPECT_EQ(std::visit(test::NetworkNumbers(), message), want.at(at++)) << "frame " << at;
+    }
+    EXPECT_EQ(at, 23U);
 }
 
 }  // namespace

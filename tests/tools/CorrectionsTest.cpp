@@ -53,7 +53,9 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
     constexpr double kDegree = 3.14159265358979323846 / 180.0;
     const std::string master = station("AAAA", "55.0,8.0,50", "1");
     const std::string other = station("BBBB", "55.05,8.03,250", "2");
-    const ToolRun run = runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--json"});
+    const std::string frames = folder.path("rtcm");
+    const ToolRun run =
+        runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--rtcm", frames, "--json"});
     ASSERT_EQ(run.status, 0) << run.err;
     const json report = json::parse(run.out);
     EXPECT_EQ(report["commonEpochs"], 180);
@@ -95,6 +97,19 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
         }
     }
     EXPECT_GT(compared, 15U * 179U);
+
+    const json sent = json::parse(runTool({"network", frames, "--rtcm-time", "2021-01-01", "--json"}).out);
+    std::size_t messages = 0;
+    for (const json& message : sent["messages"]) {
+        if (!message.contains("time")) continue;
+        const json& epoch = report["epochs"][messages++ / 2];  // GPS and GLONASS of each
+        for (const json& satellite : message["satellites"]) {
+            const json& want = epoch["satellites"][satellite["satellite"].get<std::string>()];
+            ASSERT_NEAR(satellite["geometric"], want["geometric"].get<double>(), 1e-9);
+            ASSERT_NEAR(satellite["ionospheric"], want["ionospheric"].get<double>(), 1e-9);
+        }
+    }
+    EXPECT_EQ(messages, 2 * report["epochs"].size());
 }
 
 TEST_F(Corrections, PositionsThatCannotBeAreRefused) {

@@ -9,9 +9,37 @@
 namespace halvex {
 namespace {
 
-TEST(StreamRealData, EphemeridesAreOrbits) {
-    if (std::getenv("HALVEX_DATA") == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to read";
-    const std::string folder = std::getenv("HALVEX_DATA") + std::string("/rtcm/");
+class StreamRealData : public testing::Test {
+protected:
+    void SetUp() override {
+        if (std::getenv("HALVEX_DATA") == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to read";
+        folder = std::getenv("HALVEX_DATA") + std::string("/rtcm/");
+    }
+    std::string folder;
+};
+
+TEST_F(StreamRealData, ANetwork) {
+    const auto report = nlohmann::json::parse(test::runTool({"network", folder + "1012_first.rtcm", "--json"}).out);
+    for (const auto& message : report["messages"]) {
+        const int references = message.value("referenceStations", 12);
+        EXPECT_TRUE(references == 12 || references == 13) << message;
+        for (const auto& satellite : message.value("satellites", nlohmann::json::array())) {
+            EXPECT_LT(satellite["byDistance"].get<double>() + satellite["ionosphericByDistance"].get<double>(), 0.5);
+        }
+    }
+    std::string counts;
+    for (const auto& series : report["series"]) counts += series["message"].dump() + ":" + series["count"].dump() + " ";
+    EXPECT_EQ(counts, "1030:5 1031:5 1032:15 ");
+    EXPECT_TRUE(report["stations"][0]["antenna"] == "ADVNULLANTENNA" && report["stations"][0].contains("receiver"));
+    EXPECT_TRUE(report["other"]["messages that are cut off"] == 0 &&
+                report["other"]["satellites of no known number"] == 0);
+    EXPECT_LT(report["physicalStations"][0]["distance"], 1.0);
+    const auto text = nlohmann::json::parse(
+        test::runTool({"network", folder + "pygpsdata-NTRIP-USCL00CHL0.log", "--json"}).out)["messages"][0];
+    EXPECT_TRUE(text["utc"] == "2024-03-13T16:35:27" && text["text"] == "Unknown" && text["station"] == 0) << text;
+}
+
+TEST_F(StreamRealData, EphemeridesAreOrbits) {
     // File, orbits that are valid and no contradiction to one another, first and last reference time.
     const std::tuple<const char*, int, const char*, const char*> rows[] = {
         {"eph.rtcm", 1696, "2018-08-03T11:40:00", "2018-08-03T16:00:00"},

@@ -172,9 +172,10 @@ public:
         m_sink.finish();
         if (m_epochs == 0) throw Failure(m_options.master + ": has no epoch in common with another station");
         if (m_taken == 0) {
-            throw Failure(fmt::format("{}: no epoch from {} to {} has satellites with an orbit and phases that can be "
-                                      "used: do the navigation files serve it?",
-                                      m_options.master, formatTime(m_first), formatTime(m_last)));
+            throw Failure(
+                fmt::format("{}: no epoch from {} to {} has satellites with an orbit and phases that can be "
+                            "used: do the navigation files serve it?",
+                            m_options.master, formatTime(m_first), formatTime(m_last)));
         }
         if (m_sink.printer) {
             m_sink.printer->finish(tail());

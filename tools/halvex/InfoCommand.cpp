@@ -1,7 +1,5 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -14,6 +12,7 @@
 #include "tools/halvex/Tool.h"
 #include "tools/halvex/sets/SetNames.h"
 #include "tools/halvex/sets/StationSet.h"
+#include "tools/halvex/streams/EpochSteps.h"
 #include "tools/halvex/streams/Streams.h"
 #include "tools/halvex/systems/EnabledSystems.h"
 
@@ -25,19 +24,7 @@ class Summary {
 public:
     std::string file, kind, station, receiver, antenna;
 
-    void addEpoch(const SMjdTime& time) {
-        ++m_epochs;
-        if (!m_last) {
-            m_first = time;
-        } else {
-            const auto step = std::llround(time.GetDifferenceInSeconds(*m_last) * 1000.0);
-            if (m_steps.count(step) != 0 || m_steps.size() < kMostSteps) {
-                Step& entry = m_steps[step];
-                if (++entry.count <= kMostGaps) entry.starts.push_back(*m_last);
-            }
-        }
-        m_last = time;
-    }
+    void addEpoch(const SMjdTime& time) { m_steps.add(time); }
     void addSatellite(const CALN::SCalSatID& satellite) { ++m_satellites[satellite]; }
     void addValue(CALN::eCALSATSYSTEM system, const std::string& signal) { ++m_signals[{system, signal}]; }
     void addEvent() { ++m_events; }
@@ -45,19 +32,19 @@ public:
     [[nodiscard]] Json json() const {
         Json json = {
             {"file", file}, {"kind", kind}, {"station", station}, {"receiver", receiver}, {"antenna", antenna}};
-        json["epochs"] = m_epochs;
+        json["epochs"] = m_steps.epochs();
         json["events"] = m_events;
-        if (m_last) {
-            json["from"] = formatTime(*m_first);
-            json["to"] = formatTime(*m_last);
+        if (m_steps.last()) {
+            json["from"] = formatTime(*m_steps.first());
+            json["to"] = formatTime(*m_steps.last());
         }
-        json["interval"] = interval();
+        json["interval"] = m_steps.interval();
         json["gaps"] = Json::array();
-        for (const Gap& gap : gaps()) {
+        for (const EpochSteps::Gap& gap : m_steps.gaps()) {
             json["gaps"].push_back({{"after", formatTime(gap.after)}, {"seconds", gap.seconds}});
         }
-        json["gapCount"] = gapCount();
-        json["backwardSteps"] = backwardSteps();
+        json["gapCount"] = m_steps.gapCount();
+        json["backwardSteps"] = m_steps.backwardSteps();
         Json systems = Json::object();
         for (const SatelliteSystem& system : kSatelliteSystems) {
             const Json signals = signalsJson(system.code);
@@ -74,17 +61,19 @@ public:
     [[nodiscard]] std::string text() const {
         std::string text = fmt::format("{}\n  {}, station {}\n", file, kind, station.empty() ? "unknown" : station);
         if (!receiver.empty()) text += fmt::format("  receiver {}, antenna {}\n", receiver, antenna);
-        if (!m_last) return text + "  no epoch\n";
-        text += fmt::format("  {} to {} GPS time, {} epochs at {} s", formatTime(*m_first), formatTime(*m_last),
-                            m_epochs, interval());
+        if (!m_steps.last()) return text + "  no epoch\n";
+        text += fmt::format("  {} to {} GPS time, {} epochs at {} s", formatTime(*m_steps.first()),
+                            formatTime(*m_steps.last()), m_steps.epochs(), m_steps.interval());
         if (m_events != 0) text += fmt::format(", {} events", m_events);
         text += "\n";
-        const std::vector<Gap> list = gaps();
+        const std::vector<EpochSteps::Gap> list = m_steps.gaps();
         if (list.empty()) text += "  no gaps\n";
-        for (const Gap& gap : list) text += fmt::format("  gap of {} s after {}\n", gap.seconds, formatTime(gap.after));
-        if (gapCount() > list.size()) text += fmt::format("  {} gaps in all\n", gapCount());
-        if (backwardSteps() != 0)
-            text += fmt::format("  {} epochs are not later than the one before\n", backwardSteps());
+        for (const EpochSteps::Gap& gap : list)
+            text += fmt::format("  gap of {} s after {}\n", gap.seconds, formatTime(gap.after));
+        if (m_steps.gapCount() > list.size()) text += fmt::format("  {} gaps in all\n", m_steps.gapCount());
+        if (m_steps.backwardSteps() != 0) {
+            text += fmt::format("  {} epochs are not later than the one before\n", m_steps.backwardSteps());
+        }
         Table table({"system", "satellites", "signal", "observations"}, "<><>");
         for (const SatelliteSystem& system : kSatelliteSystems) {
             const std::vector<std::string> names = satelliteNames(system.code);
@@ -101,51 +90,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMostSteps = 1000;
-    static constexpr std::size_t kMostGaps = 10;
-    struct Step {
-        std::uint64_t count = 0;
-        std::vector<SMjdTime> starts;
-    };
-    struct Gap {
-        SMjdTime after;
-        double seconds = 0.0;
-    };
-
-    [[nodiscard]] std::int64_t commonStep() const {
-        std::int64_t step = 0;
-        std::uint64_t most = 0;
-        for (const auto& [length, entry] : m_steps) {
-            if (length > 0 && entry.count > most) {
-                most = entry.count;
-                step = length;
-            }
-        }
-        return step;
-    }
-    [[nodiscard]] double interval() const { return static_cast<double>(commonStep()) / 1000.0; }
-    [[nodiscard]] bool isGap(std::int64_t step) const { return 2 * step > 3 * commonStep(); }
-    [[nodiscard]] std::uint64_t gapCount() const {
-        std::uint64_t count = 0;
-        for (const auto& [step, entry] : m_steps) count += isGap(step) ? entry.count : 0;
-        return count;
-    }
-    [[nodiscard]] std::uint64_t backwardSteps() const {
-        std::uint64_t count = 0;
-        for (const auto& [step, entry] : m_steps) count += step <= 0 ? entry.count : 0;
-        return count;
-    }
-    /// The first gaps in the order of their time.
-    [[nodiscard]] std::vector<Gap> gaps() const {
-        std::vector<Gap> list;
-        for (const auto& [step, entry] : m_steps) {
-            if (!isGap(step)) continue;
-            for (const SMjdTime& start : entry.starts) list.push_back({start, static_cast<double>(step) / 1000.0});
-        }
-        std::sort(list.begin(), list.end(), [](const Gap& a, const Gap& b) { return a.after < b.after; });
-        if (list.size() > kMostGaps) list.resize(kMostGaps);
-        return list;
-    }
     [[nodiscard]] std::vector<std::string> satelliteNames(CALN::eCALSATSYSTEM system) const {
         std::vector<std::string> names;
         for (const auto& [satellite, count] : m_satellites) {
@@ -161,10 +105,8 @@ private:
         return json;
     }
 
-    std::uint64_t m_epochs = 0;
     std::uint64_t m_events = 0;
-    std::optional<SMjdTime> m_first, m_last;
-    std::map<std::int64_t, Step> m_steps;  // by length [ms]
+    EpochSteps m_steps;
     std::map<CALN::SCalSatID, std::uint64_t> m_satellites;
     std::map<std::pair<CALN::eCALSATSYSTEM, std::string>, std::uint64_t> m_signals;
 };

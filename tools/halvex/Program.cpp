@@ -26,6 +26,7 @@ int runProgram(const std::vector<std::string>& arguments) {
         addMetricsCommand(app);
         addCorrectionsCommand(app);
         addSsrCommand(app);
+        addNetworkCommand(app);
         addStatusCommand(app);
         addSystemsCommand(app);
         addNmeaCommand(app);

@@ -51,6 +51,7 @@ void addSimulateCommand(CLI::App& app);
 void addMetricsCommand(CLI::App& app);
 void addCorrectionsCommand(CLI::App& app);
 void addSsrCommand(CLI::App& app);
+void addNetworkCommand(CLI::App& app);
 void addStatusCommand(CLI::App& app);
 void addSystemsCommand(CLI::App& app);
 void addNmeaCommand(CLI::App& app);

@@ -29,12 +29,9 @@ SMjdTime firstEpoch(const std::string& name, const SMjdTime& reference) {
 
 SsrStream::SsrStream(ByteInput input, const SMjdTime& time) : m_reference(time) {
     const std::string name = input.name();
-    const SMjdTime now = CSatelliteTime(true);
-    SMjdTime latest = now;
-    latest.AddDays(1.0);
-    if (!m_reference.IsSet()) m_reference = lookAhead(name, latest).reference.time;
+    if (!m_reference.IsSet()) m_reference = lookAhead(name, latestPlausible()).reference.time;
     if (!m_reference.IsSet()) {
-        m_reference = now;
+        m_reference = CSatelliteTime(true);
         m_dateAssumed = true;
     }
     m_reference = firstEpoch(name, m_reference);

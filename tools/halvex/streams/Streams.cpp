@@ -14,10 +14,8 @@
 namespace halvex::tool {
 namespace {
 
-SMjdTime latestPlausible() {
-    SMjdTime latest = CSatelliteTime(true);
-    latest.AddDays(1.0);
-    return latest;
+std::string label(const rtcm3::MessageType& type) {
+    return type.subType != 0 ? fmt::format("{}.{}", type.number, type.subType) : std::to_string(type.number);
 }
 
 /// "GPS orbits", by the order of SsrKind.
@@ -30,8 +28,15 @@ std::string nameOf(const rtcm3::SsrType& type) {
     return system != nullptr ? std::string(system->name) + " " + kind : kind;
 }
 
-/// "GPS MSM7", or what the commonest of the others are.
-std::string nameOf(const rtcm3::MessageType& type) {
+}  // namespace
+
+SMjdTime latestPlausible() {
+    SMjdTime latest = CSatelliteTime(true);
+    latest.AddDays(1.0);
+    return latest;
+}
+
+std::string messageName(const rtcm3::MessageType& type) {
     const unsigned number = type.number;
     if (const auto [system, kind] = rtcm3::msmKindOf(number); kind != 0) {
         return fmt::format("{} MSM{}", systemOfCode(system)->name, kind);
@@ -51,10 +56,22 @@ std::string nameOf(const rtcm3::MessageType& type) {
         {1011, "GLONASS L1 L2"},
         {1012, "GLONASS L1 L2, whole"},
         {1013, "schedule"},
+        {1014, "auxiliary station"},
+        {1015, "GPS ionospheric differences"},
+        {1016, "GPS geometric differences"},
+        {1017, "GPS differences"},
         {1019, "GPS ephemeris"},
         {1020, "GLONASS ephemeris"},
         {1029, "text"},
+        {1030, "GPS network residuals"},
+        {1031, "GLONASS network residuals"},
+        {1032, "physical reference"},
         {1033, "receiver, antenna"},
+        {1034, "GPS gradients"},
+        {1035, "GLONASS gradients"},
+        {1037, "GLONASS ionospheric differences"},
+        {1038, "GLONASS geometric differences"},
+        {1039, "GLONASS differences"},
         {1041, "NavIC ephemeris"},
         {1042, "BeiDou ephemeris"},
         {1044, "QZSS ephemeris"},
@@ -65,12 +82,6 @@ std::string nameOf(const rtcm3::MessageType& type) {
     const auto found = kNames.find(number);
     return found != kNames.end() ? found->second : "";
 }
-
-std::string label(const rtcm3::MessageType& type) {
-    return type.subType != 0 ? fmt::format("{}.{}", type.number, type.subType) : std::to_string(type.number);
-}
-
-}  // namespace
 
 rtcm3::StreamPreview lookAhead(const std::string& name, const SMjdTime& latest, const SMjdTime& time) {
     std::error_code ignored;
@@ -145,7 +156,7 @@ std::string StreamSummary::text() const {
     }
     Table messages({"message", "", "count", "first byte", "last byte"}, "><>>>");
     for (const auto& [type, count] : m_reader.frames().counts()) {
-        messages.add({label(type), nameOf(type), std::to_string(count.count), std::to_string(count.first),
+        messages.add({label(type), messageName(type), std::to_string(count.count), std::to_string(count.first),
                       std::to_string(count.last)});
     }
     text += messages.text("  ");

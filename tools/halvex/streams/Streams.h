@@ -17,6 +17,12 @@ namespace halvex::tool {
 /// What was lost, in words.
 using StreamCounts = std::vector<std::pair<std::string, std::uint64_t>>;
 
+/// "GPS MSM7"; what the commonest messages are, empty for others.
+[[nodiscard]] std::string messageName(const rtcm3::MessageType& type);
+
+/// A recording can be no later than this.
+[[nodiscard]] SMjdTime latestPlausible();
+
 /// What a file that can be read twice tells before it is read; of any other nothing.
 [[nodiscard]] rtcm3::StreamPreview lookAhead(const std::string& name, const SMjdTime& latest,
                                              const SMjdTime& time = {});
