@@ -42,6 +42,16 @@ public:
     [[nodiscard]] bool flag() { return bits(1) != 0; }
     /// The same for numbers that an unsigned holds: up to 32 bits.
     [[nodiscard]] unsigned number(unsigned width) { return static_cast<unsigned>(bits(width)); }
+    /// The next bits as the number of a record's member, which is wide enough for them.
+    template <class T>
+    void take(unsigned width, T& value) {
+        value = static_cast<T>(bits(width));
+    }
+    /// The same in two's complement.
+    template <class T>
+    void takeSigned(unsigned width, T& value) {
+        value = static_cast<T>(signedBits(width));
+    }
     void skip(std::size_t width) {
         if (width > left()) {
             m_ok = false;

@@ -29,10 +29,6 @@ double scaledUnsigned(BitReader& in, unsigned width, double step) {
 double angle(BitReader& in, unsigned width, double step) {
     return scaled(in, width, step) * kPi;
 }
-template <class T>
-void take(BitReader& in, unsigned width, T& value) {
-    value = static_cast<T>(in.bits(width));
-}
 
 /// Nominal user range accuracy of an index [m]. IS-GPS-200, 20.3.3.3.1.3.
 double uraOf(unsigned index) {
@@ -99,20 +95,20 @@ bool readGps(BitReader& in, const TimeReference& reference, Ephemeris& ephemeris
     auto& r = ephemeris.record.emplace<CALN::CALX_SAT_EPHEMERIS>();
     if (!begin(CALN::eCALSATSYSTEM_GPS, in.number(6), 0, r, ephemeris)) return false;
     const unsigned week = in.number(10);
-    take(in, 4, r.uraIndex);
-    take(in, 2, r.codeOnL2);
+    in.take(4, r.uraIndex);
+    in.take(2, r.codeOnL2);
     r.idot = angle(in, 14, 0x1p-43);
     in.skip(8);  // the issue of the orbit is the low part of the IODC
     r.toc = scaledUnsigned(in, 16, 16.0);
     r.af2 = scaled(in, 8, 0x1p-55);
     r.af1 = scaled(in, 16, 0x1p-43);
     r.af0 = scaled(in, 22, 0x1p-31);
-    take(in, 10, r.iodc);
+    in.take(10, r.iodc);
     readKepler(in, {}, r);
     r.tgd = scaled(in, 8, 0x1p-31);
-    take(in, 6, r.health);
-    take(in, 1, r.l2pDataFlag);
-    take(in, 1, r.fitIntervalFlag);
+    in.take(6, r.health);
+    in.take(1, r.l2pDataFlag);
+    in.take(1, r.fitIntervalFlag);
     r.ura = uraOf(r.uraIndex);
     setWeek(fullWeek(week, kWeeksOfTenBits, reference), 0, reference, r);
     ephemeris.tellsTime = r.isHealthy() && tellsTime(r);
@@ -130,13 +126,13 @@ bool readQzss(BitReader& in, const TimeReference& reference, Ephemeris& ephemeri
     in.skip(8);  // the issue of the orbit is the low part of the IODC
     readKepler(in, {}, r);
     r.idot = angle(in, 14, 0x1p-43);
-    take(in, 2, r.codeOnL2);
+    in.take(2, r.codeOnL2);
     const unsigned week = in.number(10);
-    take(in, 4, r.uraIndex);
-    take(in, 6, r.health);
+    in.take(4, r.uraIndex);
+    in.take(6, r.health);
     r.tgd = scaled(in, 8, 0x1p-31);
-    take(in, 10, r.iodc);
-    take(in, 1, r.fitIntervalFlag);
+    in.take(10, r.iodc);
+    in.take(1, r.fitIntervalFlag);
     r.ura = uraOf(r.uraIndex);
     setWeek(fullWeek(week, kWeeksOfTenBits, reference), 0, reference, r);
     ephemeris.tellsTime = r.isHealthy() && tellsTime(r);
@@ -150,16 +146,16 @@ bool readBeidou(BitReader& in, const TimeReference& reference, Ephemeris& epheme
     const unsigned week = in.number(13);
     r.ura = uraOf(in.number(4));
     r.idot = angle(in, 14, 0x1p-43);
-    take(in, 5, r.aode);
+    in.take(5, r.aode);
     r.toc = scaledUnsigned(in, 17, 8.0);
     r.af2 = scaled(in, 11, 0x1p-66);
     r.af1 = scaled(in, 22, 0x1p-50);
     r.af0 = scaled(in, 24, 0x1p-33);
-    take(in, 5, r.aodc);
+    in.take(5, r.aodc);
     readKepler(in, {.bits = 18, .radiusStep = 0x1p-6, .angleStep = 0x1p-31, .toeBits = 17, .toeStep = 8.0}, r);
     r.tgd1 = scaled(in, 10, 1e-10);
     r.tgd2 = scaled(in, 10, 1e-10);
-    take(in, 1, r.health);
+    in.take(1, r.health);
     r.messageType = r.isGeostationary() ? CALN::eCALBDSMESSAGE_D2 : CALN::eCALBDSMESSAGE_D1;
     setWeek(static_cast<int>(week), Beidou::kGpsWeekOfWeek0, reference, r);
     ephemeris.kind = r.isGeostationary() ? MessageKind::beidouD2 : MessageKind::beidouD1;
@@ -174,8 +170,8 @@ bool readGalileo(BitReader& in, bool fnav, const TimeReference& reference, Ephem
     auto& r = ephemeris.record.emplace<Galileo>();
     if (!begin(CALN::eCALSATSYSTEM_GALILEO, in.number(6), kBase, r, ephemeris)) return false;
     const unsigned week = in.number(12);
-    take(in, 10, r.iodNav);
-    take(in, 8, r.sisaIndex);
+    in.take(10, r.iodNav);
+    in.take(8, r.sisaIndex);
     r.idot = angle(in, 14, 0x1p-43);
     r.toc = scaledUnsigned(in, 14, kMinute);
     r.af2 = scaled(in, 6, 0x1p-59);
@@ -184,8 +180,8 @@ bool readGalileo(BitReader& in, bool fnav, const TimeReference& reference, Ephem
     readKepler(in, {.toeBits = 14, .toeStep = kMinute}, r);
     r.bgdE5aE1 = scaled(in, 10, 0x1p-32);
     const auto status = [&in](Galileo::SignalStatus& signal) {
-        take(in, 2, signal.health);
-        take(in, 1, signal.dataValidity);
+        in.take(2, signal.health);
+        in.take(1, signal.dataValidity);
     };
     // Data sources as files number them: F/NAV on E5a with its clock; I/NAV on E1-B and E5b with theirs.
     if (fnav) {
@@ -220,7 +216,7 @@ bool readNavic(BitReader& in, const TimeReference& reference, Ephemeris& ephemer
     r.toc = scaledUnsigned(in, 16, 16.0);
     r.tgd = scaled(in, 8, 0x1p-31);
     r.deltaN = angle(in, 22, 0x1p-41);
-    take(in, 8, r.iodec);
+    in.take(8, r.iodec);
     in.skip(10);
     const unsigned l5 = in.number(1);
     r.health = static_cast<unsigned short>(l5 | in.number(1) << 1U);
@@ -286,9 +282,9 @@ bool readGlonass(BitReader& in, const TimeReference& reference, Ephemeris& ephem
     r.deltaTauN = static_cast<double>(in.signMagnitude(5)) * 0x1p-30;
     r.ageOfData = static_cast<int>(in.number(5));
     const unsigned p4 = in.number(1);
-    take(in, 4, r.accuracyIndex);
+    in.take(4, r.accuracyIndex);
     const unsigned day = in.number(11);
-    take(in, 2, r.modification);
+    in.take(2, r.modification);
     const bool additional = in.flag();
     in.skip(11 + 32);  // day and correction of the almanac
     const unsigned fourYears = in.number(5);

@@ -12,15 +12,6 @@ constexpr unsigned kSatelliteBits = 6;
 constexpr std::int64_t kTenth = 100;    // [ms]
 constexpr std::int64_t kSecond = 1000;  // [ms]
 
-template <class T>
-void take(BitReader& in, unsigned width, T& value) {
-    value = static_cast<T>(in.bits(width));
-}
-template <class T>
-void takeSigned(BitReader& in, unsigned width, T& value) {
-    value = static_cast<T>(in.signedBits(width));
-}
-
 bool isGlonass(unsigned number) {
     return systemOfNetworkMessage(number) == CALN::eCALSATSYSTEM_GLONASS;
 }
@@ -35,23 +26,23 @@ NetworkEpoch epochOf(BitReader& in, unsigned number, std::int64_t unit) {
 /// Satellite, state of its cycles, difference: the beginning of each entry of differences.
 template <class Entry>
 void takeAmbiguity(BitReader& in, Entry& entry) {
-    take(in, kSatelliteBits, entry.satId);
-    take(in, 2, entry.ambiguityStatus);
-    take(in, 3, entry.nonSyncCount);
+    in.take(kSatelliteBits, entry.satId);
+    in.take(2, entry.ambiguityStatus);
+    in.take(3, entry.nonSyncCount);
 }
 void takeDifference(BitReader& in, std::int32_t& difference) {
-    takeSigned(in, 17, difference);
+    in.takeSigned(17, difference);
 }
 
 void read(BitReader& in, unsigned, CALN::Msg1014T& message) {
-    take(in, 8, message.networkId);
-    take(in, 4, message.subnetworkId);
-    take(in, 5, message.auxiliaryStations);
-    take(in, kStationBits, message.masterStation);
-    take(in, kStationBits, message.auxiliaryStation);
-    takeSigned(in, 20, message.deltaLatitude);
-    takeSigned(in, 21, message.deltaLongitude);
-    takeSigned(in, 23, message.deltaHeight);
+    in.take(8, message.networkId);
+    in.take(4, message.subnetworkId);
+    in.take(5, message.auxiliaryStations);
+    in.take(kStationBits, message.masterStation);
+    in.take(kStationBits, message.auxiliaryStation);
+    in.takeSigned(20, message.deltaLatitude);
+    in.takeSigned(21, message.deltaLongitude);
+    in.takeSigned(23, message.deltaHeight);
 }
 
 void readEntry(BitReader& in, CALN::IonoDifferenceT& entry) {
@@ -61,7 +52,7 @@ void readEntry(BitReader& in, CALN::IonoDifferenceT& entry) {
 void readEntry(BitReader& in, CALN::GeoDifferenceT& entry) {
     takeAmbiguity(in, entry);
     takeDifference(in, entry.difference);
-    take(in, 8, entry.issueOfData);
+    in.take(8, entry.issueOfData);
 }
 
 template <class Message>
@@ -69,32 +60,32 @@ void read(BitReader& in, unsigned number, Differences<Message>& differences) {
     Message& message = differences.message;
     message.messageNumber = static_cast<std::uint16_t>(number);
     message.system = systemOfNetworkMessage(number);
-    take(in, 8, message.networkId);
-    take(in, 4, message.subnetworkId);
+    in.take(8, message.networkId);
+    in.take(4, message.subnetworkId);
     differences.epoch = epochOf(in, number, kTenth);
-    take(in, 1, message.multipleMessage);
-    take(in, kStationBits, message.masterStation);
-    take(in, kStationBits, message.auxiliaryStation);
-    take(in, 4, message.satelliteCount);
+    in.take(1, message.multipleMessage);
+    in.take(kStationBits, message.masterStation);
+    in.take(kStationBits, message.auxiliaryStation);
+    in.take(4, message.satelliteCount);
     for (std::size_t i = 0; i < message.satelliteCount; ++i) readEntry(in, message.satellites[i]);
 }
 
 void read(BitReader& in, unsigned number, CALN::IonoGeoMsgT& message) {
     CALN::MsgHeaderT& header = message.header;
     header.messageNumber = static_cast<std::uint16_t>(number);
-    take(in, 8, header.networkId);
-    take(in, 4, header.subnetwork);
+    in.take(8, header.networkId);
+    in.take(4, header.subnetwork);
     header.epoch = static_cast<std::uint32_t>(epochOf(in, number, kTenth).milliseconds / kTenth);
-    take(in, 1, header.multipleMessage);
-    take(in, kStationBits, header.masterStation);
-    take(in, kStationBits, header.auxiliaryStation);
-    take(in, 4, header.satelliteCount);
+    in.take(1, header.multipleMessage);
+    in.take(kStationBits, header.masterStation);
+    in.take(kStationBits, header.auxiliaryStation);
+    in.take(4, header.satelliteCount);
     message.entries.resize(header.satelliteCount);
     for (CALN::IonoGeoEntryT& entry : message.entries) {
         takeAmbiguity(in, entry);
         entry.system = systemOfNetworkMessage(number);
         takeDifference(in, entry.geometric);
-        take(in, 8, entry.issueOfData);
+        in.take(8, entry.issueOfData);
         takeDifference(in, entry.ionospheric);
     }
 }
@@ -102,47 +93,47 @@ void read(BitReader& in, unsigned number, CALN::IonoGeoMsgT& message) {
 void read(BitReader& in, unsigned number, NetworkResiduals& message) {
     message.messageNumber = number;
     message.epoch = epochOf(in, number, kSecond);
-    take(in, kStationBits, message.station);
-    take(in, 7, message.referenceStations);
+    in.take(kStationBits, message.station);
+    in.take(7, message.referenceStations);
     message.satellites.resize(in.number(5));
     for (ResidualsEntry& entry : message.satellites) {
-        take(in, kSatelliteBits, entry.satId);
-        take(in, 8, entry.constant);
-        take(in, 9, entry.byDistance);
-        take(in, 6, entry.byHeight);
-        take(in, 10, entry.ionoConstant);
-        take(in, 10, entry.ionoByDistance);
+        in.take(kSatelliteBits, entry.satId);
+        in.take(8, entry.constant);
+        in.take(9, entry.byDistance);
+        in.take(6, entry.byHeight);
+        in.take(10, entry.ionoConstant);
+        in.take(10, entry.ionoByDistance);
     }
 }
 
 void read(BitReader& in, unsigned, PhysicalReference& message) {
-    take(in, kStationBits, message.station);
-    take(in, kStationBits, message.physicalStation);
-    take(in, 6, message.itrfYear);
-    for (std::int64_t& axis : message.position) takeSigned(in, 38, axis);
+    in.take(kStationBits, message.station);
+    in.take(kStationBits, message.physicalStation);
+    in.take(6, message.itrfYear);
+    for (std::int64_t& axis : message.position) in.takeSigned(38, axis);
 }
 
 void read(BitReader& in, unsigned number, AreaGradients& message) {
     message.messageNumber = number;
-    take(in, kStationBits, message.station);
+    in.take(kStationBits, message.station);
     message.epoch = epochOf(in, number, kSecond);
     message.satellites.resize(in.number(5));
     for (POS_REF_GRADIENTS& entry : message.satellites) {
-        take(in, kSatelliteBits, entry.satId);
-        take(in, 8, entry.issueOfData);
-        takeSigned(in, 12, entry.geometryNorth);
-        takeSigned(in, 12, entry.geometryEast);
-        takeSigned(in, 14, entry.ionosphereNorth);
-        takeSigned(in, 14, entry.ionosphereEast);
+        in.take(kSatelliteBits, entry.satId);
+        in.take(8, entry.issueOfData);
+        in.takeSigned(12, entry.geometryNorth);
+        in.takeSigned(12, entry.geometryEast);
+        in.takeSigned(14, entry.ionosphereNorth);
+        in.takeSigned(14, entry.ionosphereEast);
     }
 }
 
 void read(BitReader& in, unsigned, PIO::RTCM3::UTF8MessageC& message) {
-    take(in, kStationBits, message.stationId);
-    take(in, 16, message.day);
-    take(in, 17, message.secondsOfDay);
-    take(in, 7, message.characters);
-    take(in, 8, message.codeUnits);
+    in.take(kStationBits, message.stationId);
+    in.take(16, message.day);
+    in.take(17, message.secondsOfDay);
+    in.take(7, message.characters);
+    in.take(8, message.codeUnits);
     for (std::size_t i = 0; i < message.codeUnits; ++i) message.text[i] = static_cast<char>(in.number(8));
 }
 

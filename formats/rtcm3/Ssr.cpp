@@ -86,55 +86,46 @@ std::optional<Found> find(const MessageType& message) {
     return std::nullopt;
 }
 
-template <class T>
-void take(BitReader& in, unsigned width, T& value) {
-    value = static_cast<T>(in.bits(width));
-}
-template <class T>
-void takeSigned(BitReader& in, unsigned width, T& value) {
-    value = static_cast<T>(in.signedBits(width));
-}
-
 void readFields(BitReader& in, SSROrbitKind::Entry& entry) {
-    takeSigned(in, 22, entry.radial);
-    takeSigned(in, 20, entry.alongTrack);
-    takeSigned(in, 20, entry.crossTrack);
-    takeSigned(in, 21, entry.radialRate);
-    takeSigned(in, 19, entry.alongTrackRate);
-    takeSigned(in, 19, entry.crossTrackRate);
+    in.takeSigned(22, entry.radial);
+    in.takeSigned(20, entry.alongTrack);
+    in.takeSigned(20, entry.crossTrack);
+    in.takeSigned(21, entry.radialRate);
+    in.takeSigned(19, entry.alongTrackRate);
+    in.takeSigned(19, entry.crossTrackRate);
 }
 void readFields(BitReader& in, SSRClockKind::Entry& entry) {
-    takeSigned(in, 22, entry.c0);
-    takeSigned(in, 21, entry.c1);
-    takeSigned(in, 27, entry.c2);
+    in.takeSigned(22, entry.c0);
+    in.takeSigned(21, entry.c1);
+    in.takeSigned(27, entry.c2);
 }
 void readFields(BitReader& in, SSRHighRateClockKind::Entry& entry) {
-    takeSigned(in, kHighRateClockBits, entry.correction);
+    in.takeSigned(kHighRateClockBits, entry.correction);
 }
 void readFields(BitReader& in, SSRURAKind::Entry& entry) {
-    take(in, kUraBits, entry.ura);
+    in.take(kUraBits, entry.ura);
 }
 void readFields(BitReader& in, SSRCodeBiasKind::Entry& entry) {
     const unsigned count = in.number(5);
     if (in.left() < std::size_t{count} * kCodeBiasBits) return in.skip(in.left() + 1);
     entry.biases.resize(count);
     for (SSRCodeBiasKind::Bias& bias : entry.biases) {
-        take(in, 5, bias.signal);
-        takeSigned(in, 14, bias.bias);
+        in.take(5, bias.signal);
+        in.takeSigned(14, bias.bias);
     }
 }
 void readFields(BitReader& in, SSRPhaseBiasKind::Entry& entry) {
     const unsigned count = in.number(5);
-    take(in, 9, entry.yawAngle);
-    takeSigned(in, 8, entry.yawRate);
+    in.take(9, entry.yawAngle);
+    in.takeSigned(8, entry.yawRate);
     if (in.left() < std::size_t{count} * kPhaseBiasBits) return in.skip(in.left() + 1);
     entry.biases.resize(count);
     for (SSRPhaseBiasKind::Bias& bias : entry.biases) {
-        take(in, 5, bias.signal);
-        take(in, 1, bias.integer);
-        take(in, 2, bias.wideLane);
-        take(in, 4, bias.discontinuityCounter);
-        takeSigned(in, 20, bias.bias);
+        in.take(5, bias.signal);
+        in.take(1, bias.integer);
+        in.take(2, bias.wideLane);
+        in.take(4, bias.discontinuityCounter);
+        in.takeSigned(20, bias.bias);
     }
 }
 
@@ -183,13 +174,13 @@ private:
         m_in.skip(m_igs ? 12 + 3 + 8 : 12);
         const unsigned seconds = m_in.number(m_layout.timeBits);
         m_head.system = m_layout.system;
-        take(m_in, 4, m_head.updateInterval);
-        take(m_in, 1, m_head.multipleMessage);
-        if (hasOrbits && !m_igs) take(m_in, 1, m_head.referenceDatum);
-        take(m_in, 4, m_head.issueOfData);
-        take(m_in, 16, m_head.provider);
-        take(m_in, 4, m_head.solution);
-        if (hasOrbits && m_igs) take(m_in, 1, m_head.referenceDatum);
+        m_in.take(4, m_head.updateInterval);
+        m_in.take(1, m_head.multipleMessage);
+        if (hasOrbits && !m_igs) m_in.take(1, m_head.referenceDatum);
+        m_in.take(4, m_head.issueOfData);
+        m_in.take(16, m_head.provider);
+        m_in.take(4, m_head.solution);
+        if (hasOrbits && m_igs) m_in.take(1, m_head.referenceDatum);
         if (m_kind == SsrKind::phaseBiases) m_in.skip(2);
         if (m_kind != SsrKind::electronContent) m_count = m_in.number(m_layout.countBits);
         // A Moscow day with a leap second has one more.
@@ -258,8 +249,8 @@ private:
         for (unsigned i = 0; i < m_count; ++i) {
             const SCalSatID satellite = readSatellite();
             SSROrbitKind::Entry orbit;
-            take(m_in, m_layout.issueBits, orbit.issueOfData);
-            if (behindTime != 0) take(m_in, behindTime, orbit.issueOfData);
+            m_in.take(m_layout.issueBits, orbit.issueOfData);
+            if (behindTime != 0) m_in.take(behindTime, orbit.issueOfData);
             readFields(m_in, orbit);
             add(orbits, satellite, orbit);
             if (!combined) continue;
@@ -281,12 +272,12 @@ private:
 
     bool readElectronContent() {
         std::uint16_t quality = 0;
-        take(m_in, 9, quality);
+        m_in.take(9, quality);
         m_count = m_in.number(2) + 1;
         const auto message = begin<QTVertIonoCorrMsgT>();
         for (unsigned layer = 0; layer < m_count; ++layer) {
             QTVertIonoKind::Entry entry;
-            take(m_in, 8, entry.height);
+            m_in.take(8, entry.height);
             const unsigned degree = m_in.number(4) + 1;
             const unsigned order = m_in.number(4) + 1;
             // Degrees from each order to the highest one; there is no sine of order 0.
@@ -299,8 +290,8 @@ private:
             entry.order = static_cast<std::uint8_t>(order);
             entry.cosines.resize(cosines);
             entry.sines.resize(sines);
-            for (std::int16_t& value : entry.cosines) takeSigned(m_in, kBits, value);
-            for (std::int16_t& value : entry.sines) takeSigned(m_in, kBits, value);
+            for (std::int16_t& value : entry.cosines) m_in.takeSigned(kBits, value);
+            for (std::int16_t& value : entry.sines) m_in.takeSigned(kBits, value);
             message->entries.push_back(std::move(entry));
         }
         return finish();
