@@ -69,6 +69,15 @@ void testMessage(Input input) {
     test(before, input);
 }
 
+void testBase(Input input) {
+    CALN::SSRCorrMsgBaseT message, again;
+    std::uint64_t used = 1;
+    if (!message.loadData(input.data(), input.size(), used)) return require(used == 0);
+    require(used <= input.size() && used == message.getSize());
+    const Bytes bytes = saved(message);
+    require(again.loadData(bytes.data(), bytes.size(), used) && used == bytes.size() && saved(again) == bytes);
+}
+
 CHalvexSSRCorr::Message someOrbits() {
     const auto orbits = boost::make_shared<BSS::TSK::MsgObjectT<CALN::SSROrbitCorrMsgT>>();
     orbits->entries.emplace_back().radial = 5;
@@ -133,6 +142,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         &testMessage<CALN::QTSlantIonoCorrMsgT>,
         &testMessage<CALN::QTNetGeometryCorrMsgT>,
         [](Input input) { test(SMjdTime(2111, 388830.5), input); },
+        &testBase,
     };
     kTests[data[0] % std::size(kTests)](Input(data + 1, size - 1));
     return 0;

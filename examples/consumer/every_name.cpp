@@ -548,7 +548,55 @@ public:
     }
 };
 
+class Producer final : public CCorrectionBase {
+public:
+    using CCorrectionBase::CCorrectionBase;
+    std::int32_t ProvideCorrections(const CHalvexZ9StationCorrection&, const CHalvexZ9StationCorrection&, CRtkAux&,
+                                    bool) override {
+        return kSuccess;
+    }
+    void ProvideEmptyCorrections(CALN::ebCALGNSSTYPECOMBINATION, CRtkAux&, unsigned, unsigned char) override {}
+};
+
+void producers() {
+    const CHalvexUniqueSiteID master(1, 1), auxiliary(2, 2);
+    CRtkAuxCollection collection;
+    CRtkAux* aux = nullptr;
+    CHalvexUniqueSiteID site;
+    check(collection.AddRtkAux(auxiliary, CRtkAux(0, 1, 2)) && collection.IsAuxAvailable(auxiliary), __LINE__);
+    check(collection.GetRtkAux(auxiliary, aux) && collection.GetRtkAux(0, aux, site) && site == auxiliary, __LINE__);
+
+    std::size_t bytes = 0;
+    Z9::CRtcm3NetworkProduct product([&](std::span<const unsigned char> frame) {
+        bytes += frame.size();
+        return true;
+    });
+    check(product.addAuxiliaryStationData(CALN::Msg1014T()) == 0 && product.GetLeftOut() == 0, __LINE__);
+    const auto l1l2 = CALN::eCALFREQUENCY_GROUP_L1 | CALN::eCALFREQUENCY_GROUP_L2;
+    const CALN::eCALFREQUENCY_GROUP bands[CALN::kSystemSlots] = {{}, l1l2};
+    CCombinedIonoGeoCorrection combined(&collection, &product, master, CALN::ebCALGNSSTYPE_GPS, 1, true, false, true,
+                                        bands);
+    CHalvexZ9StationCorrection first, second;
+    const CALN::SCalObservationFreq l1{
+        CALN::eCALFREQUENCY_L1, 1.0, 2.0, true, true, CNALHalvexObservationZ9Helper::kFixed};
+    auto l2 = l1;
+    l2.frequency = CALN::eCALFREQUENCY_L2;
+    first.satellites = second.satellites = {{{CALN::eCALSATSYSTEM_GPS, 5}, 7, {l1, l2}}};
+    check(CNALHalvexObservationZ9Helper::getAmbiguityFixState(l2) == 3 && first == second, __LINE__);
+    first.epoch = second.epoch = SMjdTime(2111, 5.0);
+    check(combined.ProvideCorrections(first, second, *aux, true) == CCorrectionBase::kSuccess && bytes > 0, __LINE__);
+    combined.ProvideEmptyCorrections(combined.GetActiveSystems(), *aux, 5, 1);
+
+    Producer producer(&collection, &product, master, CALN::ebCALGNSSTYPE_GPS, 1, true, false);
+    const auto result = boost::make_shared<CHalvexZ9StationCorrection>(first);
+    check(producer.OnNALResults(result) == CCorrectionBase::kDiscarded, __LINE__);
+    use(CPhaseCorrectionEpoch());
+    check(collection.RemoveRtkAux(auxiliary) && collection.ClearRtkAuxCollection() && collection.GetCount() == 0,
+          __LINE__);
+}
+
 void corrections() {
+    producers();
     correction<CALN::SSROrbitCorrMsgT>();
     correction<CALN::SSRClockCorrMsgT>();
     correction<CALN::SSRHighRateClockMsgT>();

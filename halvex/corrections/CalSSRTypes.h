@@ -11,12 +11,16 @@
 
 /// Level difference of one signal. Plain value.
 struct SLvlDiff {
-    explicit SLvlDiff(const CALN::SSRSignalID& signalId = {}, double levelDifference = 0.0, signed char mark = -1)
+    SLvlDiff() = default;
+    explicit SLvlDiff(const CALN::SSRSignalID& signalId) : signal(signalId) {}
+    SLvlDiff(const CALN::SSRSignalID& signalId, double levelDifference, signed char mark = -1)
         : signal(signalId), value(levelDifference), tag(mark) {}
 
+    friend bool operator==(const SLvlDiff&, const SLvlDiff&) = default;
+
     CALN::SSRSignalID signal;
-    double value;
-    signed char tag;  ///< the caller's own; -1: none
+    double value = 0.0;
+    signed char tag = -1;  ///< the caller's own; -1: none
 };
 
 /// One correction message of any kind, of one site. Copies share the message. Without locks.
@@ -27,15 +31,16 @@ class HALVEX_EXPORT CHalvexSSRCorr : public IPersistData {
 public:
     using Message = boost::shared_ptr<const BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT>>;
 
-    explicit CHalvexSSRCorr(const CHalvexUniqueSiteID& site = CHalvexUniqueSiteID(), const Message& message = Message())
+    CHalvexSSRCorr() : CHalvexSSRCorr(CHalvexUniqueSiteID()) {}
+    explicit CHalvexSSRCorr(const CHalvexUniqueSiteID& site, const Message& message = Message())
         : m_site(site), m_message(message) {}
 
     [[nodiscard]] const CHalvexUniqueSiteID& GetSiteID() const { return m_site; }
     /// Null when there is none.
     [[nodiscard]] const Message& GetMessage() const { return m_message; }
 
-    /// False, with the record as it was, for a null or short buffer and for another version; false, with the site taken
-    /// over and the message as it was, when the message does not load.
+    /// False, with the record as it was, for a null buffer, one of less than 16 bytes, and another version; false, with
+    /// the site taken over and the message as it was, when the message does not load.
     bool loadData(const unsigned char* buffer, std::size_t length) override;
     void saveData(unsigned char* buffer, std::size_t length) const override;
     [[nodiscard]] std::size_t getSize() const override;
@@ -59,8 +64,8 @@ private:
 /// into its slot as it then stands, empty, and the ones behind it are looked for in its place.
 class HALVEX_EXPORT CHalvexSSRAllCorr : public CALN::SSRAllCorrMsgT, public IPersistData {
 public:
-    explicit CHalvexSSRAllCorr(const CHalvexUniqueSiteID& site = CHalvexUniqueSiteID(),
-                               const SMjdTime& epoch = SMjdTime())
+    CHalvexSSRAllCorr() : CHalvexSSRAllCorr(CHalvexUniqueSiteID()) {}
+    explicit CHalvexSSRAllCorr(const CHalvexUniqueSiteID& site, const SMjdTime& epoch = SMjdTime())
         : m_site(site), m_epoch(epoch) {}
 
     [[nodiscard]] const CHalvexUniqueSiteID& GetSiteID() const { return m_site; }

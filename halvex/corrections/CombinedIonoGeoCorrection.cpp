@@ -54,7 +54,9 @@ IonoGeoMsgT* messageOf(eCALSATSYSTEM system, MsgGNSS17T& message) {
 
 /// Of the seconds of GLONASS day at a GPS second of week of that week.
 std::uint32_t glonassTenths(const SMjdTime& week, std::uint32_t gpsSeconds) {
-    return static_cast<std::uint32_t>(CGPSTime(week).GPSWeekSec2GLODaySec(gpsSeconds) * 10.0);
+    constexpr double kDay = 86400.0;
+    const double seconds = CGPSTime(week).GPSWeekSec2GLODaySec(gpsSeconds);  // below 0 with absurd leap seconds
+    return static_cast<std::uint32_t>((seconds < 0.0 ? seconds + kDay : seconds) * 10.0);
 }
 
 const SCalObservationFreq* inBand(const SCalObservationFreq* const* entries, unsigned count, eCALFREQUENCY_GROUP band) {
@@ -217,6 +219,7 @@ bool CCombinedIonoGeoCorrection::addOffsets(const Offsets& offsets, MsgGNSS17T& 
     header.dpo = dpo;
     header.p1or = p1or;
     header.offsetCount = static_cast<std::uint8_t>(std::min<int>(count, std::numeric_limits<std::uint8_t>::max()));
+    header.satelliteCount = header.offsetCount;
     return true;
 }
 
@@ -246,6 +249,7 @@ std::int32_t CCombinedIonoGeoCorrection::ProvideCorrections(const CHalvexZ9Stati
                                                             bool flag) {
     SMjdTime t = second.epoch;
     t.RoundTo(1.0, SMjdTime::kUnitMillisecond);
+    m_latest = t;
     // From milliseconds, so that a tenth that a double does not hold is not cut to the one before.
     const auto tenths = static_cast<std::uint32_t>(t.GetGpsWeekMilliseconds() / 100.0);
     MsgGNSS17T message;
@@ -278,8 +282,8 @@ std::int32_t CCombinedIonoGeoCorrection::ProvideCorrections(const CHalvexZ9Stati
 void CCombinedIonoGeoCorrection::ProvideEmptyCorrections(ebCALGNSSTYPECOMBINATION systems, CRtkAux& aux, unsigned epoch,
                                                          unsigned char flag) {
     MsgGNSS17T message;
-    // The week decides about leap seconds alone: the last one sent stands for now.
-    setHeads(message, aux, epoch * 10, glonassTenths(m_lastSent.IsSet() ? SMjdTime(m_lastSent) : m_start, epoch));
+    // It decides about leap seconds alone: the latest epoch that differences were made of stands for now.
+    setHeads(message, aux, epoch * 10, glonassTenths(m_latest.IsSet() ? m_latest : m_start, epoch));
     for (const SystemMessage& each : kMessages) {
         (message.*each.message).header.flag = flag;
         if ((systems & each.system) != ebCALGNSSTYPE_NONE) message.SetValidMsgType(each.type);

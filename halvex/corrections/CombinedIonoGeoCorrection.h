@@ -10,6 +10,9 @@
 /// difference of their phases (auxiliary minus master, 0.5 mm), and hands them to the network product by system: 1017
 /// for GPS, with QZSS in it, 1039 for GLONASS, and, if asked for, pseudorange offsets of GLONASS (1071). One thread at
 /// a time.
+///
+/// A difference that does not fit into 32 bits, and the satellites of a system beyond the 255th, are left out. BeiDou's
+/// coefficients are those of B1I: on L1 it should be the carrier of both stations.
 class HALVEX_EXPORT CCombinedIonoGeoCorrection : public CCorrectionBase {
 public:
     /// `groupMasks[s]` has the bits of the two bands of system s, for s = 1 to 8. A system without exactly two, or with
@@ -54,6 +57,7 @@ private:
     void markValid(CALN::MsgGNSS17T& message, bool flag);
     std::int32_t deliver(const CALN::MsgGNSS17T& message);
 
+    SMjdTime m_latest;  // epoch that differences were made of last
     bool m_enabled;
     std::array<Combination, CALN::kSystemSlots> m_combinations{};
 };

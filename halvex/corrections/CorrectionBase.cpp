@@ -192,13 +192,19 @@ void CCorrectionBase::sendEmpty(CRtkAux& aux, const SMjdTime& epoch) {
                             m_announceSilence ? 1 : 0);
 }
 
+bool CCorrectionBase::isSent(const CPhaseCorrectionEpoch& pending) const {
+    return m_lastSent.IsSet() && !(pending.epoch > m_lastSent);
+}
+
 void CCorrectionBase::SendEmptyCorrection(CPhaseCorrectionEpoch& pending) {
+    if (isSent(pending)) return;
     for (auto& [site, aux] : m_collection->entries()) {
-        if (site != m_master) sendEmpty(aux, pending.epoch);
+        if (site != m_master && !pending.delivered.contains(site)) sendEmpty(aux, pending.epoch);
     }
 }
 
 void CCorrectionBase::sendIncomplete(CPhaseCorrectionEpoch& pending) {
+    if (isSent(pending)) return;
     if (pending.master == nullptr) return SendEmptyCorrection(pending);
     for (auto& [site, aux] : m_collection->entries()) {
         if (site == m_master) continue;
@@ -219,10 +225,11 @@ void CCorrectionBase::SendOldCorrection(double mjd) {
         m_pending.erase(oldest);
     }
     if (!last.IsSet()) return;
-    const double gap = (mjd - last.GetAsMjd()) * kSecondsPerDay * kMillisecondsPerSecond;
-    if (gap >= kShortGap - 0.5) return;  // half a millisecond: what a day number as a double does not resolve
+    // A day number as a double is good to a microsecond.
+    const auto gap = std::llround((mjd - last.GetAsMjd()) * kSecondsPerDay * kMillisecondsPerSecond);
+    if (gap >= kShortGap) return;
     CPhaseCorrectionEpoch missing;
-    for (int step = kGapStep; step < gap - 0.5; step += kGapStep) {
+    for (int step = kGapStep; step < gap; step += kGapStep) {
         missing.epoch = last;
         missing.epoch.AddMilliseconds(step);
         if (isDue(missing.epoch)) SendEmptyCorrection(missing);

@@ -30,9 +30,10 @@ struct CPhaseCorrectionEpoch {
 /// An epoch is sent once the master and every station of the collection have come. One result of a later epoch ends the
 /// waiting: whatever is there of the earlier epoch is sent then, and for each station that is missing (for all of them
 /// without the master) an empty message with the systems that were sent before, so that a rover knows that it went
-/// silent. So no more than two epochs ever wait. When less than 5000 ms lie between the earlier epoch and the later
-/// one, each second between them that is due for output gets empty messages, too; over a longer gap, which no rover
-/// bridges, nothing is sent.
+/// silent. So no more than two epochs ever wait. When an epoch that was not whole is sent so and less than 5000 ms lie
+/// between it and the later one, each second between them that is due for output gets empty messages, too; over a
+/// longer gap, which no rover bridges, nothing is sent. What comes again of an epoch that was sent whole is taken, and
+/// nothing is sent of it.
 class HALVEX_EXPORT CCorrectionBase {
 public:
     static constexpr std::int32_t kSuccess = 0;
@@ -40,6 +41,7 @@ public:
     static constexpr std::int32_t kTaken = 0;
     static constexpr std::int32_t kDiscarded = 1;
 
+    /// `intervalSeconds`: below 0 counts as 0, with which every epoch is due.
     /// `announceSilence`: messages carry the flag that lets systems be sent that have fallen silent.
     /// `gloPseudorangeOffsets`: for the producer.
     CCorrectionBase(CRtkAuxCollection* collection, Z9::CRTKNetworkProduct* product, const CHalvexUniqueSiteID& master,
@@ -51,7 +53,8 @@ public:
 
     /// Takes a result into its epoch (0) or discards it (1): the first one, which only sets the start, and none later
     /// than that; one off the output rate (less than the interval since the last one sent, and not two seconds ahead of
-    /// a slot); one without enough fixed satellites; one of an epoch that is over.
+    /// a slot); one without enough fixed satellites; one of an epoch before those that wait. A result far in the future
+    /// makes every later one such: ClearCorrections() is the way out.
     virtual std::int32_t OnNALResults(const boost::shared_ptr<const CHalvexZ9StationCorrection>& result);
 
     /// Corrections of the auxiliary station `second` against the master `first`: kSuccess or kFailure.
@@ -77,7 +80,8 @@ protected:
                                               double& sum);
     /// Codes the pseudorange offsets of GLONASS: their common difference between the carriers and their common part
     /// [m], rounded, and the residual [0.02 m] of each satellite whose residuals fit into 12 bits. `n` is the number
-    /// that went to `out`; 0 when a common value is out of range (32 m, 127 m) or nothing fits.
+    /// that went to `out`; 0 when a common value is out of range (32 m, 127 m), which becomes 0 as well, or nothing
+    /// fits.
     static bool CalculateGloDPORandP1OR(const CALN::ProvIonoGeoGLOPRMsgT* in, CALN::IonoGeoMsgT& out, int count,
                                         double dpo, double scale, double c1, double c2, signed char& dpoOut,
                                         signed char& p1orOut, int& n);
@@ -113,4 +117,6 @@ private:
     bool sendPair(CPhaseCorrectionEpoch& pending, const CHalvexUniqueSiteID& site, CRtkAux& aux);
     void sendIncomplete(CPhaseCorrectionEpoch& pending);
     void sendEmpty(CRtkAux& aux, const SMjdTime& epoch);
+    /// Sent whole already: a result that came again or from a station outside of the collection began it anew.
+    [[nodiscard]] bool isSent(const CPhaseCorrectionEpoch& pending) const;
 };

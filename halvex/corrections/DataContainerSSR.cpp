@@ -34,8 +34,9 @@ void CDataContainerSSR::SSRGroupState::rebase(const SMjdTime& newReference) {
 }
 
 void CDataContainerSSR::SSRGroupState::add(const CALN::SSRCorrMsgBaseT& message) {
-    const auto before = static_cast<std::ptrdiff_t>(satellites.size());
+    auto before = static_cast<std::ptrdiff_t>(satellites.size());
     message.getSatIDs(satellites);
+    before = std::min(before, static_cast<std::ptrdiff_t>(satellites.size()));  // messages of a host may not append
     // Streams send satellites in their order, so that there is nothing to do but for a message that comes again.
     const auto isOutOfOrder = std::greater_equal<CALN::SCalSatID>();
     if (std::adjacent_find(satellites.begin(), satellites.end(), isOutOfOrder) == satellites.end()) return;

@@ -12,6 +12,8 @@ struct CHalvexZ9StationCorrection {
     CHalvexUniqueSiteID stationId;
     SMjdTime epoch;  ///< GPS time
     std::vector<CALN::SCalSatObservation> satellites;
+
+    friend bool operator==(const CHalvexZ9StationCorrection&, const CHalvexZ9StationCorrection&) = default;
 };
 
 /// Asks an observation what a producer wants to know of it.

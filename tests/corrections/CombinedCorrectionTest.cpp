@@ -158,8 +158,14 @@ TEST(CombinedIonoGeo, WhatIsSkippedAndWhatTheHeadsSay) {
     EXPECT_EQ(head.auxiliaryStation, 202);
     const MsgHeaderT& glonass = producer.product.last.glonass.header;
     EXPECT_EQ(glonass.messageNumber, 1039);
-    EXPECT_EQ(glonass.epoch % 10, 0U) << "whole seconds of GLONASS day";
-    EXPECT_EQ(producer.product.last.beidou.header.flag, 0);
+    // 18 s less and three hours more on the fifth day, in whole seconds.
+    EXPECT_EQ(std::tuple(glonass.epoch, glonass.subnetwork, glonass.masterStation, glonass.auxiliaryStation),
+              std::tuple(540120U, 5, 101, 202));
+    const auto& last = producer.product.last;
+    EXPECT_EQ(std::tuple(last.galileo.header.flag, glonass.flag, last.glonassPseudorange.header.flag,
+                         last.beidou.header.flag, last.galileo.header.messageNumber, last.beidou.header.messageNumber),
+              std::tuple(1, 1, 1, 0, 0, 0));
+    EXPECT_EQ(last.gps.entries, (std::vector<IonoGeoEntryT>{{7, eCALSATSYSTEM_GPS, 1, 0, 0, 0, 77, 0}}));
 
     EXPECT_EQ(producer.provide({}, {}, true), 0);
     EXPECT_EQ(producer.product.last.validTypes, MsgGNSS17T::kGps) << "fell silent after it was sent";
@@ -175,6 +181,8 @@ TEST(CombinedIonoGeo, WhatIsSkippedAndWhatTheHeadsSay) {
     producer.combined.ProvideEmptyCorrections(ebCALGNSSTYPE_GPS | ebCALGNSSTYPE_BEIDOU, producer.aux, 388830, 1);
     EXPECT_EQ(producer.product.last.validTypes, MsgGNSS17T::kGps | MsgGNSS17T::kBeidou);
     EXPECT_EQ(producer.product.last.gps.header.epoch, 3888300U);
+    EXPECT_EQ(std::tuple(producer.product.last.glonass.header.epoch, producer.product.last.gps.header.flag),
+              std::tuple(540120U, 1));
 }
 
 TEST(CombinedIonoGeo, UnitsAreRoundedAndGlonassOffsetsAreCoded) {
@@ -197,12 +205,37 @@ TEST(CombinedIonoGeo, UnitsAreRoundedAndGlonassOffsetsAreCoded) {
     Producer offsets(kAll, true);
     offsets.provide({master}, {auxiliary});
     const IonoGeoMsgT& coded = offsets.product.last.glonassPseudorange;
-    EXPECT_EQ(coded.header.messageNumber, 1071);
+    EXPECT_EQ(std::tuple(coded.header.messageNumber, coded.header.satelliteCount, coded.header.offsetCount),
+              std::tuple(1071, 1, 1));
     EXPECT_EQ(coded.header.dpo, 3);
     // 81/32 5.3 - 49/32 (2.1 + 3) = 5.60625
     EXPECT_EQ(coded.header.p1or, 6);
     EXPECT_THAT(coded.offsets, ElementsAre(GloPrOffsetT{3, 2, 77, -20}));
     EXPECT_EQ(offsets.product.last.validTypes, MsgGNSS17T::kGlonass | MsgGNSS17T::kGlonassPseudorange);
+    auxiliary.frequencies[0].pseudorange += 40.0;
+    offsets.provide({master}, {auxiliary});
+    EXPECT_EQ(offsets.product.last.validTypes, MsgGNSS17T::kGlonass) << "an offset out of range";
+    offsets.combined.ProvideEmptyCorrections(ebCALGNSSTYPE_GLONASS, offsets.aux, 388830, 0);
+    EXPECT_EQ(offsets.product.last.validTypes, 2U | 4U);
+
+    constexpr auto kB1B3 = eCALFREQUENCY_GROUP_L1 | eCALFREQUENCY_GROUP_E6;
+    eCALFREQUENCY_GROUP bands[kSystemSlots] = {};
+    bands[eCALSATSYSTEM_GALILEO] = eCALFREQUENCY_GROUP_L1 | eCALFREQUENCY_GROUP_L5;
+    bands[eCALSATSYSTEM_BEIDOU] = kB1B3;
+    CRtkAuxCollection collection;
+    Product product;
+    CRtkAux aux;
+    CCombinedIonoGeoCorrection combined(&collection, &product, {}, kAll, 1, true, false, true, bands);
+    const auto galileo = satellite({eCALSATSYSTEM_GALILEO, 1}, {eCALFREQUENCY_L1, eCALFREQUENCY_L5}, 1.0, 0.0);
+    const auto beidou = satellite({eCALSATSYSTEM_BEIDOU, 2}, {eCALFREQUENCY_B1, eCALFREQUENCY_B3}, 1.0, 0.0);
+    const std::tuple<const SCalSatObservation*, unsigned, IonoGeoMsgT MsgGNSS17T::*> systems[] = {
+        {&galileo, 16U, &MsgGNSS17T::galileo}, {&beidou, 8U, &MsgGNSS17T::beidou}};
+    for (const auto& [each, types, part] : systems) {
+        const CHalvexZ9StationCorrection both{{}, SMjdTime(2111, 388830.0), {*each}};
+        combined.ProvideCorrections(both, both, aux, false);
+        EXPECT_EQ(std::tuple(product.last.validTypes, (product.last.*part).header.satelliteCount),
+                  std::tuple(types, 1));
+    }
 }
 
 namespace {

@@ -134,6 +134,16 @@ TEST(CorrectionBase, PairsLateStationsSilentOnesAndGaps) {
     EXPECT_THAT(base.feed(113, {1, 2, 3}), ElementsAre("2@113"));
     base.refusing = 0;
     EXPECT_THAT(base.feed(114, {1}), ElementsAre("3@113")) << "what was refused is tried once more, that alone";
+    base.refusing = 3;
+    EXPECT_THAT(base.feed(114, {2, 3}), ElementsAre("2@114"));
+    EXPECT_THAT(base.clear(), ElementsAre("empty 3@114")) << "the other has its corrections";
+    base.refusing = 0;
+
+    EXPECT_THAT(base.feed(115, {1, 2, 3}), ElementsAre("2@115", "3@115"));
+    EXPECT_THAT(base.feed(115, {2, 9}), IsEmpty()) << "one again, one of no station of the network";
+    EXPECT_THAT(base.feed(116, {1, 2, 3}), ElementsAre("2@116", "3@116")) << "nobody has fallen silent";
+    base.feed(116, {9});
+    EXPECT_THAT(base.clear(), IsEmpty());
 }
 
 TEST(CorrectionBase, PseudorangeOffsetsAndTheirLimits) {
@@ -146,6 +156,9 @@ TEST(CorrectionBase, PseudorangeOffsetsAndTheirLimits) {
         std::vector<std::int16_t> out;
     } rows[] = {
         {"half up", 31.5, {{1, 2, 3, 32.0, 0.0}}, 32, 32, {0}},
+        {"half up below zero", -31.5, {{1, 2, 3, -1.5, 29.5}}, -31, -1, {-25}},
+        {"a common difference of -32", -32.0, {{1, 2, 3, -127.0, -95.0}}, -32, -127, {0}},
+        {"a common part of -128", 0.0, {{1, 0, 0, -128.0, -128.0}}, 0, 0, {}},
         {"a common difference of 33", 32.5, {{1, 2, 3, 1.0, 0.0}}, 0, 0, {}},
         {"none", 1.0, {}, 1, 0, {}},
         {"not a number", std::numeric_limits<double>::quiet_NaN(), {{1, 2, 3, 1.0, 0.0}}, 0, 0, {}},

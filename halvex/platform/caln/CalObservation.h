@@ -17,6 +17,8 @@ struct SCalObservationFreq {
 
     [[nodiscard]] bool isPhaseValid() const { return phaseValid; }
     [[nodiscard]] bool isPseudorangeValid() const { return pseudorangeValid; }
+
+    friend bool operator==(const SCalObservationFreq&, const SCalObservationFreq&) = default;
 };
 
 /// One satellite's observations of an epoch. Plain value.
@@ -24,6 +26,8 @@ struct SCalSatObservation {
     SCalSatID satId;
     unsigned char issueOfData = 0;  ///< of the broadcast ephemeris that its processing used
     std::vector<SCalObservationFreq> frequencies;
+
+    friend bool operator==(const SCalSatObservation&, const SCalSatObservation&) = default;
 };
 
 }  // namespace CALN

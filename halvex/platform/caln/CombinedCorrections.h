@@ -56,6 +56,8 @@ struct ProvIonoGeoGLOPRMsgT {
     unsigned char issue = 0;  ///< issue of data
     double x = 0.0;           ///< difference of the pseudoranges on L1, auxiliary minus master [m]
     double y = 0.0;           ///< the same on L2 [m]
+
+    friend bool operator==(const ProvIonoGeoGLOPRMsgT&, const ProvIonoGeoGLOPRMsgT&) = default;
 };
 
 /// The same, coded.

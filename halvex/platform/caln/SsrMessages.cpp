@@ -258,8 +258,14 @@ void SSRCorrMsgBaseT::saveData(unsigned char* buffer, std::uint64_t length, std:
     save(*this, kNoEntries, buffer, length, used);
 }
 bool SSRCorrMsgBaseT::loadData(const unsigned char* buffer, std::uint64_t length, std::uint64_t& used) {
-    std::vector<SCalSatID> passedOver;
-    return load(*this, passedOver, eCALSSR_NONE, buffer, length, used);
+    std::vector<SCalSatID> entries;
+    SSRCorrMsgBaseT loaded;
+    if (!load(loaded, entries, eCALSSR_NONE, buffer, length, used) || !entries.empty()) {
+        used = 0;
+        return false;
+    }
+    *this = loaded;
+    return true;
 }
 void SSRCorrMsgBaseT::getSatIDs(std::vector<SCalSatID>& /*satellites*/) const {}
 

@@ -66,7 +66,7 @@ struct SSRSignalID {
 /// count, each entry's members in their order, lists in it as uint32 count and their elements. Loading is refused, with
 /// the message as it was, for a null or short buffer, another version, the type of another kind, an epoch or a system
 /// that is none, or a count that the rest of the buffer cannot hold; any other content is taken. SSRCorrMsgBaseT
-/// itself takes every type. `used` becomes the bytes read or written, 0 when it fails.
+/// itself takes every type, and no entries. `used` becomes the bytes read or written, 0 when it fails.
 struct HALVEX_EXPORT SSRCorrMsgBaseT {
     eCALSSRCorrectionType type = eCALSSR_NONE;
     eCALSATSYSTEM system = eCALSATSYSTEM_NONE;

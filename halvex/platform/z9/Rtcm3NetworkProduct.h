@@ -13,7 +13,7 @@ namespace Z9 {
 /// A network product that codes what it is given as RTCM 3 frames: auxiliary station data (1014) and combined
 /// differences of GPS (1017) and GLONASS (1039), RTCM 10403.3, sections 3.5.6 and 4. Other messages of the set have no
 /// published number and are left out. A message holds 15 satellites: more go into further ones, all but the last with
-/// the multiple message indicator. Satellites that the messages cannot hold (QZSS, differences of 32.767 m and more,
+/// the multiple message indicator. Satellites that the messages cannot hold (QZSS, differences of 32.768 m and more,
 /// numbers beyond 63) are left out and counted. One thread at a time.
 class HALVEX_EXPORT CRtcm3NetworkProduct : public CRTKNetworkProduct {
 public:
