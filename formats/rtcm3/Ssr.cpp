@@ -240,7 +240,7 @@ private:
     /// Orbits, each with `clockBits` of a clock behind it or none.
     bool readOrbits(unsigned clockBits) {
         const unsigned entryBits = m_layout.issueBits + kOrbitBits + clockBits;
-        const bool isBehindTime = m_layout.issueBehindTime != std::array<unsigned, 2>();
+        const bool isBehindTime = m_layout.issueBehindTime[0] != 0;
         const unsigned behindTime = isBehindTime ? issueWidth(entryBits) : 0;
         if (!hasRoom(entryBits) || (isBehindTime && behindTime == 0)) return false;
         const bool combined = clockBits != 0;
