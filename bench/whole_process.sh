@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Whole processes: `halvex archive` beside Debian's `convbin` (package rtklib) on the same RINEX 3 file and, with
-# HALVEX_DATA, on the same RTCM 3 stream, and the peak memory of `halvex archive` on that file and on one ten times as
+# HALVEX_DATA, on the same RTCM 3 streams, and the peak memory of `halvex archive` on that file and on one ten times as
 # long.
 # usage: bench/whole_process.sh [HALVEX [RINEX3_FILE]]   without a file: a simulated hour at 1 Hz
 set -euo pipefail
@@ -36,8 +36,10 @@ beside() {  # FILE, then what convbin is to do with it
 }
 beside one.rnx -r rinex -v 3.04
 if [ -n "${HALVEX_DATA:-}" ]; then
-    echo "an RTCM 3 stream:"
-    beside "$(realpath "$data/rtcm/week-rollover-STR17.rtcm3")" -r rtcm3 -v 3.04 -tr 2018/07/14 23:50:18
+    for stream in week-rollover-STR17.rtcm3 week-rollover-STR24.rtcm3; do  # MSM7, MSM4
+        echo "RTCM 3 stream $stream:"
+        beside "$(realpath "$data/rtcm/$stream")" -r rtcm3 -v 3.04 -tr 2018/07/14 23:50:18
+    done
 fi
 
 memory() {  # peak resident set in KiB, as the kernel counts it
