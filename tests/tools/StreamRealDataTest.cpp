@@ -61,5 +61,16 @@ TEST_F(StreamRealData, EphemeridesAreOrbits) {
     }
 }
 
+TEST_F(StreamRealData, WhatWasTrackedIsWhereTheStreamsOrbitsSay) {
+    const std::string file = folder + "week-rollover-STR17.rtcm3";
+    const auto report = nlohmann::json::parse(test::runTool({"sky", file, "--tracked", file, "--json"}).out);
+    EXPECT_EQ(std::tuple(report["epochs"], report["agrees"]), std::tuple(1126, true));
+    for (const char* const system : {"GPS", "GLONASS", "Galileo", "QZSS"}) {
+        EXPECT_EQ(report["systems"][system]["share"], 1.0) << system;
+    }
+    const auto status = nlohmann::json::parse(test::runTool({"status", file, "--json"}).out);
+    EXPECT_EQ(status["epochs"], 1126);
+}
+
 }  // namespace
 }  // namespace halvex

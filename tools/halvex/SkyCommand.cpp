@@ -129,9 +129,10 @@ void addSkyCommand(CLI::App& app) {
     auto* at = command->add_option("--at", options->at, "one epoch; without, the time of the first ephemeris");
     addSpanOptions(*command, *options, "");
     at->excludes("--from")->excludes("--to")->excludes("--step");
-    command->add_option("--tracked", options->tracked,
-                        "RINEX observation file: how its tracked satellites agree with the predicted ones; its site, "
-                        "unless there is --site");
+    command->add_option(
+        "--tracked", options->tracked,
+        "RINEX observation file or RTCM 3 stream: how its tracked satellites agree with the predicted ones; its site, "
+        "unless there is --site");
     command->callback([options] {
         if (options->tracked.empty()) {
             show(*options);

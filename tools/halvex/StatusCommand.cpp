@@ -270,7 +270,7 @@ void addStatusCommand(CLI::App& app) {
         addSatelliteCommand(app, "status", "how far a station's satellites are from code to locked phase, and when",
                             "halvex status ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz --nav "
                             "ESBC00DNK_R_20201770000_01D_MN.rnx.gz --mask 10");
-    command->add_option("OBS", options->file, "RINEX observation file, plain or gzip")->required();
+    command->add_option("OBS", options->file, "RINEX observation file or RTCM 3 stream, plain or gzip")->required();
     command->add_option("--nav", options->navigation, "navigation files and almanacs: elevations");
     command->add_option("--site", options->site, "of the elevations; without, that of the observation file");
     command->add_option("--mask", options->mask, "satellites from this elevation on alone [deg]")

@@ -84,7 +84,7 @@ void addSkyOptions(CLI::App& command, SkyOptions& options) {
     command.add_option("NAV", options.files, "RINEX navigation files, RTCM 3 streams, YUMA and SEM almanacs")
         ->required();
     command.add_option("--site", options.site,
-                       "LAT,LON,H (degrees, metres), X,Y,Z (metres) or a RINEX observation file");
+                       "LAT,LON,H (degrees, metres), X,Y,Z (metres) or a file that has it: RINEX observations, RTCM 3");
     command.add_option("--mask", options.mask, "satellites above this elevation alone [deg]")->capture_default_str();
     auto* json = command.add_flag("--json", options.json, "as JSON");
     command.add_option("--svg", options.svg, "a picture instead, into this file, - for standard output")
