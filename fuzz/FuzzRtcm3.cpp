@@ -28,12 +28,17 @@ std::string framed(const std::string& message) {
     return frame;
 }
 
-/// Corrections: of satellites that there are, and their records the same when they come back.
-void readCorrections(const std::string& bytes) {
+FrameReader framesOf(const std::string& bytes) {
     halvex::ByteInput input;
     input.openBytes("fuzz", bytes);
     FrameReader frames;
     frames.open(std::move(input));
+    return frames;
+}
+
+/// Corrections: of satellites that there are, and their records the same when they come back.
+void readCorrections(const std::string& bytes) {
+    FrameReader frames = framesOf(bytes);
     SsrMessages read;
     while (const auto frame = frames.next()) {
         if (!readSsr(*frame, SMjdTime(2010, 302400.0), read)) continue;
@@ -94,10 +99,7 @@ void readAll(const std::string& bytes) {
 
 /// Messages of a network: what one of them takes is within its fields, and what is refused changes nothing.
 void readNetwork(const std::string& bytes) {
-    halvex::ByteInput input;
-    input.openBytes("fuzz", bytes);
-    FrameReader frames;
-    frames.open(std::move(input));
+    FrameReader frames = framesOf(bytes);
     NetworkMessage message;
     while (const auto frame = frames.next()) {
         const NetworkMessage before = message;

@@ -90,6 +90,21 @@ Bytes entry(const typename Message::Entry& value) {
     return bytes;
 }
 
+TEST(SsrMessage, TheCommonPartHasNoEntries) {
+    SSRCorrMsgBaseT message;
+    message.provider = 513;
+    Bytes bytes = saved(message);
+    ASSERT_EQ(bytes.size(), 33U);
+    SSRCorrMsgBaseT again;
+    std::uint64_t used = 0;
+    EXPECT_TRUE(again.loadData(bytes.data(), bytes.size(), used) && used == 33 && again.provider == 513);
+    bytes[29] = 1;  // one satellite, which is there
+    bytes.resize(35);
+    again.provider = 7;
+    EXPECT_FALSE(again.loadData(bytes.data(), bytes.size(), used));
+    EXPECT_EQ(std::tuple(used, again.provider), std::tuple(0U, 7));
+}
+
 TEST(SsrMessageBytes, Entries) {
     const SCalSatID sat(eCALSATSYSTEM_GALILEO, 11);
     EXPECT_EQ(entry<SSROrbitCorrMsgT>({sat, 0x0A0B0C0D, -1, 0x12345678, -2, 1, 2, -3}),
