@@ -612,7 +612,7 @@ void corrections() {
     correction<CALN::QTNetGeometryCorrMsgT>();
     check(CALN::getFirstCodeOfKind(CALN::eCALSSR_ORBIT_2) == CALN::eCALSSR_ORBIT, __LINE__);
     const BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT> none;
-    check(none.GetSSRType() == CALN::eCALSSR_NONE && none.getSize() == 33, __LINE__);
+    check(none.GetSSRType() == CALN::eCALSSR_NONE && none.getSize() == 36, __LINE__);
 
     CHalvexSSRAllCorr set(CHalvexUniqueSiteID(1, 2), SMjdTime(2111, 388830.0));
     set.clock[CALN::eCALSATSYSTEM_GPS] = boost::make_shared<BSS::TSK::MsgObjectT<CALN::SSRClockCorrMsgT>>();

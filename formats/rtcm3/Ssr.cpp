@@ -35,15 +35,13 @@ struct Layout {
     unsigned countBits = 6;
     unsigned satelliteBits = 6;
     unsigned satelliteBase = 0;  ///< what is sent and this give the number of the satellite
-    unsigned issueBits = 8;
-    /// Where it has any, the field of issueBits is the ephemeris's time, and its issue follows, as wide as one of
-    /// these.
-    std::array<unsigned, 2> issueBehindTime{};
+    unsigned ephemerisTimeBits = 0;
+    std::array<unsigned, 2> issueBits{8, 8};  ///< as wide as one of these
 };
 constexpr std::array<Layout, 6> kRtcm{{
     {eCALSATSYSTEM_GPS, 1057, 1265},
     {eCALSATSYSTEM_GLONASS, 1063, 1266, EpochScale::glonassDay, 17, 6, 5},
-    {eCALSATSYSTEM_GALILEO, 1240, 1267, EpochScale::gpsWeek, 20, 6, 6, 0, 10},
+    {eCALSATSYSTEM_GALILEO, 1240, 1267, EpochScale::gpsWeek, 20, 6, 6, 0, 0, {10, 10}},
     {eCALSATSYSTEM_QZSS, 1246, 1268, EpochScale::gpsWeek, 20, 4, 4},
     {eCALSATSYSTEM_SBAS, 1252, 1269, EpochScale::gpsWeek, 20, 6, 6, 20, 9, {24, 24}},
     {eCALSATSYSTEM_BEIDOU, 1258, 1270, EpochScale::beidouWeek, 20, 6, 6, 0, 10, {8, 24}},
@@ -171,7 +169,11 @@ private:
         constexpr unsigned kWeek = 604800;
         constexpr unsigned kDay = 86400;
         const bool hasOrbits = m_kind == SsrKind::orbits || m_kind == SsrKind::orbitsAndClocks;
-        m_in.skip(m_igs ? 12 + 3 + 8 : 12);
+        m_in.skip(12);
+        if (m_igs) {
+            m_in.take(3, m_head.igsVersion);
+            m_in.skip(8);
+        }
         const unsigned seconds = m_in.number(m_layout.timeBits);
         m_head.system = m_layout.system;
         m_in.take(4, m_head.updateInterval);
@@ -181,7 +183,10 @@ private:
         m_in.take(16, m_head.provider);
         m_in.take(4, m_head.solution);
         if (hasOrbits && m_igs) m_in.take(1, m_head.referenceDatum);
-        if (m_kind == SsrKind::phaseBiases) m_in.skip(2);
+        if (m_kind == SsrKind::phaseBiases) {
+            m_in.take(1, m_head.dispersiveBiasConsistency);
+            m_in.take(1, m_head.melbourneWuebbenaConsistency);
+        }
         if (m_kind != SsrKind::electronContent) m_count = m_in.number(m_layout.countBits);
         // A Moscow day with a leap second has one more.
         const bool isTime = m_layout.scale == EpochScale::glonassDay ? seconds <= kDay : seconds < kWeek;
@@ -239,18 +244,17 @@ private:
 
     /// Orbits, each with `clockBits` of a clock behind it or none.
     bool readOrbits(unsigned clockBits) {
-        const unsigned entryBits = m_layout.issueBits + kOrbitBits + clockBits;
-        const bool isBehindTime = m_layout.issueBehindTime[0] != 0;
-        const unsigned behindTime = isBehindTime ? issueWidth(entryBits) : 0;
-        if (!hasRoom(entryBits) || (isBehindTime && behindTime == 0)) return false;
+        const unsigned otherBits = m_layout.ephemerisTimeBits + kOrbitBits + clockBits;
+        const unsigned issueBits = issueWidth(otherBits);
+        if (issueBits == 0 || !hasRoom(otherBits + issueBits)) return false;
         const bool combined = clockBits != 0;
         const auto orbits = begin<SSROrbitCorrMsgT>(combined ? eCALSSR_ORBIT_COMBINED : eCALSSR_ORBIT);
         const auto clocks = combined ? begin<SSRClockCorrMsgT>(eCALSSR_CLOCK_COMBINED) : Object<SSRClockCorrMsgT>();
         for (unsigned i = 0; i < m_count; ++i) {
             const SCalSatID satellite = readSatellite();
             SSROrbitKind::Entry orbit;
-            m_in.take(m_layout.issueBits, orbit.issueOfData);
-            if (behindTime != 0) m_in.take(behindTime, orbit.issueOfData);
+            m_in.take(m_layout.ephemerisTimeBits, orbit.ephemerisTime);
+            m_in.take(issueBits, orbit.issueOfData);
             readFields(m_in, orbit);
             add(orbits, satellite, orbit);
             if (!combined) continue;
@@ -261,10 +265,13 @@ private:
         return finish();
     }
 
-    /// Width of the issue behind the ephemeris's time: the one that fills the message; 0 when none does.
-    [[nodiscard]] unsigned issueWidth(std::size_t entryBits) const {
-        for (const unsigned width : m_layout.issueBehindTime) {
-            const std::size_t needed = m_count * (m_layout.satelliteBits + entryBits + width);
+    /// Width of an issue beside `otherBits` of the entry's: where there are two, the one that fills the message, 0 when
+    /// none does.
+    [[nodiscard]] unsigned issueWidth(std::size_t otherBits) const {
+        const auto& widths = m_layout.issueBits;
+        if (widths[0] == widths[1]) return widths[0];
+        for (const unsigned width : widths) {
+            const std::size_t needed = m_count * (m_layout.satelliteBits + otherBits + width);
             if (m_in.left() >= needed && m_in.left() - needed < 8) return width;
         }
         return 0;

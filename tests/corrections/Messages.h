@@ -27,7 +27,7 @@ template <class Message>
 boost::shared_ptr<BSS::TSK::MsgObjectT<CALN::SSRCorrMsgBaseT>> make() {
     return shared(Message());
 }
-inline const Kind kKinds[] = {{&make<CALN::SSROrbitCorrMsgT>, {1, 2, 15}, 30, {}},
+inline const Kind kKinds[] = {{&make<CALN::SSROrbitCorrMsgT>, {1, 2, 15}, 32, {}},
                               {&make<CALN::SSRClockCorrMsgT>, {3, 4}, 14, {}},
                               {&make<CALN::SSRPhaseBiasMsgT>, {5}, 6, {8}},
                               {&make<CALN::SSRCodeBiasMsgT>, {6, 7}, 2, {3}},

@@ -21,11 +21,11 @@ Bytes saved(const SSRCorrMsgBaseT& message) {
     return bytes;
 }
 
-const char* const kCommon = "03 91E60000 0000000000408F40 FEFFFFFF 05 11 0201 07 01";
+const char* const kCommon = "03 91E60000 0000000000408F40 FEFFFFFF 05 11 0201 07 01 02 01 03";
 
 /// The saved form of a message with up to three entries and random content.
 Bytes randomBytes(const Kind& kind, std::mt19937& random, std::size_t& entries) {
-    Bytes bytes = hex(std::string("0100 00000000") + kCommon);
+    Bytes bytes = hex(std::string("0200 00000000") + kCommon);
     bytes[2] = static_cast<unsigned char>(kind.codes.back());
     const auto addRandom = [&](std::size_t count) {
         for (; count > 0; --count) bytes.push_back(static_cast<unsigned char>(random()));
@@ -58,7 +58,7 @@ TEST(SsrMessage, ComesBackWholeOrNotAtAll) {
             ASSERT_TRUE(used == size && saved(*message) == bytes) << kind.codes[0];
             std::vector<SCalSatID> satellites{{eCALSATSYSTEM_GPS, 1}};
             message->getSatIDs(satellites);
-            ASSERT_TRUE(satellites.size() == 1 + entries && (entries == 0 || satellites[1].number == bytes[34]));
+            ASSERT_TRUE(satellites.size() == 1 + entries && (entries == 0 || satellites[1].number == bytes[37]));
 
             const auto other = kind.make();
             for (std::size_t cut = 0; cut < size; ++cut) {
@@ -86,7 +86,7 @@ Bytes entry(const typename Message::Entry& value) {
     Message message;
     message.entries = {value};
     Bytes bytes = saved(message);
-    bytes.erase(bytes.begin(), bytes.begin() + 33);
+    bytes.erase(bytes.begin(), bytes.begin() + 36);
     return bytes;
 }
 
@@ -94,12 +94,12 @@ TEST(SsrMessage, TheCommonPartHasNoEntries) {
     SSRCorrMsgBaseT message;
     message.provider = 513;
     Bytes bytes = saved(message);
-    ASSERT_EQ(bytes.size(), 33U);
+    ASSERT_EQ(bytes.size(), 36U);
     SSRCorrMsgBaseT again;
     std::uint64_t used = 0;
-    EXPECT_TRUE(again.loadData(bytes.data(), bytes.size(), used) && used == 33 && again.provider == 513);
-    bytes[29] = 1;  // one satellite, which is there
-    bytes.resize(35);
+    EXPECT_TRUE(again.loadData(bytes.data(), bytes.size(), used) && used == 36 && again.provider == 513);
+    bytes[32] = 1;  // one satellite, which is there
+    bytes.resize(38);
     again.provider = 7;
     EXPECT_FALSE(again.loadData(bytes.data(), bytes.size(), used));
     EXPECT_EQ(std::tuple(used, again.provider), std::tuple(0U, 7));
@@ -107,8 +107,8 @@ TEST(SsrMessage, TheCommonPartHasNoEntries) {
 
 TEST(SsrMessageBytes, Entries) {
     const SCalSatID sat(eCALSATSYSTEM_GALILEO, 11);
-    EXPECT_EQ(entry<SSROrbitCorrMsgT>({sat, 0x0A0B0C0D, -1, 0x12345678, -2, 1, 2, -3}),
-              hex("030B 0D0C0B0A FFFFFFFF 78563412 FEFFFFFF 01000000 02000000 FDFFFFFF"));
+    EXPECT_EQ(entry<SSROrbitCorrMsgT>({sat, 0x0A0B0C0D, 0x0102, -1, 0x12345678, -2, 1, 2, -3}),
+              hex("030B 0D0C0B0A 0201 FFFFFFFF 78563412 FEFFFFFF 01000000 02000000 FDFFFFFF"));
     EXPECT_EQ(entry<SSRClockCorrMsgT>({sat, 1, -2, 3}), hex("030B 01000000 FEFFFFFF 03000000"));
     EXPECT_EQ(entry<SSRHighRateClockMsgT>({sat, -2}), hex("030B FEFFFFFF"));
     EXPECT_EQ(entry<SSRCodeBiasMsgT>({sat, {{1, -2}}}), hex("030B 01000000 01 FEFF"));
@@ -135,10 +135,13 @@ TEST(SsrMessageBytes, ListsInAList) {
     message.provider = 0x0102;
     message.solution = 7;
     message.referenceDatum = 1;
+    message.igsVersion = 2;
+    message.dispersiveBiasConsistency = 1;
+    message.melbourneWuebbenaConsistency = 3;
     message.entries = {{{eCALSATSYSTEM_GALILEO, 1}, 0x0203, -2, {}},
                        {{eCALSATSYSTEM_GALILEO, 2}, 4, 5, {{6, 1, 2, 9, -10}, {7, 0, 3, 8, 11}}}};
     Bytes bytes = saved(message);
-    EXPECT_EQ(bytes, hex(std::string("0100 05000000") + kCommon +
+    EXPECT_EQ(bytes, hex(std::string("0200 05000000") + kCommon +
                          "02000000 03 01 0302 FEFF 00000000"
                          "03 02 0400 0500 02000000 06 01 02 09 F6FFFFFF 07 00 03 08 0B000000"));
 
@@ -148,18 +151,18 @@ TEST(SsrMessageBytes, ListsInAList) {
         const char* bytes;
         bool loads;
     };
-    const Row rows[] = {{"version", 0, "02", false},
+    const Row rows[] = {{"version", 0, "01", false},
                         {"another kind", 2, "06", false},
                         {"no kind", 2, "00", false},
                         {"a system that has no slot", 6, "09", false},
                         {"the last slot", 6, "08", true},
                         {"no epoch: infinite milliseconds", 11, "000000000000F07F", false},
                         {"no epoch: days beyond the last", 7, "FFFFFF7F 0000000000000042", false},
-                        {"more entries than bytes", 29, "03", false},
-                        {"all the entries that there can be", 29, "FFFFFFFF", false},
-                        {"fewer entries", 29, "01", true},
-                        {"an inner list longer than the rest", 49, "03", false},
-                        {"an inner list of any length", 49, "FFFFFFFF", false}};
+                        {"more entries than bytes", 32, "03", false},
+                        {"all the entries that there can be", 32, "FFFFFFFF", false},
+                        {"fewer entries", 32, "01", true},
+                        {"an inner list longer than the rest", 52, "03", false},
+                        {"an inner list of any length", 52, "FFFFFFFF", false}};
     for (const Row& row : rows) {
         Bytes damaged = bytes;
         const Bytes patch = hex(row.bytes);

@@ -26,7 +26,7 @@ TEST(SsrRecord, Bytes) {
     ura.entries = {{{eCALSATSYSTEM_GPS, 31}, 0x2A}};
     const CHalvexSSRCorr other(kSite, shared(SSRClockCorrMsgT()));
     const std::string message =
-        "0100 08000000 00 91E60000 0000000000408F40 00000000 00 00 0000 00 00 01000000 01 1F 2A";
+        "0200 08000000 00 91E60000 0000000000408F40 00000000 00 00 0000 00 00 000000 01000000 01 1F 2A";
     const Bytes bytes = hex(kVersionAndSite + "08000000" + message);
     halvex::test::expectSavedForm(CHalvexSSRCorr(kSite, shared(ura)), other, bytes);
     halvex::test::expectSavedForm(CHalvexSSRCorr(kSite), other, hex(kVersionAndSite + "00000000"));
@@ -70,7 +70,7 @@ Bytes fullSet() {
     for (int system = 1; system < kSystemSlots; ++system) text += "5F050000";
     Bytes bytes = hex(text);
     const auto add = [&](int type, int system) {
-        Bytes message = hex("0100 00000000 00 91E60000 0000000000408F40 00000000 00 00 0000 00 00 00000000");
+        Bytes message = hex("0200 00000000 00 91E60000 0000000000408F40 00000000 00 00 0000 00 00 000000 00000000");
         message[2] = static_cast<unsigned char>(type);
         message[6] = static_cast<unsigned char>(system);
         message[25] = 7;

@@ -14,7 +14,7 @@ using halvex::ByteReader;
 using halvex::ByteWriter;
 using halvex::enumerationField;
 
-constexpr std::uint16_t kSavedVersion = 1;
+constexpr std::uint16_t kSavedVersion = 2;
 
 template <class Io, class Id>
 void fields(Io& io, Id& id) requires std::is_same_v<std::remove_const_t<Id>, SCalSatID> {
@@ -53,6 +53,7 @@ template <class Io, class E>
 void fields(Io& io, E& e) requires isOneOf<E, SSROrbitKind::Entry> {
     fields(io, e.satId);
     io(e.issueOfData);
+    io(e.ephemerisTime);
     io(e.radial);
     io(e.alongTrack);
     io(e.crossTrack);
@@ -170,6 +171,18 @@ void list(ByteReader& io, std::vector<Element>& elements) {
     }
 }
 
+template <class Io, class M>
+void fieldsBehindEpoch(Io& io, M& m) {
+    io(m.multipleMessage);
+    io(m.updateInterval);
+    io(m.issueOfData);
+    io(m.provider);
+    io(m.solution);
+    io(m.referenceDatum);
+    io(m.igsVersion);
+    io(m.dispersiveBiasConsistency);
+    io(m.melbourneWuebbenaConsistency);
+}
 template <class Io>
 void head(Io& io, const SSRCorrMsgBaseT& m) {
     io(kSavedVersion);
@@ -177,12 +190,7 @@ void head(Io& io, const SSRCorrMsgBaseT& m) {
     io(static_cast<std::uint8_t>(m.system));
     io(m.epoch.GetMjdDay());
     io(m.epoch.GetMjdFractMilliseconds());
-    io(m.multipleMessage);
-    io(m.updateInterval);
-    io(m.issueOfData);
-    io(m.provider);
-    io(m.solution);
-    io(m.referenceDatum);
+    fieldsBehindEpoch(io, m);
 }
 void head(ByteReader& io, SSRCorrMsgBaseT& m) {
     std::uint16_t version = 0;
@@ -195,12 +203,7 @@ void head(ByteReader& io, SSRCorrMsgBaseT& m) {
     const unsigned char* epoch = io.take(SMjdTime::kSavedSize);
     if (system >= kSystemSlots) io.fail();
     if (version != kSavedVersion || !m.epoch.loadData(epoch, SMjdTime::kSavedSize, used)) return io.fail();
-    io(m.multipleMessage);
-    io(m.updateInterval);
-    io(m.issueOfData);
-    io(m.provider);
-    io(m.solution);
-    io(m.referenceDatum);
+    fieldsBehindEpoch(io, m);
     m.type = static_cast<eCALSSRCorrectionType>(type);
     m.system = static_cast<eCALSATSYSTEM>(system);
 }
@@ -273,7 +276,9 @@ bool SSRCorrMsgBaseT::equals(const SSRCorrMsgBaseT& other) const {
     return GetSSRType() == other.GetSSRType() && system == other.system && epoch == other.epoch &&
            multipleMessage == other.multipleMessage && updateInterval == other.updateInterval &&
            issueOfData == other.issueOfData && provider == other.provider && solution == other.solution &&
-           referenceDatum == other.referenceDatum;
+           referenceDatum == other.referenceDatum && igsVersion == other.igsVersion &&
+           dispersiveBiasConsistency == other.dispersiveBiasConsistency &&
+           melbourneWuebbenaConsistency == other.melbourneWuebbenaConsistency;
 }
 
 template <class Kind>

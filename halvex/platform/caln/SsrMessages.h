@@ -62,7 +62,7 @@ struct SSRSignalID {
 
 /// What all correction messages have in common, and a message without entries.
 ///
-/// Saved form: uint16 version 1, then the members in their order (type uint32, system uint8), then the entries: uint32
+/// Saved form: uint16 version 2, then the members in their order (type uint32, system uint8), then the entries: uint32
 /// count, each entry's members in their order, lists in it as uint32 count and their elements. Loading is refused, with
 /// the message as it was, for a null or short buffer, another version, the type of another kind, an epoch or a system
 /// that is none, or a count that the rest of the buffer cannot hold; any other content is taken. SSRCorrMsgBaseT
@@ -77,6 +77,11 @@ struct HALVEX_EXPORT SSRCorrMsgBaseT {
     std::uint16_t provider = 0;        ///< DF414
     std::uint8_t solution = 0;         ///< DF415
     std::uint8_t referenceDatum = 0;   ///< DF375: 0 ITRF, 1 regional
+    std::uint8_t igsVersion = 0;       ///< of the format that 4076 has (IGS SSR, IDF002); 0 in messages of RTCM's own
+    /// Phase biases keep differences between carriers: 1 where those of the dispersive ones, and those of the
+    /// Melbourne-Wuebbena combination, stay as they were from message to message (IGS SSR, IDF032 and IDF033).
+    std::uint8_t dispersiveBiasConsistency = 0;
+    std::uint8_t melbourneWuebbenaConsistency = 0;
 
     SSRCorrMsgBaseT() = default;
     SSRCorrMsgBaseT(const SSRCorrMsgBaseT&) = default;
@@ -118,6 +123,8 @@ struct SSROrbitKind {
     struct Entry {
         SCalSatID satId;
         std::uint32_t issueOfData = 0;    ///< of the broadcast ephemeris that they belong to
+        std::uint16_t ephemerisTime = 0;  ///< reference time of that ephemeris modulo 8192 s: BeiDou toe [8 s], SBAS t0
+                                          ///< [16 s]; 0 of the others, which are told by their issue alone
         std::int32_t radial = 0;          ///< [0.1 mm]
         std::int32_t alongTrack = 0;      ///< [0.4 mm]
         std::int32_t crossTrack = 0;      ///< [0.4 mm]
