@@ -266,7 +266,9 @@ void baseLibrary(const std::string& folder) {
     TIME::SetDeltaUTCTime(0.0);
 
     CPrnID satellite(5);
-    check(satellite.setPrn(6) && satellite.setPrnType(CPrnID::PRN_QZSS) && satellite.IsValid(), __LINE__);
+    check(satellite.setPrn(6) && satellite.setPrnType(CPrnID::PRN_QZSS) && satellite.IsValid() &&
+              satellite.GetPrn() == 6 && satellite.GetPrnType() == CPrnID::PRN_QZSS,
+          __LINE__);
 }
 
 void computationLibrary() {
@@ -729,7 +731,7 @@ void files(const std::string& folder) {
         check(set.Open(base.c_str(), error) && set.AddBlock({&block, 1}), __LINE__);
     }
     asynchronous.WaitUntilIdle();
-    check(std::filesystem::file_size(folder + "/decoupled") == 4 && asynchronous.FailedRequests() == 0, __LINE__);
+    check(std::filesystem::file_size(folder + "/decoupled") == 4 && asynchronous.FailedOperations() == 0, __LINE__);
 
     CString name;
     check(CProductsFileName::Test(name) == 1 && CProductsFileName::Test(0U) == 1, __LINE__);

@@ -29,14 +29,15 @@ struct Fields {
         minute = calendar.minute;
         dayOfYear = time.GetDayOfYear();
         dayOfWeek = ((time.GetMjdDay() + kWeekdayOfDay0) % 7 + 7) % 7;
-        weekOfYear = (dayOfYear + 6 - dayOfWeek) / 7;  // the first Sunday begins week 1
+        weekFromSunday = (dayOfYear + 6 - dayOfWeek) / 7;  // the first Sunday begins week 1
+        weekFromMonday = (dayOfYear + 6 - (dayOfWeek + 6) % 7) / 7;
         dayName = kDays[static_cast<std::size_t>(dayOfWeek)];
         monthName = kMonths[static_cast<std::size_t>(month - 1)];
     }
 
     int gpsWeek;
     int year = 0, shortYear = 0, month = 0, day = 0, hour = 0, minute = 0;
-    int dayOfYear = 0, dayOfWeek = 0, weekOfYear = 0;
+    int dayOfYear = 0, dayOfWeek = 0, weekFromSunday = 0, weekFromMonday = 0;
     std::string_view dayName = "Invalid DateTime.";
     std::string_view monthName = "Invalid DateTime.";
 };
@@ -65,8 +66,8 @@ constexpr std::array<Letter, 17> kLetters{{
     {'H', Print::character, &Fields::hour},
     {'M', Print::number, &Fields::month},
     {'S', Print::site},
-    {'U', Print::digits, &Fields::weekOfYear, nullptr, 2, 2},
-    {'W', Print::digits, &Fields::weekOfYear, nullptr, 2, 2},
+    {'U', Print::digits, &Fields::weekFromSunday, nullptr, 2, 2},
+    {'W', Print::digits, &Fields::weekFromMonday, nullptr, 2, 2},
     {'Y', Print::number, &Fields::year},
     {'a', Print::name, nullptr, &Fields::dayName},
     {'b', Print::name, nullptr, &Fields::monthName},

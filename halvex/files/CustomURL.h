@@ -14,7 +14,7 @@
 ///
 ///   D day of month, M month, Y year, y year without its century, h hour, t minute, G GPS week
 ///     as a number ("5" for the year 2005 under y), filled with zeros to w
-///   d day of month, m month, U and W week of the year (Sunday begins it): two digits; j day of year: three
+///   d day of month, m month, U and W week of the year (Sunday, Monday begins it): two digits; j day of year: three
 ///     filled with blanks to w: "%3d" gives " 07"
 ///   w day of week, Sunday 0: one digit; with w two digits, filled with blanks
 ///   H hour as a letter, "a" to "x"; a "Mon", b "Jan": filled with blanks to w

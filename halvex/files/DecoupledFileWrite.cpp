@@ -21,7 +21,7 @@ constexpr std::uint64_t kVersionWordSize = 4;
 /// Requests for one file that are written together.
 constexpr std::size_t kLongestRun = 256;
 /// Memory of a request that is kept for later ones.
-constexpr std::size_t kKeptBytes = 65536;
+constexpr std::size_t kKeptBytes = 8192;
 
 bool isAppend(const FileData& request) {
     return !request.bNewFile && !request.bCloseFile;
@@ -80,7 +80,7 @@ void CDecoupledFileWrite::WaitUntilIdle() {
     m_becameIdle.wait(lock, [this] { return m_idle && m_Queue.empty(); });
 }
 
-std::uint64_t CDecoupledFileWrite::FailedRequests() const {
+std::uint64_t CDecoupledFileWrite::FailedOperations() const {
     return m_mapOpenFiles->failures();
 }
 
@@ -171,8 +171,7 @@ CDecoupledFileWriteHandle& CDecoupledFileWriteHandle::operator=(const CDecoupled
 CDecoupledFileWriteHandle::~CDecoupledFileWriteHandle() {
     const CReadWriteLock lock(s_Guard, true);
     if (--s_RefCounter == 0 && s_pDecoupledFileWrite != nullptr) {
-        delete s_pDecoupledFileWrite;
-        s_pDecoupledFileWrite = nullptr;
+        delete std::exchange(s_pDecoupledFileWrite, nullptr);
     }
 }
 

@@ -36,8 +36,11 @@ class OpenFileTable;
 /// Bytes go to the system at once, each request's whole or not at all; requests for one file that wait together go in
 /// one call. A killed process loses what it had not begun to write, nothing else. What cannot be opened or written is
 /// lost and counted, and logged (level 3) once for its file until that works again; other files are not touched by it.
+/// It is the writer's thread that logs: a log sink must not write through the writer, nor make or end handles of it.
 ///
-/// Monitoring, in requests: "Queue/DecoupledFileWrite/High" and ".../Low" with "In", "Out" and "Size";
+/// Memory: what waits, and for 1024 requests of each level up to 16 KiB that later ones are copied into.
+///
+/// Monitoring: requests in "Queue/DecoupledFileWrite/High" and ".../Low" with "In", "Out" and "Size";
 /// "DecoupledFileWrite" with "OpenFiles" (files), "FailedOpens" and "FailedWrites".
 class HALVEX_EXPORT CDecoupledFileWrite {
 public:
@@ -63,11 +66,13 @@ public:
     /// header, no data and not closing), more than 0x7fffffff requests waiting, no thread to be had.
     bool Write(FileData& request);
 
-    /// Waits until everything that has been queued is carried out, including what other threads queue meanwhile.
+    /// Waits until everything that has been queued is carried out, including what other threads queue meanwhile. Must
+    /// have returned before the writer is destroyed.
     void WaitUntilIdle();
 
-    /// Requests that were lost so far because their file could not be opened or written.
-    [[nodiscard]] std::uint64_t FailedRequests() const;
+    /// How often so far a file could not be opened or bytes could not be written. More than before: something was lost,
+    /// a header or data, by these numbers at most that many requests.
+    [[nodiscard]] std::uint64_t FailedOperations() const;
 
 protected:
     /// Carries out one request; false when its file cannot be opened. For the writer's thread.

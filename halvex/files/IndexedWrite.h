@@ -80,8 +80,8 @@ public:
     /// Appends a block, stamped with the GPS week and milliseconds of week of the clock's UTC (no leap seconds are
     /// added). Null with a size above 0 is ignored.
     void AddBlock(const unsigned char* data, std::uint32_t size);
-    /// The first thing that went wrong since Open(), of the time-info file, the raw file or the index; none when all is
-    /// well. AddBlock() does not tell: who must know asks here.
+    /// What went wrong last since Open(), of the time-info file or else the raw file or else the index; none when all
+    /// is well. AddBlock() does not tell: who must know asks here, before Close().
     [[nodiscard]] std::error_code GetLastError() const;
     /// Time stamp of the last block added to this object; false before the first.
     bool GetLastWriteTime(std::uint32_t& week, std::uint32_t& milliseconds) const;

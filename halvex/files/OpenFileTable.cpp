@@ -66,7 +66,8 @@ void OpenFileTable::close(File& file) {
 }
 
 void OpenFileTable::write(File& file, std::span<const Bytes> pieces) {
-    if (pieces.empty()) return;
+    const bool isNothing = std::all_of(pieces.begin(), pieces.end(), [](Bytes piece) { return piece.empty(); });
+    if (isNothing) return;
     if (file.buffer.WriteUnbuffered(pieces)) {
         worked(file.name);
         return;

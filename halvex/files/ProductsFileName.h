@@ -33,6 +33,8 @@ public:
     [[nodiscard]] std::string getProductLength() const { return m_productLength; }
     [[nodiscard]] char getDataSource() const { return m_dataSource; }
 
+    friend bool operator==(const RnxLongFileNameParam&, const RnxLongFileNameParam&) = default;
+
 private:
     std::string m_siteCountryCode;
     std::uint32_t m_monumentNumber = 0;

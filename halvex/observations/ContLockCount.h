@@ -19,6 +19,8 @@ public:
                            const SMjdTime& now);
     void Clear();
 
+    friend bool operator==(const CContLockCount&, const CContLockCount&) = default;
+
 private:
     std::array<std::unordered_map<MDB::CPrnIdZ9, SMjdTime>, CALN::kFrequencyCount> m_starts;
 };

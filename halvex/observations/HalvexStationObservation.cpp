@@ -21,6 +21,27 @@ CHalvexStationObservation::CHalvexStationObservation(const CHalvexStationObserva
 
 CHalvexStationObservation& CHalvexStationObservation::operator=(const CHalvexStationObservation& other) {
     if (this == &other) return *this;
+    copyHead(other);
+    m_observations = other.m_observations;
+    return *this;
+}
+
+CHalvexStationObservation::CHalvexStationObservation(CHalvexStationObservation&& other) noexcept {
+    *this = std::move(other);
+}
+
+CHalvexStationObservation& CHalvexStationObservation::operator=(CHalvexStationObservation&& other) noexcept {
+    if (this == &other) return *this;
+    copyHead(other);
+    m_observations = std::move(other.m_observations);
+    m_spare = std::move(other.m_spare);
+    other.m_observations.clear();
+    other.listChanged();
+    other.m_cursor = 0;
+    return *this;
+}
+
+void CHalvexStationObservation::copyHead(const CHalvexStationObservation& other) {
     m_week = other.m_week;
     m_fraction = other.m_fraction;
     m_status = other.m_status;
@@ -33,9 +54,7 @@ CHalvexStationObservation& CHalvexStationObservation::operator=(const CHalvexSta
     m_filter = other.m_filter;
     m_clockOffsetCode = other.m_clockOffsetCode;
     m_clockOffsetPhase = other.m_clockOffsetPhase;
-    m_observations = other.m_observations;
     m_cursor = 0;
-    return *this;
 }
 
 CHalvexStationObservation::~CHalvexStationObservation() = default;
@@ -209,9 +228,10 @@ bool CHalvexStationObservation::AddObservation(const CHalvexObservation& observa
 }
 
 bool CHalvexStationObservation::ValidateObservations() {
-    std::erase_if(m_observations, [](const CHalvexObservation& each) { return !each.IsDataValid(); });
-    listChanged();
-    m_cursor = 0;
+    if (std::erase_if(m_observations, [](const CHalvexObservation& each) { return !each.IsDataValid(); }) != 0) {
+        listChanged();
+        m_cursor = 0;
+    }
     return !m_observations.empty();
 }
 

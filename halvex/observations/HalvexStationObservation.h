@@ -30,11 +30,11 @@ public:
     CHalvexStationObservation();
     /// The same for an epoch, without time synchronized.
     CHalvexStationObservation(unsigned int gpsFraction, short gpsWeek);
-    /// Copies take everything and set the cursor to the start.
+    /// Copies and moves take everything and set the cursor to the start; what was moved from has no observations.
     CHalvexStationObservation(const CHalvexStationObservation& other);
     CHalvexStationObservation& operator=(const CHalvexStationObservation& other);
-    CHalvexStationObservation(CHalvexStationObservation&&) = default;
-    CHalvexStationObservation& operator=(CHalvexStationObservation&&) = default;
+    CHalvexStationObservation(CHalvexStationObservation&& other) noexcept;
+    CHalvexStationObservation& operator=(CHalvexStationObservation&& other) noexcept;
     ~CHalvexStationObservation() override;
     CHalvexStationObservation& Assign(const CHalvexStationObservation& other) { return *this = other; }
     /// Back to week, time and status 0, site ID -1, no observations. The filter and the list's memory stay.
@@ -130,7 +130,7 @@ public:
     /// Appends a copy, whether or not the satellite is there already; with `validate`, only a plausible one. The cursor
     /// goes to the start.
     bool AddObservation(const CHalvexObservation& observation, bool validate);
-    /// Removes what is not plausible; whether any is left.
+    /// Removes what is not plausible; whether any is left. The cursor goes to the start when something was removed.
     bool ValidateObservations();
     /// Removes what is of one of the `types`; the cursor goes to the start.
     void RemovePrnTypes(CPrnID::PrnTypeFlag types);
@@ -192,6 +192,8 @@ private:
     static void headFields(Io& io, Self& self);
     [[nodiscard]] std::int32_t tracked(std::size_t cache, CPrnID::PrnType type, unsigned frequency) const;
     void listChanged();
+    /// All but the list; the cursor goes to the start.
+    void copyHead(const CHalvexStationObservation& other);
     bool seek(std::size_t from);
 
     std::uint16_t m_week = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
@@ -38,7 +39,9 @@ protected:
         low = static_cast<std::uint32_t>(m_id);
         high = static_cast<std::uint32_t>(static_cast<std::uint64_t>(m_id) >> 32);
     }
-    void getID(std::int64_t& id) const { id = m_id; }
+    /// Into any signed 64-bit type: long long and std::int64_t are not the same everywhere.
+    template <std::signed_integral T>
+    requires(sizeof(T) == sizeof(std::int64_t)) void getID(T& id) const { id = m_id; }
     [[nodiscard]] std::int64_t getID() const { return m_id; }
 
 private:
@@ -56,7 +59,8 @@ public:
     void setUniqueSiteID(std::uint32_t low, std::uint32_t high) { setID(low, high); }
     void setUniqueSiteID(std::int64_t id) { setID(id); }
     void getUniqueSiteID(std::uint32_t& low, std::uint32_t& high) const { getID(low, high); }
-    void getUniqueSiteID(std::int64_t& id) const { getID(id); }
+    template <std::signed_integral T>
+    requires(sizeof(T) == sizeof(std::int64_t)) void getUniqueSiteID(T& id) const { getID(id); }
     [[nodiscard]] std::int64_t getUniqueSiteID() const { return getID(); }
 
     /// "HIGH,LOW" in decimal with the given separator.
@@ -84,5 +88,6 @@ public:
     void setUniqueAntennaID(std::uint32_t low, std::uint32_t high) { setID(low, high); }
     void setUniqueAntennaID(std::int64_t id) { setID(id); }
     void getUniqueAntennaID(std::uint32_t& low, std::uint32_t& high) const { getID(low, high); }
-    void getUniqueAntennaID(std::int64_t& id) const { getID(id); }
+    template <std::signed_integral T>
+    requires(sizeof(T) == sizeof(std::int64_t)) void getUniqueAntennaID(T& id) const { getID(id); }
 };

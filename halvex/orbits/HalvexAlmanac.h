@@ -72,7 +72,8 @@ private:
     Data m_data;
 };
 
-/// Between the almanac and the computation library's record. To the record every field goes. False, leaving `to` alone,
-/// for a number that is not finite or that its field cannot hold, such as a toa that is no multiple of 4096 s.
+/// Between the almanac and the computation library's record. False, leaving `to` alone, for a satellite that GPS
+/// does not have and for a number that is not finite or that its field cannot hold, such as a toa that is no multiple
+/// of 4096 s.
 HALVEX_EXPORT bool convertGPSAlmanac(const CHalvexAlmanac& from, CALN::CALX_SAT_ALMANAC& to);
 HALVEX_EXPORT bool convertGPSAlmanac(const CALN::CALX_SAT_ALMANAC& from, CHalvexAlmanac& to);

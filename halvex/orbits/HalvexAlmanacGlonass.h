@@ -77,7 +77,7 @@ private:
     Data m_data;
 };
 
-/// Between the almanac and the computation library's record, every field; false, leaving `to` alone, for a number that
-/// is not finite.
+/// Between the almanac and the computation library's record, every field; false, leaving `to` alone, for a slot that is
+/// none and for a number that is not finite.
 HALVEX_EXPORT bool convertGLOAlmanac(const CHalvexAlmanacGlonass& from, CALN::CALX_SAT_ALMANAC_GLONASS& to);
 HALVEX_EXPORT bool convertGLOAlmanac(const CALN::CALX_SAT_ALMANAC_GLONASS& from, CHalvexAlmanacGlonass& to);

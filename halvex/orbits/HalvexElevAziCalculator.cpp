@@ -105,6 +105,7 @@ bool CHalvexElevAziCalculator::ProcessNewAlmanac(const CHalvexAlmanacNavic& alma
 bool CHalvexElevAziCalculator::GetElevAziData(const CGeoCoord& site, const SMjdTime& t, CALN::SCalElevationAzimuth& out,
                                               bool flag) const {
     CALN::SCalCoordinateSet coordinates;
+    out.clear();
     return convertCoords(site, coordinates) && m_engine.GetElevAziData(coordinates, t, out, flag) == 0;
 }
 

@@ -109,8 +109,9 @@ private:
     Data m_data;
 };
 
-/// Between the ephemeris and the computation library's record. To the record every field goes. From the record: false,
-/// leaving `to` alone, for what this form cannot hold: a CNAV message, a number that is not finite or out of its
-/// field's range, a reference time that is no whole second. A source other than 1 to 3 becomes 0.
+/// Between the ephemeris and the computation library's record. False, leaving `to` alone, for a satellite
+/// that GPS does not have, a number that is not finite or out of its field's range and, from the record, for what this
+/// form cannot hold: a CNAV message, a reference time that is no whole second. Of a source other than 1 to 3 only the
+/// simulated bit stays.
 HALVEX_EXPORT bool convertGPSEphemeris(const CHalvexEphemeris& from, CALN::CALX_SAT_EPHEMERIS& to);
 HALVEX_EXPORT bool convertGPSEphemeris(const CALN::CALX_SAT_EPHEMERIS& from, CHalvexEphemeris& to);

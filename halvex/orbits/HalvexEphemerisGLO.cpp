@@ -138,7 +138,10 @@ void CHalvexEphemerisGLO::SetSimulated(bool on) {
 }
 
 void CHalvexEphemerisGLO::SetHealth(double health) {
-    m_data.health = health > 0.0 && health < 4294967296.0 ? static_cast<std::uint32_t>(health) : 0;
+    // What no integer of 64 bits holds is certainly not healthy.
+    constexpr double kLargest = 9.2e18;
+    const bool fits = std::abs(health) < kLargest;
+    m_data.health = fits ? static_cast<std::uint32_t>(static_cast<std::int64_t>(health)) : ~std::uint32_t{0};
 }
 
 namespace {

@@ -120,7 +120,8 @@ private:
 /// message have the same. False, with the identity as it was, when a value is too wide for its field.
 HALVEX_EXPORT bool GenerateNavIdentValues(CHalvexEphemerisGLO& ephemeris);
 
-/// Between the ephemeris and the computation library's record; false, leaving `to` alone, for a number that is not
-/// finite or that its field cannot hold. From the record the issue of data and the identity are made anew.
+/// Between the ephemeris and the computation library's record; false, leaving `to` alone, for a slot that is none and a
+/// number that is not finite or that its field cannot hold. From the record the issue of data and the identity are made
+/// anew.
 HALVEX_EXPORT bool convertGLOEphemeris(const CHalvexEphemerisGLO& from, CALN::CALX_SAT_EPHEMERIS_GLONASS& to);
 HALVEX_EXPORT bool convertGLOEphemeris(const CALN::CALX_SAT_EPHEMERIS_GLONASS& from, CHalvexEphemerisGLO& to);

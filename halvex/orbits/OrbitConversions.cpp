@@ -59,6 +59,11 @@ struct FromRecord {
     bool fits = true;
 };
 
+/// The number is one of the system's satellites.
+bool isSatellite(CALN::eCALSATSYSTEM system, unsigned number) {
+    return number >= 1 && number <= CALN::getMaxSatNumber(system);
+}
+
 /// Sources the library tells apart; the simulated bit travels along.
 std::uint8_t knownSource(std::uint8_t source) {
     const unsigned code = source & 0x7FU;
@@ -212,7 +217,9 @@ bool clockFields(Direction pair, Data& d, Record& r) {
 
 bool convertGPSEphemeris(const CHalvexEphemeris& from, CALN::CALX_SAT_EPHEMERIS& to) {
     CALN::CALX_SAT_EPHEMERIS record;
-    if (!gpsFields(ToRecord(), from.m_data, record)) return false;
+    if (!gpsFields(ToRecord(), from.m_data, record) || !isSatellite(CALN::eCALSATSYSTEM_GPS, record.satId)) {
+        return false;
+    }
     to = record;
     return true;
 }
@@ -220,7 +227,7 @@ bool convertGPSEphemeris(const CHalvexEphemeris& from, CALN::CALX_SAT_EPHEMERIS&
 bool convertGPSEphemeris(const CALN::CALX_SAT_EPHEMERIS& from, CHalvexEphemeris& to) {
     if (from.messageType != CALN::eCALGPSMESSAGE_LNAV || from.aDot != 0.0 || from.deltaNDot != 0.0) return false;
     CHalvexEphemeris::Data data;
-    if (!gpsFields(FromRecord(), data, from)) return false;
+    if (!isSatellite(CALN::eCALSATSYSTEM_GPS, from.satId) || !gpsFields(FromRecord(), data, from)) return false;
     data.source = knownSource(from.source);
     to.m_data = data;
     return true;
@@ -228,7 +235,9 @@ bool convertGPSEphemeris(const CALN::CALX_SAT_EPHEMERIS& from, CHalvexEphemeris&
 
 bool convertGLOEphemeris(const CHalvexEphemerisGLO& from, CALN::CALX_SAT_EPHEMERIS_GLONASS& to) {
     CALN::CALX_SAT_EPHEMERIS_GLONASS record;
-    if (!glonassFields(ToRecord(), from.m_data, record)) return false;
+    if (!glonassFields(ToRecord(), from.m_data, record) || !isSatellite(CALN::eCALSATSYSTEM_GLONASS, record.satId)) {
+        return false;
+    }
     record.referenceSeconds = from.m_data.milliseconds / 1000.0;
     to = record;
     return true;
@@ -237,7 +246,7 @@ bool convertGLOEphemeris(const CHalvexEphemerisGLO& from, CALN::CALX_SAT_EPHEMER
 bool convertGLOEphemeris(const CALN::CALX_SAT_EPHEMERIS_GLONASS& from, CHalvexEphemerisGLO& to) {
     CHalvexEphemerisGLO result;
     CHalvexEphemerisGLO::Data& data = result.m_data;
-    if (!glonassFields(FromRecord(), data, from) ||
+    if (!isSatellite(CALN::eCALSATSYSTEM_GLONASS, from.satId) || !glonassFields(FromRecord(), data, from) ||
         !take(std::round(from.referenceSeconds * 1000.0), data.milliseconds)) {
         return false;
     }
@@ -250,7 +259,9 @@ bool convertGLOEphemeris(const CALN::CALX_SAT_EPHEMERIS_GLONASS& from, CHalvexEp
 
 bool convertGPSAlmanac(const CHalvexAlmanac& from, CALN::CALX_SAT_ALMANAC& to) {
     CALN::CALX_SAT_ALMANAC record;
-    if (!gpsAlmanacFields(ToRecord(), from.m_data, record)) return false;
+    if (!gpsAlmanacFields(ToRecord(), from.m_data, record) || !isSatellite(CALN::eCALSATSYSTEM_GPS, record.satId)) {
+        return false;
+    }
     record.toa = from.GetRefTimeInGPSSeconds();
     to = record;
     return true;
@@ -258,21 +269,27 @@ bool convertGPSAlmanac(const CHalvexAlmanac& from, CALN::CALX_SAT_ALMANAC& to) {
 
 bool convertGPSAlmanac(const CALN::CALX_SAT_ALMANAC& from, CHalvexAlmanac& to) {
     CHalvexAlmanac::Data data;
-    if (!gpsAlmanacFields(FromRecord(), data, from) || !take(from.toa / 4096.0, data.toa)) return false;
+    if (!isSatellite(CALN::eCALSATSYSTEM_GPS, from.satId) || !gpsAlmanacFields(FromRecord(), data, from) ||
+        !take(from.toa / 4096.0, data.toa))
+        return false;
     to.m_data = data;
     return true;
 }
 
 bool convertGLOAlmanac(const CHalvexAlmanacGlonass& from, CALN::CALX_SAT_ALMANAC_GLONASS& to) {
     CALN::CALX_SAT_ALMANAC_GLONASS record;
-    if (!glonassAlmanacFields(ToRecord(), from.m_data, record)) return false;
+    if (!glonassAlmanacFields(ToRecord(), from.m_data, record) ||
+        !isSatellite(CALN::eCALSATSYSTEM_GLONASS, record.satId)) {
+        return false;
+    }
     to = record;
     return true;
 }
 
 bool convertGLOAlmanac(const CALN::CALX_SAT_ALMANAC_GLONASS& from, CHalvexAlmanacGlonass& to) {
     CHalvexAlmanacGlonass::Data data;
-    if (!glonassAlmanacFields(FromRecord(), data, from)) return false;
+    if (!isSatellite(CALN::eCALSATSYSTEM_GLONASS, from.satId) || !glonassAlmanacFields(FromRecord(), data, from))
+        return false;
     to.m_data = data;
     return true;
 }

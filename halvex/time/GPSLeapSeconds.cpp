@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
@@ -155,6 +156,8 @@ public:
 
 CGPSLeapSeconds::CGPSLeapSeconds(std::unique_ptr<Monitoring> monitoring)
     : m_monitoring(std::move(monitoring)),
+      m_automaticStorage{&CLeapSecondsPersistBase::LoadAuto, &CLeapSecondsPersistBase::SaveAuto},
+      m_manualStorage{&CLeapSecondsPersistBase::LoadManual, &CLeapSecondsPersistBase::SaveManual},
       m_automatic(GetDefaultLeapSeconds(), GetDefaultLeapSecondsFuture(), GetDefaultLeapSecondsFutureMjd(),
                   GetDefaultLeapSecondsConfirmMjd()) {
     publish();
@@ -169,8 +172,8 @@ CGPSLeapSeconds::~CGPSLeapSeconds() {
     if (!m_persistOnDestruction) return;
     const Sets last = sets();
     CLeapSecondsPersistBase& persist = CLeapSecondsPersist::GetInstance();
-    persist.SaveAuto(last.automatic);
-    persist.SaveManual(last.manual);
+    if (m_automaticStorage.isKnown) persist.SaveAuto(last.automatic);
+    if (m_manualStorage.isKnown) persist.SaveManual(last.manual);
 }
 
 CGPSLeapSeconds::Sets CGPSLeapSeconds::sets() const {
@@ -178,29 +181,67 @@ CGPSLeapSeconds::Sets CGPSLeapSeconds::sets() const {
     return {m_automatic, m_manual};
 }
 
+void CGPSLeapSeconds::askToSave(Storage& storage, const SGPSLeapSeconds& set) {
+    storage.set = set;
+    ++storage.version;
+    ++storage.saving;
+    storage.isKnown = true;
+}
+
+void CGPSLeapSeconds::saveTo(Storage& storage) {
+    std::unique_lock lock(m_mutex);
+    for (std::uint64_t saved = 0; saved != storage.version;) {
+        const SGPSLeapSeconds set = storage.set;
+        saved = storage.version;
+        lock.unlock();
+        (CLeapSecondsPersist::GetInstance().*storage.save)(set);
+        lock.lock();
+    }
+    --storage.saving;
+}
+
 void CGPSLeapSeconds::load(bool push) {
     const SMjdTime now = GetCurrentUTCTime();
     CLeapSecondsPersistBase& persist = CLeapSecondsPersist::GetInstance();
-    Sets loaded;
-    const bool hasAutomatic = persist.LoadAuto(loaded.automatic);
-    const bool hasManual = persist.LoadManual(loaded.manual);
+    struct Reload {
+        Storage& storage;
+        SGPSLeapSeconds& current;
+        std::optional<std::uint64_t> before{};  // empty while an update is on its way into the storage
+        SGPSLeapSeconds set{};
+        bool isTaken = false;
+    };
+    Reload reloads[] = {{m_automaticStorage, m_automatic}, {m_manualStorage, m_manual}};
+    Reload& manual = reloads[1];
     {
         const std::lock_guard lock(m_mutex);
-        if (!hasAutomatic) loaded.automatic = m_automatic;
-        if (!hasManual) loaded.manual = m_manual;
-        UpdateLeapSecondsCheckFutureMjd(loaded.automatic, now, true);
-        UpdateLeapSecondsCheckFutureMjd(loaded.manual, now, true);
-        if (push) {
-            const bool manual = hasValues(loaded.manual);
-            SetFWCentralLeapSeconds(manual ? loaded.manual : loaded.automatic, manual);
+        for (Reload& each : reloads) {
+            if (each.storage.saving == 0) each.before = each.storage.version;
         }
-        m_automatic = loaded.automatic;
-        m_manual = loaded.manual;
+    }
+    for (Reload& each : reloads) each.isTaken = (persist.*each.storage.load)(each.set);
+    {
+        const std::lock_guard lock(m_mutex);
+        for (Reload& each : reloads) {
+            each.storage.isKnown = each.storage.isKnown || each.isTaken;
+            // What was updated meanwhile is younger than what was read.
+            if (each.before != each.storage.version) each.isTaken = false;
+            if (!each.isTaken) each.set = each.current;
+            UpdateLeapSecondsCheckFutureMjd(each.set, now, true);
+        }
+        if (push) {
+            const bool hasManual = hasValues(manual.set);
+            SetFWCentralLeapSeconds(hasManual ? manual.set : reloads[0].set, hasManual);
+        }
+        for (Reload& each : reloads) {
+            each.current = each.set;
+            if (each.isTaken) askToSave(each.storage, each.set);
+        }
         publish();
     }
     showInMonitor();
-    if (hasAutomatic) persist.SaveAuto(loaded.automatic);
-    if (hasManual) persist.SaveManual(loaded.manual);
+    for (Reload& each : reloads) {
+        if (each.isTaken) saveTo(each.storage);
+    }
 }
 
 void CGPSLeapSeconds::publish() {
@@ -283,6 +324,7 @@ bool CGPSLeapSeconds::SetAutomaticGPSLeapSeconds(ILeapSecondsMsgHnd* handler, co
             publish();
             if (m_manual.leapSeconds < 1) SetFWCentralLeapSeconds(received, false);
         }
+        if (plausible && !bypass) askToSave(m_automaticStorage, m_automatic);
     }
     const auto text = [&](const char* verdict) {
         return fmt::format("Automatic Leap Second (LS, LSF, LSF_MJD) change {} from {} to {}", verdict, triple(old),
@@ -299,7 +341,7 @@ bool CGPSLeapSeconds::SetAutomaticGPSLeapSeconds(ILeapSecondsMsgHnd* handler, co
         announce(kAutomaticSource, text("ACCEPTED"));
         accepted(handler, received);
     }
-    if (!bypass) CLeapSecondsPersist::GetInstance().SaveAuto(sets().automatic);
+    if (!bypass) saveTo(m_automaticStorage);
     showInMonitor();
     return true;
 }
@@ -309,6 +351,7 @@ bool CGPSLeapSeconds::SetManualGPSLeapSeconds(ILeapSecondsMsgHnd* handler, const
     const CMonitorTimer::Run run = m_monitoring->manual.updateTimer.start();
     const SGPSLeapSeconds entry(ls, lsf, lsfMjd, GetCurrentUTCTime().GetMjdDay());
     const bool clears = entry.leapSeconds < 1;
+    const bool persists = (flags & kFlagPersist) != 0;
     SGPSLeapSeconds old;
     SGPSLeapSeconds effective = entry;
     {
@@ -321,10 +364,11 @@ bool CGPSLeapSeconds::SetManualGPSLeapSeconds(ILeapSecondsMsgHnd* handler, const
             ResetFWCentralLeapSeconds();
         }
         SetFWCentralLeapSeconds(effective, !clears);
+        if (persists) askToSave(m_manualStorage, entry);
     }
     announce(kManualSource, fmt::format("Manual Leap Second (LS, LSF, LSF_MJD) change ACCEPTED from {} to {}{}",
                                         triple(old), clears ? "Automatic " : "", triple(effective)));
-    if ((flags & kFlagPersist) != 0) CLeapSecondsPersist::GetInstance().SaveManual(sets().manual);
+    if (persists) saveTo(m_manualStorage);
     accepted(handler, effective);
     showInMonitor();
     return true;

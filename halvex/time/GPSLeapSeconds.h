@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -9,6 +10,7 @@
 #include "halvex/platform/mjd/MjdTime.h"
 #include "halvex/platform/os/Published.h"
 #include "halvex/time/IGPSLeapSeconds.h"
+#include "halvex/time/LeapSecondsPersist.h"
 
 /// Told what became of a leap-second update, on the thread that made it, after the values are in place and with no lock
 /// held: it may look up and update in turn.
@@ -84,7 +86,8 @@ public:
     [[nodiscard]] static bool hasInstance();
     /// Destroys the table, if there is one; `persist` says whether it saves its sets at that.
     static void ShutDown(bool persist);
-    /// Loads both sets anew, if there is a table, and hands the one in force to the central store.
+    /// Loads both sets anew, if there is a table, and hands the one in force to the central store. A set that is
+    /// updated meanwhile keeps the update.
     static void updateInstance();
     /// Empties the central store.
     static void ResetFWCentralLeapSeconds();
@@ -101,14 +104,29 @@ private:
     };
 
     explicit CGPSLeapSeconds(std::unique_ptr<Monitoring> monitoring);
+    /// One set's way to CLeapSecondsPersist.
+    struct Storage {
+        bool (CLeapSecondsPersistBase::*load)(SGPSLeapSeconds&);
+        bool (CLeapSecondsPersistBase::*save)(const SGPSLeapSeconds&);
+        SGPSLeapSeconds set{};      ///< to be saved
+        std::uint64_t version = 0;  ///< of `set`
+        int saving = 0;             ///< how many are about to save it
+        bool isKnown = false;       ///< it was loaded once, or set; else what is stored is worth more than what is here
+    };
+
     [[nodiscard]] Sets sets() const;
+    /// Makes `set` the one to be saved. Under the mutex; its caller calls saveTo once that is free.
+    static void askToSave(Storage& storage, const SGPSLeapSeconds& set);
+    /// Saves without a lock. When another set came meanwhile, that too: the last one to be saved is the last one.
+    void saveTo(Storage& storage);
     friend HALVEX_EXPORT int(::GetGPSLeapSeconds)(const SMjdTime& instant);
     void load(bool push);
     void publish();
     void showInMonitor();
 
-    mutable std::mutex m_mutex;  ///< guards the two sets, for reading several fields too, and who may publish
+    mutable std::mutex m_mutex;                ///< guards the sets, for reading several fields too, and who may publish
     std::unique_ptr<Monitoring> m_monitoring;  ///< null in the table of the built-in defaults alone
+    Storage m_automaticStorage, m_manualStorage;
     SGPSLeapSeconds m_automatic;
     SGPSLeapSeconds m_manual;
     os::Published<3> m_inForce;  ///< LS, LSF, LSF_MJD for lookups; LS not above 0: ask the central store

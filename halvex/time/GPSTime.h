@@ -10,6 +10,7 @@ public:
     using CTimeBase::CTimeBase;
     CGPSTime() = default;
     explicit CGPSTime(const SMjdTime& instant) : CTimeBase(instant) {}
+    explicit CGPSTime(const SYSTEMTIME&) = delete;  // a wall-clock time is not on the GPS scale
     CGPSTime(const CGPSTime&) = default;
     CGPSTime& operator=(const CGPSTime&) = default;
     CGPSTime& operator=(const SMjdTime& instant);

@@ -12,7 +12,8 @@ public:
     virtual ~CLeapSecondsPersistBase();
     /// False when the set was not saved; the table does not mind.
     virtual bool SaveManual(const IGPSLeapSeconds::SGPSLeapSeconds& set);
-    /// Fills `set`; the base with zeros. After false the table keeps the set that it has and does not save it back.
+    /// Fills `set`; the base with zeros. After false the table keeps the set that it has and does not save it
+    /// until somebody sets it.
     virtual bool LoadManual(IGPSLeapSeconds::SGPSLeapSeconds& set);
     virtual bool SaveAuto(const IGPSLeapSeconds::SGPSLeapSeconds& set);
     /// As LoadManual; the base fills in the built-in defaults.

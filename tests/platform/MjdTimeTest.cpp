@@ -3,16 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
-#include <tuple>
 
 namespace {
 
 TEST(MjdTime, KnownInstants) {
     const std::tuple<const char*, SMjdTime, std::int32_t, double> rows[] = {
         {"GPS epoch", SMjdTime(0, 0.0), 44244, 0.0},
-        {"month 13", SMjdTime(2020, 13, 1, 0, 0, 0.0), 59215, 0.0},
         {"31 February of a leap year", SMjdTime(2020, 2, 31, 0, 0, 0.0), 58910, 0.0},
         {"negative hour", SMjdTime(2021, 1, 1, -1, 0, 0.0), 59214, 82800000.0},
         {"second 86400", SMjdTime(2021, 1, 1, 0, 0, 86400.0), 59216, 0.0},
@@ -54,15 +51,9 @@ TEST(MjdTime, AddingTenTimesATenthStaysWithinAPicosecond) {
     EXPECT_NEAR(time.GetDifferenceInSeconds(first), 1.0, 1e-12);
     for (int i = 0; i < 10; ++i) time.SubtractSeconds(0.1);
     EXPECT_EQ(time, first);
-}
-
-TEST(MjdTime, ComparisonHasNoTolerance) {
-    const SMjdTime a(2021, 1, 1, 0, 0, 0.0);
-    SMjdTime b = a;
-    b.AddMilliseconds(1e-6);
-    EXPECT_TRUE(a < b && !(b < a) && a != b);
-    const SMjdTime negativeZero = SMjdTime::FromDayAndMilliseconds(5, -0.0);
-    EXPECT_FALSE(std::signbit(negativeZero.GetMjdFractMilliseconds()));
+    time.AddMilliseconds(1e-6);
+    EXPECT_TRUE(first < time && !(time < first) && first != time) << "comparison has no tolerance";
+    EXPECT_FALSE(std::signbit(SMjdTime::FromDayAndMilliseconds(5, -0.0).GetMjdFractMilliseconds()));
 }
 
 TEST(MjdTime, AbsurdArgumentsStayWithinTheRange) {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <limits>
-#include <vector>
+#include <algorithm>
 
 #include "halvex/platform/caln/OrbitBatch.h"
 #include "halvex/platform/caln/SatPosition.h"
@@ -14,18 +13,11 @@ using namespace halvex::test;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-struct Expected {
-    ORBIT_COORD position;
-    bool absurd = false;
-};
-
-/// Adds `count` orbits of each kind; every one of `absurd` is of no use. What they must come to, by tag.
-std::vector<Expected> fill(OrbitBatch& batch, std::size_t count, const std::vector<std::size_t>& absurd,
-                           RandomFields& random) {
-    std::vector<Expected> expected(2 * count);
+/// Adds `count` orbits of each kind; every one of `absurd` is of no use. What the others must come to, by tag.
+std::vector<ORBIT_COORD> fill(OrbitBatch& batch, std::size_t count, const std::vector<std::size_t>& absurd,
+                              RandomFields& random) {
+    std::vector<ORBIT_COORD> expected(2 * count);
     for (std::size_t i = 0; i < count; ++i) {
-        const bool isAbsurd = std::find(absurd.begin(), absurd.end(), i) != absurd.end();
-        expected[2 * i].absurd = expected[2 * i + 1].absurd = isAbsurd;
         CALN::CALX_SAT_EPHEMERIS_BEIDOU record;
         anyElements(record, random);
         const bool geostationary = i % 3 == 0;
@@ -33,7 +25,7 @@ std::vector<Expected> fill(OrbitBatch& batch, std::size_t count, const std::vect
         double tk = random.number(-20000, 20000);
         auto position = kepler::position(elements, tk);
         if (geostationary) position = kepler::turnGeostationary(position, tk);
-        expected[2 * i].position = {position.x, position.y, position.z};
+        expected[2 * i] = {position.x, position.y, position.z};
 
         glonass::State<double> state{random.number(2e7, 3e7),  random.number(-1e7, 1e7), random.number(-1e7, 1e7),
                                      random.number(-3e3, 3e3), random.number(-3e3, 3e3), random.number(-3e3, 3e3)};
@@ -41,9 +33,9 @@ std::vector<Expected> fill(OrbitBatch& batch, std::size_t count, const std::vect
         const double seconds = random.number(-3000, 3000);
         const auto end =
             glonass::propagate(state, seconds, [&](const auto& s) { return glonass::derivative(s, pull); });
-        expected[2 * i + 1].position = {end.x, end.y, end.z};
-        transformPZ90ToWGS84(expected[2 * i + 1].position);
-        if (isAbsurd) {
+        expected[2 * i + 1] = {end.x, end.y, end.z};
+        transformPZ90ToWGS84(expected[2 * i + 1]);
+        if (std::ranges::count(absurd, i) != 0) {
             elements.e = i % 2 == 0 ? kNan : 1e300;
             elements.m0 = 1e308;
             tk = 1e18;
@@ -67,9 +59,9 @@ TEST(OrbitBatch, AllKernelsAgreeWithSingleOrbitsWhateverTheNeighbours) {
                 batch.compute(*kernels, [&](std::size_t tag, const ORBIT_COORD& position) {
                     ASSERT_LT(tag, seen.size());
                     ++seen[tag];
-                    if (expected[tag].absurd) return;
-                    const ORBIT_COORD& p = expected[tag].position;
-                    EXPECT_LT(std::hypot(position.x - p.x, position.y - p.y, position.z - p.z), 1e-6)
+                    const ORBIT_COORD& p = expected[tag];
+                    const double off = std::hypot(position.x - p.x, position.y - p.y, position.z - p.z);
+                    EXPECT_TRUE(off < 1e-6 || std::ranges::count(absurd, tag / 2) != 0)
                         << kernels->name << ' ' << count << ' ' << tag;
                 });
                 EXPECT_EQ(seen, std::vector<int>(expected.size(), 1));
@@ -94,10 +86,9 @@ TEST(OrbitBatch, DirectionsOfAllKernels) {
         for (std::size_t i = 0; i < kCount; ++i) {
             const auto expected = frame.directionTo(positions.at(i));
             const double turned = azimuth[i] < 0 ? azimuth[i] + 2 * kPi : azimuth[i];
-            const bool isNumber = i % 10 != 9;
-            EXPECT_EQ(std::isnan(elevation[i]), !isNumber) << kernels->name << ' ' << i;
-            EXPECT_FALSE(isNumber && std::abs(elevation[i] - expected.elevation) > 1e-12) << kernels->name << ' ' << i;
-            EXPECT_FALSE(isNumber && std::abs(turned - expected.azimuth) > 1e-12) << kernels->name << ' ' << i;
+            const double off =
+                std::max(std::abs(elevation[i] - expected.elevation), std::abs(turned - expected.azimuth));
+            EXPECT_TRUE(i % 10 == 9 ? std::isnan(elevation[i]) : off < 1e-12) << kernels->name << ' ' << i;
         }
     }
 }

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string_view>
-#include <type_traits>
-
 #include "halvex/platform/caln/AlmanacRecords.h"
 #include "halvex/platform/caln/EphemerisBeidou.h"
 #include "halvex/platform/caln/EphemerisGalileo.h"

@@ -1,10 +1,11 @@
 #include "halvex/platform/kernix/Registry.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <limits>
+#include <cstdint>
 #include <thread>
 
 #include "tests/support/CapturedLog.h"
@@ -46,10 +47,8 @@ TEST_F(Registry, ValuesAndNamesComeBackWhateverTheyContain) {
     const std::size_t count = std::size(texts);
     for (std::size_t i = 0; i < count; ++i) ASSERT_TRUE(REG::WriteString(texts[i], texts[count - 1 - i], texts[i]));
     for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(REG::GetString(texts[i], texts[count - 1 - i], "?"), texts[i]);
-    for (const std::int32_t value : {std::numeric_limits<std::int32_t>::min(), 0}) {
-        ASSERT_TRUE(REG::WriteLong(kKey, "Number", value));
-        EXPECT_EQ(REG::GetLong(kKey, "Number", 7), value);
-    }
+    ASSERT_TRUE(REG::WriteLong(kKey, "Number", INT32_MIN));
+    EXPECT_EQ(REG::GetLong(kKey, "Number", 7), INT32_MIN);
     EXPECT_EQ(REG::GetString(kKey, "Number", "other type"), "other type");
 }
 
@@ -61,12 +60,12 @@ TEST_F(Registry, ADamagedFileGivesDefaultsAndStays) {
         EXPECT_EQ(REG::GetLong(kKey, "Mask", 9, true), 9) << text;
         EXPECT_FALSE(REG::WriteLong(kKey, "Mask", 4)) << text;
         EXPECT_EQ(readFile(m_file), text);
-        const auto lines = m_log.take();
-        ASSERT_EQ(lines.size(), 1U) << text;
-        EXPECT_TRUE(lines[0].starts_with("3 ")) << lines[0];
+        EXPECT_EQ(m_log.take().size(), 1U) << text;
         fs::remove(m_file);
         EXPECT_EQ(REG::GetLong(kKey, "Mask", 8), 8) << "readable again: the next damage is logged anew";
     }
+    ASSERT_EQ(::mkfifo(m_file.c_str(), 0600), 0);
+    EXPECT_EQ(REG::GetLong(kKey, "Mask", 7), 7) << "nobody waits for a pipe";
 }
 
 TEST_F(Registry, TheUsersConfigurationFolder) {

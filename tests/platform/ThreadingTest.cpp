@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <array>
-#include <barrier>
-#include <latch>
 #include <thread>
 
 #include "halvex/platform/kernix/ActiveObject.h"
@@ -38,34 +36,10 @@ TEST(Event, WhoIsToldAndInWhichOrder) {
     EXPECT_EQ(os::waitAny(both), 1U);
 }
 
-TEST(Event, NoAnnouncementIsMissed) {
-    constexpr int kRounds = 20000;
-    os::Event ping(os::Event::Reset::automatic);
-    os::Event pong(os::Event::Reset::automatic);
-    os::Event never(os::Event::Reset::manual);
-    int value = 0;  // handed to and fro by the events alone
-    std::thread other([&] {
-        const std::array<os::Event*, 2> events{&never, &ping};
-        for (int i = 0; i < kRounds; ++i) {
-            if (os::waitAny(events) != 1) return;
-            ++value;
-            pong.Set();
-        }
-    });
-    const std::array<os::Event*, 1> events{&pong};
-    for (int i = 0; i < kRounds; ++i) {
-        ping.Set();
-        ASSERT_EQ(os::waitAny(events), 0U);
-        ASSERT_EQ(value, i + 1);
-    }
-    other.join();
-}
-
-TEST(Event, AnAutomaticOneLetsOneWaiterGoOn) {
-    os::Event gate(os::Event::Reset::automatic);
+TEST(Event, AnAutomaticOneLetsOneWaiterGoOnAndNoneIsMissed) {
+    os::Event gate(os::Event::Reset::automatic), progress(os::Event::Reset::automatic);
     os::Event stop(os::Event::Reset::manual);
-    std::atomic<int> passed{0};
-    os::Event progress(os::Event::Reset::automatic);
+    int passed = 0;  // handed to and fro by the events alone
     std::vector<std::thread> waiters;
     for (int i = 0; i < 3; ++i) {
         waiters.emplace_back([&] {
@@ -77,7 +51,7 @@ TEST(Event, AnAutomaticOneLetsOneWaiterGoOn) {
         });
     }
     const std::array<os::Event*, 1> events{&progress};
-    for (int i = 1; i <= 100; ++i) {
+    for (int i = 1; i <= 20000; ++i) {
         gate.Set();
         ASSERT_EQ(os::waitAny(events), 0U);
         ASSERT_EQ(passed, i);
@@ -115,18 +89,16 @@ TEST(Watchdog, TellsWhoHasGoneSilent) {
     CWatchdogClient supervised("Decoder", 1000);
     CWatchdogClient sleeper("Writer", 0);
     const auto overdue = [] {
-        std::vector<std::string> names;
-        for (const auto& thread : CWatchdogClient::GetThreads()) {
-            if (thread.overdue()) names.push_back(thread.info);
-        }
+        std::string names;
+        for (const auto& thread : CWatchdogClient::GetThreads()) names += thread.overdue() ? thread.info : "";
         return names;
     };
     clock.ticks += 1000;
-    EXPECT_THAT(overdue(), IsEmpty());
+    EXPECT_EQ(overdue(), "");
     clock.ticks += 1;
-    EXPECT_THAT(overdue(), ElementsAre("Decoder"));
+    EXPECT_EQ(overdue(), "Decoder");
     supervised.NotifyWatchdog();
-    EXPECT_THAT(overdue(), IsEmpty());
+    EXPECT_EQ(overdue(), "");
     EXPECT_EQ(CWatchdogClient::GetThreads().at(1).silence, 1001U);
     sleeper.NotifyWatchdogThisThreadClosing();
     EXPECT_EQ(CWatchdogClient::GetThreads().size(), 1U);
@@ -142,46 +114,13 @@ TEST(DualPriorityQueue, HighBeforeLowEachInItsOrderUpToTheBound) {
     EXPECT_TRUE(queue.Pop(text));
     order.push_back(text);
     EXPECT_TRUE(queue.Push("high 1", Queue::Level::high)) << "a level of its own";
-    EXPECT_TRUE(queue.Push("high 2", Queue::Level::high));
-    EXPECT_TRUE(queue.Push("low 4", Queue::Level::low));
+    EXPECT_TRUE(queue.Push("high 2", Queue::Level::high) && queue.Push("low 4", Queue::Level::low));
     while (queue.Pop(text)) order.push_back(text);
     EXPECT_THAT(order, ElementsAre("low 1", "high 1", "high 2", "low 2", "low 3", "low 4"));
     const CMonitorTree& tree = CMonitorTree::getInstance();
     EXPECT_EQ(tree.value("Queue/Test/Low", "In"), 4.0);
     EXPECT_EQ(tree.value("Queue/Test/Low", "Out"), 4.0);
     EXPECT_EQ(tree.value("Queue/Test/High", "Size"), 0.0);
-}
-
-TEST(DualPriorityQueue, ManyProducersLoseAndMixNothing) {
-    constexpr int kProducers = 4;
-    constexpr int kEach = 20000;
-    using Element = std::pair<int, int>;
-    using Queue = CDualPriorityQueue<Element>;
-    Queue queue("Test", kProducers * kEach);
-    std::barrier start(kProducers + 1);
-    std::vector<std::thread> producers;
-    for (int producer = 0; producer < kProducers; ++producer) {
-        producers.emplace_back([&, producer] {
-            start.arrive_and_wait();
-            for (int i = 0; i < kEach; ++i) {
-                ASSERT_TRUE(queue.Push({producer, i}, producer == 0 ? Queue::Level::high : Queue::Level::low));
-            }
-        });
-    }
-    start.arrive_and_wait();
-    std::array<int, kProducers> next{};
-    Element element;
-    for (int popped = 0; popped < kProducers * kEach;) {
-        if (!queue.Pop(element)) {
-            std::this_thread::yield();
-            continue;
-        }
-        ASSERT_EQ(element.second, next.at(static_cast<std::size_t>(element.first))++);
-        ++popped;
-    }
-    for (std::thread& producer : producers) producer.join();
-    EXPECT_TRUE(queue.empty());
-    EXPECT_FALSE(queue.Pop(element));
 }
 
 TEST(MonitorExport, TheFileFollowsTheTreeAndAFailureIsLoggedOnce) {

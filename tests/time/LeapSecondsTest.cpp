@@ -3,12 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <limits>
-#include <string>
+#include <functional>
 #include <thread>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 #include "halvex/platform/bss/GpsC.h"
 #include "halvex/platform/kernix/Logging.h"
@@ -43,6 +39,7 @@ public:
     SGPSLeapSeconds automatic{17, 18, kJanuary2017, 57662};
     SGPSLeapSeconds manual;
     bool loads = true;
+    std::function<void()> meanwhile;  ///< done once, when a manual set has been read or is about to be stored
 
     Events take() { return std::exchange(m_events, {}); }
 
@@ -53,17 +50,13 @@ public:
         add("rejected", {ls, lsf, lsfMjd, 0});
     }
     bool SaveManual(const SGPSLeapSeconds& set) override {
-        add("save manual", set);
-        manual = set;
-        return false;  // nobody minds
+        interrupt();
+        return add("save manual", manual = set);
     }
-    bool SaveAuto(const SGPSLeapSeconds& set) override {
-        add("save auto", set);
-        automatic = set;
-        return false;
-    }
+    bool SaveAuto(const SGPSLeapSeconds& set) override { return add("save auto", automatic = set); }
     bool LoadManual(SGPSLeapSeconds& set) override {
         set = manual;
+        interrupt();
         return loads;
     }
     bool LoadAuto(SGPSLeapSeconds& set) override {
@@ -75,13 +68,16 @@ public:
     }
 
 private:
-    void add(const std::string& what, const SGPSLeapSeconds& set) {
-        int ls = 0;
-        int lsf = 0;
-        int lsfMjd = 0;
+    void interrupt() {
+        if (const auto now = std::exchange(meanwhile, nullptr)) now();
+    }
+    /// False, as from a store that fails: nobody minds.
+    bool add(const std::string& what, const SGPSLeapSeconds& set) {
+        int ls = 0, lsf = 0, lsfMjd = 0;
         GetGPSLeapSeconds(SMjdTime(57000.0), ls, lsf, lsfMjd);
         m_events.push_back(what + " " + std::to_string(set.leapSeconds) + " " + std::to_string(set.leapSecondsFuture) +
                            " " + std::to_string(set.leapSecondsFutureMjd) + " " + std::to_string(set.confirmMjd));
+        return false;
     }
     Events m_events;
     ScopedLogSink m_log;
@@ -97,9 +93,7 @@ protected:
     }
 
     static Values inForce() {
-        int ls = -1;
-        int lsf = -1;
-        int lsfMjd = -1;
+        int ls = -1, lsf = -1, lsfMjd = -1;
         return GetGPSLeapSecondsData(ls, lsf, lsfMjd) ? Values(ls, lsf, lsfMjd) : Values(-2, -2, -2);
     }
     /// Counts, week and day number of the central store; zeros when it is empty.
@@ -139,15 +133,6 @@ TEST_F(LeapSeconds, AnUnsetInstantMeansNowForAGivenTable) {
     EXPECT_EQ(Values(ls, lsf, lsfMjd), Values(18, 18, kJanuary2017)) << "the first is that of the instant";
 }
 
-TEST_F(LeapSeconds, WithoutATableNothingIsTakenOrHarmed) {
-    UpdateCentralLeapSecondsFromDB();
-    CGPSLeapSeconds::ShutDown(true);
-    EXPECT_FALSE(SetAutomaticGPSLeapSeconds(&m_record, 18, 19, kJuly2017, 0));
-    EXPECT_FALSE(SetManualGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
-    EXPECT_FALSE(SetSimulationGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
-    EXPECT_TRUE(m_record.take().empty());
-}
-
 TEST_F(LeapSeconds, LoadingRollsAChangeThatHasPassedAndSavesItBack) {
     m_clock.utc = TestClock::stamp(2017, 1, 1, 23);  // by day: not yet
     InitCentralLeapSeconds();
@@ -160,7 +145,6 @@ TEST_F(LeapSeconds, LoadingRollsAChangeThatHasPassedAndSavesItBack) {
     EXPECT_EQ(inForce(), Values(18, 19, kJuly2017));
     EXPECT_EQ(central(), std::tuple(18, 19, 1955, 7));
     EXPECT_EQ(m_tree.value("LeapSeconds/Automatic", "Current"), 18.0);
-    EXPECT_EQ(m_tree.value("LeapSeconds/Automatic", "ConfirmedMjd"), 57662.0);
     EXPECT_EQ(m_tree.value("LeapSeconds/Manual", "FutureMjd"), 57935.0);
 }
 
@@ -175,16 +159,23 @@ TEST_F(LeapSeconds, AClearedManualSetOrAFailedLoadIsNoEntry) {
     UpdateCentralLeapSecondsFromDB();
     EXPECT_EQ(inForce(), Values(17, 18, kJanuary2017));
     EXPECT_TRUE(m_record.take().empty()) << "what could not be loaded is not saved over";
+    CGPSLeapSeconds::ShutDown(false);
+    InitCentralLeapSeconds();
+    CGPSLeapSeconds::ShutDown(true);
+    EXPECT_TRUE(m_record.take().empty()) << "nor at the end";
 }
 
-TEST_F(LeapSeconds, ShuttingDownSavesWhenTold) {
+TEST_F(LeapSeconds, ShuttingDownSavesWhenToldAndThenNothingIsTaken) {
     for (const bool persist : {true, false}) {
         InitCentralLeapSeconds();
         m_record.take();
         CGPSLeapSeconds::ShutDown(persist);
         EXPECT_EQ(m_record.take().size(), persist ? 2U : 0U);
-        EXPECT_FALSE(CGPSLeapSeconds::hasInstance());
         EXPECT_TRUE(m_tree.snapshot().empty());
+        EXPECT_FALSE(SetAutomaticGPSLeapSeconds(&m_record, 18, 19, kJuly2017, 0) ||
+                     SetManualGPSLeapSeconds(&m_record, 18, 19, kJuly2017));
+        UpdateCentralLeapSecondsFromDB();
+        EXPECT_TRUE(m_record.take().empty());
     }
 }
 
@@ -230,8 +221,7 @@ TEST_F(LeapSeconds, ReadersSeeOneSetOrTheOther) {
     };
     ASSERT_TRUE(set(0));
     std::atomic<bool> stop{false};
-    std::atomic<int> wrong{0};
-    std::atomic<int> lookups{0};
+    std::atomic<int> wrong{0}, lookups{0};
     const auto read = [&] {
         while (!stop) {
             const Values seen = inForce();
@@ -240,8 +230,7 @@ TEST_F(LeapSeconds, ReadersSeeOneSetOrTheOther) {
             ++lookups;
         }
     };
-    std::thread first(read);
-    std::thread second(read);
+    std::thread first(read), second(read);
     for (int i = 1; i < 2000 || lookups < 2000; ++i) set(i % 2);
     stop = true;
     first.join();
@@ -249,26 +238,11 @@ TEST_F(LeapSeconds, ReadersSeeOneSetOrTheOther) {
     EXPECT_EQ(wrong, 0);
 }
 
-class LeapSecondUpdate : public LeapSecondTest {
-protected:
-    LeapSecondUpdate() {
-        InitCentralLeapSeconds();
-        m_record.take();
-    }
-};
-
 TEST(LeapSecondPlausibility, Table) {
-    constexpr int kMin = std::numeric_limits<std::int32_t>::min();
-    constexpr int kMax = std::numeric_limits<std::int32_t>::max();
+    constexpr int kMin = std::numeric_limits<std::int32_t>::min(), kMax = std::numeric_limits<std::int32_t>::max();
     const SGPSLeapSeconds usual(17, 18, kJanuary2017, 57760);
     const SGPSLeapSeconds before(16, 17, 57204, 57700);  // the change of July 2015
-    struct Row {
-        const char* what;
-        SGPSLeapSeconds old;
-        int ls, lsf, lsfMjd, today;
-        bool bypass, want;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, SGPSLeapSeconds, int, int, int, int, bool, bool> rows[] = {
         {"repeated announcement, whatever the LS", usual, 5, 18, kJanuary2017, 57764, false, true},
         {"no day", usual, 18, 19, 0, 57764, true, false},
         {"two seconds at once", usual, 17, 19, kJuly2017, 57764, true, false},
@@ -284,32 +258,34 @@ TEST(LeapSecondPlausibility, Table) {
         {"stored set 91 days old", usual, 30, 31, 60000, 57851, false, false},
         {"stored set 92 days old", usual, 30, 31, 60000, 57852, false, true},
     };
-    for (const Row& row : rows) {
-        const SMjdTime now = SMjdTime::FromDayAndMilliseconds(row.today, 43200000.0);
-        EXPECT_EQ(CGPSLeapSeconds::ValidateGPSLeapSeconds(row.old, {row.ls, row.lsf, row.lsfMjd, 0}, now, row.bypass),
-                  row.want)
-            << row.what;
+    for (const auto& [what, old, ls, lsf, lsfMjd, today, bypass, want] : rows) {
+        const SMjdTime now = SMjdTime::FromDayAndMilliseconds(today, 43200000.0);
+        EXPECT_EQ(CGPSLeapSeconds::ValidateGPSLeapSeconds(old, {ls, lsf, lsfMjd, 0}, now, bypass), want) << what;
     }
 }
 
-TEST_F(LeapSecondUpdate, ARepeatedAnnouncementOnlyConfirms) {
+class LeapSecondUpdate : public LeapSecondTest {
+protected:
+    LeapSecondUpdate() {
+        InitCentralLeapSeconds();
+        m_record.take();
+    }
+};
+
+TEST_F(LeapSecondUpdate, ARepeatedAnnouncementOnlyConfirmsAndRejectedValuesChangeNothing) {
     EXPECT_TRUE(SetAutomaticGPSLeapSeconds(&m_record, 5, 18, kJanuary2017, 0));
     EXPECT_EQ(m_record.take(), Events{"save auto 17 18 57754 57681"});
     EXPECT_EQ(central(), std::tuple(0, 0, 0, 0)) << "nothing changed, nothing is handed on";
     EXPECT_EQ(m_tree.value("LeapSeconds/Automatic", "ConfirmedMjd"), 57681.0);
-}
 
-TEST_F(LeapSecondUpdate, RejectedValuesChangeNothing) {
     const std::string text =
         "Automatic Leap Second (LS, LSF, LSF_MJD) change REJECTED from (17, 18, 57754) to (18, 19, 57800)";
     const std::uint32_t mask = CTraceUtil::SetEnabled(512);
     EXPECT_FALSE(SetAutomaticGPSLeapSeconds(&m_record, 18, 19, 57800, 0));
     CTraceUtil::SetEnabled(mask);
-    const Events events = m_record.take();
-    const std::string source = "CGPSLeapSeconds::SetAutomaticGPSLeapSeconds 2 ";
-    EXPECT_THAT(events,
-                testing::UnorderedElementsAre("Trace 1 [512] " + text, source + text, "rejected 17 18 57754 0"));
-    EXPECT_EQ(events.back(), "rejected 17 18 57754 0");
+    EXPECT_THAT(m_record.take(),
+                testing::UnorderedElementsAre("Trace 1 [512] " + text, "rejected 17 18 57754 0",
+                                              "CGPSLeapSeconds::SetAutomaticGPSLeapSeconds 2 " + text));
     EXPECT_EQ(inForce(), Values(17, 18, kJanuary2017));
 }
 
@@ -323,15 +299,9 @@ TEST_F(LeapSecondUpdate, AcceptedValuesGoEverywhereInOrder) {
         << "the change that has passed is rolled";
     EXPECT_EQ(central(), std::tuple(18, 18, 1930, 1));
 
-    EXPECT_TRUE(SetAutomaticGPSLeapSeconds(&m_record, 18, 19, kJuly2017, 0));
-    EXPECT_EQ(m_record.take(), (Events{start + "(18, 18, 57754) to (18, 19, 57935)", "accepted 18 19 57935 0",
-                                       "save auto 18 19 57935 57764"}));
-    EXPECT_EQ(central(), std::tuple(18, 19, 1955, 7));
-    EXPECT_EQ(m_tree.value("LeapSeconds/Automatic", "Future"), 19.0);
-
     m_clock.utc = TestClock::stamp(2017, 1, 12);
     EXPECT_TRUE(SetAutomaticGPSLeapSeconds(&m_record, 30, 31, 50000, 3));
-    EXPECT_EQ(m_record.take(), (Events{start + "(18, 19, 57935) to (30, 31, 50000)", "accepted 30 31 50000 0"}))
+    EXPECT_EQ(m_record.take(), (Events{start + "(18, 18, 57754) to (30, 31, 50000)", "accepted 30 31 50000 0"}))
         << "bypass: not rolled, not saved";
     EXPECT_EQ(m_tree.value("LeapSeconds/Automatic", "ConfirmedMjd"), 57764.0);
 }
@@ -342,21 +312,27 @@ TEST_F(LeapSecondUpdate, AManualEntryOverridesUntilItIsCleared) {
     EXPECT_TRUE(SetManualGPSLeapSeconds(&m_record, 20, 21, kJuly2017));
     EXPECT_EQ(m_record.take(), (Events{start + "(0, 0, 0) to (20, 21, 57935)", "save manual 20 21 57935 57681",
                                        "accepted 20 21 57935 0"}));
-    EXPECT_EQ(inForce(), Values(20, 21, kJuly2017));
-    EXPECT_EQ(central(), std::tuple(20, 21, 1955, 7));
-
     m_clock.utc = TestClock::stamp(2017, 1, 11);
     EXPECT_TRUE(SetAutomaticGPSLeapSeconds(nullptr, 17, 18, kJanuary2017, 0));
     EXPECT_EQ(inForce(), Values(20, 21, kJuly2017));
-    EXPECT_EQ(central(), std::tuple(20, 21, 1955, 7));
     m_record.take();
 
     EXPECT_TRUE(CGPSLeapSeconds::getInstance().SetManualGPSLeapSeconds(&m_record, 0, 0, 0, 1));
     EXPECT_EQ(m_record.take(),
               (Events{start + "(20, 21, 57935) to Automatic (18, 18, 57754)", "accepted 18 18 57754 0"}))
         << "flags 1: not saved";
-    EXPECT_EQ(inForce(), Values(18, 18, kJanuary2017));
     EXPECT_EQ(central(), std::tuple(18, 18, 1930, 1));
+}
+
+TEST_F(LeapSecondUpdate, WhatComesWhileSetsAreReadOrStoredIsTheLast) {
+    m_record.meanwhile = [] { SetManualGPSLeapSeconds(nullptr, 20, 21, kJuly2017); };
+    UpdateCentralLeapSecondsFromDB();
+    EXPECT_EQ(inForce(), Values(20, 21, kJuly2017));
+    EXPECT_EQ(valuesOf(m_record.manual), Values(20, 21, kJuly2017));
+    m_record.meanwhile = [] { SetManualGPSLeapSeconds(nullptr, 30, 31, kJuly2017); };
+    SetManualGPSLeapSeconds(nullptr, 25, 25, kJuly2017);
+    EXPECT_EQ(inForce(), Values(30, 31, kJuly2017));
+    EXPECT_EQ(valuesOf(m_record.manual), Values(30, 31, kJuly2017)) << "not the one before, which was stored later";
 }
 
 TEST_F(LeapSecondUpdate, SimulationFillsInAndClearsTheManualSet) {

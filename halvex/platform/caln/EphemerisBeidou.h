@@ -38,6 +38,7 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_BEIDOU : CALX_SAT_EPHEMERIS_COMMON,
     double tgdB1Cp = 0.0, tgdB2ap = 0.0, tgdB2bI = 0.0;                 ///< group delays [s]
     double top = 0.0;                                                   ///< time of the prediction [s of week]
 
+    using CALX_SAT_EPHEMERIS_COMMON::GetSatId;
     /// Geostationary by its number: 1 to 5 and 59 to 63.
     [[nodiscard]] bool isGeostationary() const { return (satId >= 1 && satId <= 5) || (satId >= 59 && satId <= 63); }
     [[nodiscard]] bool isHealthy() const { return health == 0; }

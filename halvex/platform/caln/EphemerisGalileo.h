@@ -33,6 +33,9 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_GALILEO : CALX_SAT_EPHEMERIS_COMMON,
     unsigned short pageType1Week = 0;  ///< when page type 1 was sent, GPS week
     double pageType1Seconds = 0.0;     ///< and second of week
 
+    using CALX_SAT_EPHEMERIS_COMMON::GetReferenceTime;
+    using CALX_SAT_EPHEMERIS_COMMON::GetRefTimeClock;
+    using CALX_SAT_EPHEMERIS_COMMON::GetRefTimeOrbit;
     /// The number; the raw byte holds it plus 56.
     [[nodiscard]] unsigned int GetSatId() const { return static_cast<unsigned char>(satId - 56U); }
     [[nodiscard]] unsigned int GetNavigationType() const { return navType; }

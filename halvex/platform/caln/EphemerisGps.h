@@ -35,6 +35,10 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS : CALX_SAT_EPHEMERIS_COMMON, halvex::Per
     double top = 0.0;                                      ///< time of the prediction [s of week]
     double delayTerm1 = 0.0, delayTerm2 = 0.0;             ///< further delays [s], carried for the library
 
+    using CALX_SAT_EPHEMERIS_COMMON::GetReferenceTime;
+    using CALX_SAT_EPHEMERIS_COMMON::GetRefTimeClock;
+    using CALX_SAT_EPHEMERIS_COMMON::GetRefTimeOrbit;
+    using CALX_SAT_EPHEMERIS_COMMON::GetSatId;
     [[nodiscard]] bool isHealthy() const { return health == 0; }
 
     friend bool operator==(const CALX_SAT_EPHEMERIS&, const CALX_SAT_EPHEMERIS&) = default;

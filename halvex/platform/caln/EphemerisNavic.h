@@ -13,6 +13,10 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_NAVIC : CALX_SAT_EPHEMERIS_COMMON,
     double ura = 0.0;           ///< user range accuracy [m]
     double tgd = 0.0;           ///< group delay [s]
 
+    using CALX_SAT_EPHEMERIS_COMMON::GetReferenceTime;
+    using CALX_SAT_EPHEMERIS_COMMON::GetRefTimeClock;
+    using CALX_SAT_EPHEMERIS_COMMON::GetRefTimeOrbit;
+    using CALX_SAT_EPHEMERIS_COMMON::GetSatId;
     [[nodiscard]] unsigned int GetSatId1Based() const { return satId; }
     [[nodiscard]] bool isHealthy() const { return health == 0; }
 

@@ -71,15 +71,15 @@ struct HALVEX_EXPORT CALX_SAT_EPHEMERIS_COMMON : CALX_SAT_EPHEMERIS_BASE {
     double af1 = 0.0;                 ///< clock drift [s/s]
     double af2 = 0.0;                 ///< clock drift rate [s/s^2]
 
+    friend bool operator==(const CALX_SAT_EPHEMERIS_COMMON&, const CALX_SAT_EPHEMERIS_COMMON&) = default;
+
+protected:
+    // The forms of most systems. Only the system's own record knows whether they are its own, so it makes them public.
     [[nodiscard]] unsigned int GetSatId() const { return satId; }
     /// toe and toc as instants on the GPS scale.
     [[nodiscard]] SMjdTime GetReferenceTime() const { return GetRefTimeOrbit(); }
     [[nodiscard]] SMjdTime GetRefTimeOrbit() const { return {int{week}, toe}; }
     [[nodiscard]] SMjdTime GetRefTimeClock() const { return {int{week}, tocFromWeek()}; }
-
-    friend bool operator==(const CALX_SAT_EPHEMERIS_COMMON&, const CALX_SAT_EPHEMERIS_COMMON&) = default;
-
-protected:
     /// toc counted from the begin of toe's week: it may lie in a neighbouring one.
     [[nodiscard]] double tocFromWeek() const {
         constexpr double kWeek = 604800.0;

@@ -25,6 +25,7 @@ namespace kepler = halvex::kepler;
 
 constexpr bool kRead = false;
 constexpr bool kWrite = true;
+constexpr unsigned int kMostKeptEpochs = 1024;
 constexpr double kAlmanacTimeframe = 1209600.0;  // two weeks
 constexpr auto kAllSatellites = static_cast<std::size_t>(halvex::kSatellites);
 
@@ -105,6 +106,7 @@ public:
         return best;
     }
     [[nodiscard]] bool empty() const { return m_orbits.empty(); }
+    [[nodiscard]] const SMjdTime& latest() const { return m_orbits.back().reference; }
     void clear() { m_orbits.clear(); }
 
 private:
@@ -178,6 +180,13 @@ struct ExtCalElevAziCalculator::State {
         return true;
     }
 
+    /// No later ephemeris of the satellite is there.
+    bool isLatest(const SCalSatID& id, const SMjdTime& reference) {
+        const CReadWriteLock guard(lock, kRead);
+        const History& history = ephemerides[static_cast<std::size_t>(halvex::satelliteIndex(id))];
+        return history.empty() || history.latest() <= reference;
+    }
+
     template <class Record>
     bool takeKepler(const SCalSatID& id, eCALEPHEMERISTYPE type, const Record& record, double reference,
                     const kepler::Constants& constants, double lag = 0.0, bool geostationary = false) {
@@ -244,7 +253,7 @@ ExtCalElevAziCalculator::ExtCalElevAziCalculator(unsigned int orbitsPerSatellite
                                                  unsigned int timeframeMinutes, ExtCalOrbitConsumer* consumer)
     : m_state(std::make_unique<State>()) {
     m_state->capacity = orbitsPerSatellite != 0 ? orbitsPerSatellite : 64;
-    m_state->epochs.resize(keptEpochs != 0 ? keptEpochs : 4);
+    m_state->epochs.resize(keptEpochs != 0 ? std::min(keptEpochs, kMostKeptEpochs) : 4);
     m_state->timeframe = timeframeMinutes * 60.0;
     m_state->consumer = consumer;
 }
@@ -324,11 +333,17 @@ bool ExtCalElevAziCalculator::ProcessGLOEphemeris(const Message<CALX_SAT_EPHEMER
     // Integration takes a step for every 500 s: a second that is none of a week must not keep it busy for ever.
     if (!(message->referenceSeconds >= 0.0 && message->referenceSeconds <= kepler::kWeek)) return false;
     const SCalSatID id = idOf(eCALSATSYSTEM_GLONASS, message->satId);
-    setGlonassChannel(id, message->frequencyNumber);
-    return m_state->take(
-        id, eCALEPHEMERISTYPE_EPHEMERIS,
-        {message->GetReferenceTime(), message->isHealthy(),
-         GlonassOrbit{{p[0], p[1], p[2], v[0], v[1], v[2]}, {a[0], a[1], a[2]}, message->referenceSeconds}});
+    const SMjdTime reference = message->GetReferenceTime();
+    if (!m_state->take(
+            id, eCALEPHEMERISTYPE_EPHEMERIS,
+            {reference, message->isHealthy(),
+             GlonassOrbit{{p[0], p[1], p[2], v[0], v[1], v[2]}, {a[0], a[1], a[2]}, message->referenceSeconds}})) {
+        return false;
+    }
+    if (CCalFrequencyMgr::isChannel(message->frequencyNumber) && m_state->isLatest(id, reference)) {
+        setGlonassChannel(id, message->frequencyNumber);
+    }
+    return true;
 }
 
 bool ExtCalElevAziCalculator::ProcessGPSAlmanach(const Message<CALX_SAT_ALMANAC>& message) {

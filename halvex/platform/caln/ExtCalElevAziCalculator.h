@@ -52,8 +52,8 @@ public:
     static constexpr int kBadInput = 2;  ///< an unset instant or a site that is none
 
     /// Numbers of 0 stand for the values in brackets. `orbitsPerSatellite` (64): ephemerides kept for each satellite,
-    /// the oldest go first. `keptEpochs` (4): epochs whose positions are kept. `timeframeMinutes` (the systems' own):
-    /// how far from its reference time an ephemeris is used. The consumer, if any, outlives the engine.
+    /// the oldest go first. `keptEpochs` (4, at most 1024): epochs whose positions are kept. `timeframeMinutes` (the
+    /// systems' own): how far from its reference time an ephemeris is used. The consumer, if any, outlives the engine.
     ExtCalElevAziCalculator(unsigned int orbitsPerSatellite, unsigned int keptEpochs, unsigned int timeframeMinutes,
                             ExtCalOrbitConsumer* consumer);
     ~ExtCalElevAziCalculator();
@@ -67,8 +67,8 @@ public:
 
     template <class Record>
     using Message = boost::shared_ptr<const BSS::TSK::MsgObjectT<Record>>;
-    /// Take an orbit over. False: it was refused, or is older than all that are kept. GLONASS ephemerides tell the
-    /// process's frequency manager their channel.
+    /// Take an orbit over. False: it was refused, or is older than all that are kept. The latest GLONASS
+    /// ephemeris of a satellite tells the process's frequency manager its channel.
     bool ProcessGPSEphemeris(const Message<CALX_SAT_EPHEMERIS>& message);
     bool ProcessGLOEphemeris(const Message<CALX_SAT_EPHEMERIS_GLONASS>& message);
     bool ProcessGALEphemeris(const Message<CALX_SAT_EPHEMERIS_GALILEO>& message);

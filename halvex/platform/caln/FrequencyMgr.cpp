@@ -54,7 +54,7 @@ void CCalFrequencyMgr::setGlonassChannel(const SCalSatID& id, int channel) {
     const auto index = indexOf(id);
     if (!index) return;
     const Held held(*m_lock);
-    m_channels[*index] = channel >= kLowestChannel && channel <= kHighestChannel ? channel : kUnknown;
+    m_channels[*index] = isChannel(channel) ? channel : kUnknown;
 }
 
 std::optional<int> CCalFrequencyMgr::getGlonassChannel(const SCalSatID& id) const {

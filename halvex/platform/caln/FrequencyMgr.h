@@ -16,6 +16,9 @@ class HALVEX_EXPORT CCalFrequencyMgr {
 public:
     static constexpr int kLowestChannel = -7;  ///< GLONASS ICD 5.1, 3.3.1.1
     static constexpr int kHighestChannel = 13;
+    [[nodiscard]] static constexpr bool isChannel(int channel) {
+        return channel >= kLowestChannel && channel <= kHighestChannel;
+    }
 
     /// Takes the lock that guards it over; null: one of its own.
     explicit CCalFrequencyMgr(CCalLock* lock);

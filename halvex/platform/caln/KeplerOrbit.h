@@ -82,8 +82,8 @@ inline Elements<double> elementsOf(const Record& r, const Constants& constants, 
     sineAndCosine(r.omega, o.sinOmega, o.cosOmega);
     o.omega0 = r.omega0;
     o.nodeRate = inertialNode ? r.omegaDot : r.omegaDot - constants.earthRate;
-    if constexpr (requires { r.toa; }) {  // an almanac
-        o.earthAngle = constants.earthRate * r.toa;
+    if constexpr (requires { r.toa; }) {  // an almanac, whose toa may lie behind its week
+        o.earthAngle = constants.earthRate * (r.toa - kWeek * std::floor(r.toa / kWeek));
         o.i0 = r.i;
     } else {
         o.meanMotion += r.deltaN;

@@ -49,7 +49,7 @@ struct SatelliteSystem {
     std::string_view name;
     char letter;              ///< of RINEX file and satellite names
     unsigned char maxNumber;  ///< satellites are numbered 1 to this
-    /// How long an ephemeris is the one to use: half of it on either side of its reference time [min]; 0 without any.
+    /// How far from its reference time, on either side, an ephemeris is used [min]; 0 without any.
     double ephemerisMinutes;
     /// How much faster an ephemeris gets worse before its reference time than behind it. Galileo and BeiDou make theirs
     /// for the hours that follow: against precise orbits Galileo's are off by twice as much an hour ahead, BeiDou's

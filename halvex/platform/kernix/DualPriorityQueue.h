@@ -38,8 +38,8 @@ public:
         {
             const std::lock_guard lock(m_lock);
             m_waiting.push_back(std::move(holder));
+            m_pushed.fetch_add(1);
         }
-        m_pushed.fetch_add(1);
         return true;
     }
 
@@ -105,7 +105,7 @@ private:
     std::vector<Holder> m_waiting;  // guarded by m_lock
     alignas(kCacheLine) LockFreeSpinLock m_spareLock;
     std::vector<Holder> m_spare;  // guarded by m_spareLock
-    /// Counted after the push: an element may be popped before it counts.
+    /// Counted under m_lock: what is taken over has been counted, or the taker would forget of it.
     alignas(kCacheLine) std::atomic<std::int64_t> m_pushed{0};
     /// Written by the popping thread alone.
     alignas(kCacheLine) std::atomic<std::int64_t> m_popped{0};

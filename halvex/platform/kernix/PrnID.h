@@ -37,6 +37,9 @@ public:
     bool setPrnType(PrnType type);
     [[nodiscard]] unsigned char getPrn() const { return m_number; }
     [[nodiscard]] PrnType getPrnType() const { return m_type; }
+    /// The same; both spellings are in use.
+    [[nodiscard]] unsigned char GetPrn() const { return getPrn(); }
+    [[nodiscard]] PrnType GetPrnType() const { return getPrnType(); }
 
     /// Number and type are there.
     [[nodiscard]] bool IsSet() const { return m_number != 0 && m_type != PRN_NONE; }

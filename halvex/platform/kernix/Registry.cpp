@@ -152,9 +152,10 @@ private:
             m_reported = false;
             return true;
         }
-        std::ifstream stream(file, std::ios::binary);
+        std::ifstream stream;
+        if (fs::is_regular_file(status)) stream.open(file, std::ios::binary);  // a pipe would have to be waited for
         std::ostringstream text;
-        if (!fs::is_regular_file(status) || !stream || (stream.peek() != EOF && !(text << stream.rdbuf()))) {
+        if (!stream.is_open() || (stream.peek() != EOF && !(text << stream.rdbuf()))) {
             report(file.string() + ": cannot be read");
             return false;
         }

@@ -92,7 +92,7 @@ SetWriter::SetWriter(std::string base, const rinex::ObservationHeader& header, E
     std::error_code error;
     bool opened = false;
     if (m_writer != nullptr) {
-        m_failedBefore = m_writer->FailedRequests();
+        m_failedBefore = m_writer->FailedOperations();
         opened = m_requests.emplace(*m_writer).Open(m_base.c_str(), error);
     } else {
         opened = m_file.Open(m_base.c_str(), false);
@@ -123,7 +123,7 @@ void SetWriter::check(std::error_code error) const {
 }
 
 void SetWriter::checkLost() const {
-    const std::uint64_t lost = m_writer->FailedRequests() - m_failedBefore;
+    const std::uint64_t lost = m_writer->FailedOperations() - m_failedBefore;
     if (lost == 0) return;
     // Others that stand behind the lost ones may have been written: continuing this set would not bring them back.
     throw Failure(fmt::format("{}: {} writes failed, see the log; remove the set and archive again", m_base, lost));
