@@ -1,7 +1,6 @@
 #pragma once
 
 #include <boost/make_shared.hpp>
-#include <vector>
 
 #include "halvex/platform/bss/MsgObject.h"
 #include "halvex/platform/caln/SsrMessages.h"

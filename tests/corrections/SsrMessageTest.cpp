@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "tests/corrections/Messages.h"
@@ -127,17 +128,10 @@ TEST(SsrMessageBytes, Entries) {
 
 TEST(SsrMessageBytes, ListsInAList) {
     SSRPhaseBiasMsgT message;
-    message.system = eCALSATSYSTEM_GALILEO;
-    message.epoch = kEpoch;
-    message.multipleMessage = -2;
-    message.updateInterval = 5;
-    message.issueOfData = 0x11;
-    message.provider = 0x0102;
-    message.solution = 7;
-    message.referenceDatum = 1;
-    message.igsVersion = 2;
-    message.dispersiveBiasConsistency = 1;
-    message.melbourneWuebbenaConsistency = 3;
+    message.system = eCALSATSYSTEM_GALILEO, message.epoch = kEpoch, message.multipleMessage = -2;
+    message.updateInterval = 5, message.issueOfData = 0x11, message.provider = 0x0102, message.solution = 7;
+    message.referenceDatum = 1, message.igsVersion = 2;
+    message.dispersiveBiasConsistency = 1, message.melbourneWuebbenaConsistency = 3;
     message.entries = {{{eCALSATSYSTEM_GALILEO, 1}, 0x0203, -2, {}},
                        {{eCALSATSYSTEM_GALILEO, 2}, 4, 5, {{6, 1, 2, 9, -10}, {7, 0, 3, 8, 11}}}};
     Bytes bytes = saved(message);
@@ -145,32 +139,25 @@ TEST(SsrMessageBytes, ListsInAList) {
                          "02000000 03 01 0302 FEFF 00000000"
                          "03 02 0400 0500 02000000 06 01 02 09 F6FFFFFF 07 00 03 08 0B000000"));
 
-    struct Row {
-        const char* what;
-        std::size_t at;
-        const char* bytes;
-        bool loads;
-    };
-    const Row rows[] = {{"version", 0, "01", false},
-                        {"another kind", 2, "06", false},
-                        {"no kind", 2, "00", false},
-                        {"a system that has no slot", 6, "09", false},
-                        {"the last slot", 6, "08", true},
-                        {"no epoch: infinite milliseconds", 11, "000000000000F07F", false},
-                        {"no epoch: days beyond the last", 7, "FFFFFF7F 0000000000000042", false},
-                        {"more entries than bytes", 32, "03", false},
-                        {"all the entries that there can be", 32, "FFFFFFFF", false},
-                        {"fewer entries", 32, "01", true},
-                        {"an inner list longer than the rest", 52, "03", false},
-                        {"an inner list of any length", 52, "FFFFFFFF", false}};
-    for (const Row& row : rows) {
+    const std::tuple<const char*, int, const char*, bool> rows[] = {
+        {"version", 0, "01", false},
+        {"another kind", 2, "06", false},
+        {"no kind", 2, "00", false},
+        {"a system that has no slot", 6, "09", false},
+        {"no epoch: infinite milliseconds", 11, "000000000000F07F", false},
+        {"no epoch: days beyond the last", 7, "FFFFFF7F 0000000000000042", false},
+        {"more entries than bytes", 32, "03", false},
+        {"all the entries that there can be", 32, "FFFFFFFF", false},
+        {"fewer entries", 32, "01", true},
+        {"an inner list longer than the rest", 52, "03", false},
+        {"an inner list of any length", 52, "FFFFFFFF", false}};
+    for (const auto& [what, at, patch, loads] : rows) {
         Bytes damaged = bytes;
-        const Bytes patch = hex(row.bytes);
-        std::copy(patch.begin(), patch.end(), damaged.begin() + static_cast<std::ptrdiff_t>(row.at));
+        std::ranges::copy(hex(patch), damaged.begin() + at);
         SSRPhaseBiasMsgT loaded = message;
         std::uint64_t used = 1;
-        EXPECT_EQ(loaded.loadData(damaged.data(), damaged.size(), used), row.loads) << row.what;
-        EXPECT_EQ(loaded == message && used == 0, !row.loads) << row.what;
+        EXPECT_EQ(loaded.loadData(damaged.data(), damaged.size(), used), loads) << what;
+        EXPECT_EQ(loaded == message && used == 0, !loads) << what;
     }
 }
 

@@ -94,7 +94,6 @@ TEST(Almanac, FaultsAndWhereItGoesOn) {
         {yuma(" 819\n", " 65536\n"), "! f:2: satellite 1: the week is not 0 to 65535\nG1 at 17\n"},
         {yuma("week:                        819\n", ""), "! f:13: the record ends here without \"week\"\nG1 at 16\n"},
         {sem("\n62\n", "\n"), "! f:11: this line of a record holds one whole number\nG5 at 12\n"},
-        {sem("\n0\n", "\nx\n"), "! f:6: this line of a record holds one whole number\nG5 at 13\n"},
         {sem("E-0011", "E-0011 1"), "! f:9: this line of a record holds three numbers\nG5 at 13\n"},
         {"2\n819 1 1\n", "! f:2: the second line is not week and time of applicability\n"},
         {kSemHeader + kSem, "G5 at 4\n! f:11: 2 records are announced, 1 are here\n"},

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <tuple>
 
 #include "tests/formats/RinexText.h"
 
@@ -83,38 +84,30 @@ unsigned lockOf(const CHalvexObservation& observation) {
 }
 
 TEST(EpochBuilder, WhichCodeGoesToWhichSlot) {
-    struct Row {
-        const char* what;
-        const char* version;
-        std::string types;
-        char system;
-        const char* slots;  // the columns hold 1, 2, 3 ... in their order
-        std::uint64_t lost;
+    // What the slots hold of columns with 1, 2, 3 ... in their order, and how many values have no slot.
+    const std::tuple<const char*, const char*, std::string, const char*, unsigned> rows[] = {
+        {"GPS, all three", "3.05", "G    9 C1C C1W L1C D1C S1C C2W L2W C5Q L5Q", "C1P2L3D4S5|P6L7|C8L9", 0},
+        {"GPS L2: P(Y) before L2C", "3.05", "G    4 C2X L2X C2W L2W", "|C1P3L4|", 1},
+        {"GPS L1: C/A before P(Y)", "3.05", "G    4 L1W S1W L1C S1C", "L3S4||", 2},
+        {"companions of another signal", "3.05", "G    3 L1C D1W S1W", "L1D2S3||", 0},
+        {"no phase at all", "3.05", "G    2 D2X S2X", "|D1S2|", 0},
+        {"GLONASS", "3.05", "R    5 C1P L1P C2C L2C L3Q", "P1L2|C3L4|L5", 0},
+        {"GLONASS G1a has no slot", "3.05", "R    2 C4A C1C", "C2||", 1},
+        {"Galileo E5b between E1 and E5a", "3.05", "E    6 C1X C5X C7X C8X C6X L7X", "C1|C3L6|C2", 2},
+        {"SBAS", "3.05", "S    3 C1C L5I C5I", "C1||C3L2", 0},
+        {"BeiDou B1I, B2I, B3I", "3.05", "C    3 C2I C7I C6I", "C1|C2|C3", 0},
+        {"BeiDou B1C has no slot", "3.03", "C    2 C1X C7I", "|C2|", 1},
+        {"BeiDou B1I by its name in 3.02", "3.02", "C    3 C1I L1I C7I", "C1L2|C3|", 0},
+        {"QZSS", "3.05", "J    3 C1C L2X C5X", "C1|L2|C3", 0},
+        {"NavIC", "3.05", "I    2 C5A C9A", "||C1", 1},
     };
-    const Row rows[] = {
-        {"GPS, all three", "3.05", "G    9 C1C C1W L1C D1C S1C C2W L2W C5Q L5Q", 'G', "C1P2L3D4S5|P6L7|C8L9", 0},
-        {"GPS L2: P(Y) before L2C", "3.05", "G    4 C2X L2X C2W L2W", 'G', "|C1P3L4|", 1},
-        {"GPS L1: C/A before P(Y)", "3.05", "G    4 L1W S1W L1C S1C", 'G', "L3S4||", 2},
-        {"companions of another signal", "3.05", "G    3 L1C D1W S1W", 'G', "L1D2S3||", 0},
-        {"no phase at all", "3.05", "G    2 D2X S2X", 'G', "|D1S2|", 0},
-        {"GLONASS", "3.05", "R    5 C1P L1P C2C L2C L3Q", 'R', "P1L2|C3L4|L5", 0},
-        {"GLONASS G1a has no slot", "3.05", "R    2 C4A C1C", 'R', "C2||", 1},
-        {"Galileo E5b between E1 and E5a", "3.05", "E    6 C1X C5X C7X C8X C6X L7X", 'E', "C1|C3L6|C2", 2},
-        {"SBAS", "3.05", "S    3 C1C L5I C5I", 'S', "C1||C3L2", 0},
-        {"BeiDou B1I, B2I, B3I", "3.05", "C    3 C2I C7I C6I", 'C', "C1|C2|C3", 0},
-        {"BeiDou B1C has no slot", "3.03", "C    2 C1X C7I", 'C', "|C2|", 1},
-        {"BeiDou B1I by its name in 3.02", "3.02", "C    3 C1I L1I C7I", 'C', "C1L2|C3|", 0},
-        {"QZSS", "3.05", "J    3 C1C L2X C5X", 'J', "C1|L2|C3", 0},
-        {"NavIC", "3.05", "I    2 C5A C9A", 'I', "||C1", 1},
-    };
-    for (const Row& row : rows) {
-        std::string line = std::string(1, row.system) + "05";
-        const int count = std::stoi(row.types.substr(1, 5));
-        for (int i = 1; i <= count; ++i) line += field(i);
-        const Built built(header3(row.types, "", row.version) + epoch3(0.0, {line}));
-        ASSERT_EQ(built.stations.size(), 1U) << row.what;
-        EXPECT_EQ(slots(built.stations[0].observations()[0]), row.slots) << row.what;
-        EXPECT_EQ(built.builder->losses().total(), row.lost) << row.what;
+    for (const auto& [what, version, types, want, lost] : rows) {
+        std::string line = types.substr(0, 1) + "05";
+        for (int i = 1; i <= std::stoi(types.substr(1, 5)); ++i) line += field(i);
+        const Built built(header3(types, "", version) + epoch3(0.0, {line}));
+        ASSERT_EQ(built.stations.size(), 1U) << what;
+        EXPECT_EQ(slots(built.stations[0].observations()[0]), want) << what;
+        EXPECT_EQ(built.builder->losses().total(), lost) << what;
     }
 }
 
@@ -129,18 +122,11 @@ TEST(EpochBuilder, LossesNameTheCodeAndOutliveAChangeOfColumns) {
     EXPECT_EQ(flags(built.stations[1].observations()[0], 0), "P");  // the columns moved, the signal did not
 }
 
-/// Epochs 2 s apart, each the line of G05 behind "G05": flags and lock count of the first slot.
+/// Epochs 2 s apart, each with L1C and L1W of G05 and the epoch's flag: flags and lock count of the first slot.
 TEST(EpochBuilder, LossOfLockAndLockCounts) {
     const std::string none = field(0.0);
     const std::string l1c = field(5.0);
-    struct Step {
-        const char* what;
-        std::string line;  // L1C L1W
-        char flag;
-        const char* flags;
-        unsigned lock;
-    };
-    const Step steps[] = {
+    const std::tuple<const char*, std::string, char, const char*, unsigned> steps[] = {
         {"first sight", l1c, '0', "P", 0},
         {"goes on", l1c, '0', "P", 200},
         {"indicator", field(5.0, "1 "), '0', "LP", 0},
@@ -157,41 +143,35 @@ TEST(EpochBuilder, LossOfLockAndLockCounts) {
     };
     std::string text = header3("G    2 L1C L1W");
     double second = 0.0;
-    for (const Step& step : steps) {
-        text += epoch3(second, {"G05" + step.line}, step.flag);
+    for (const auto& [what, line, flag, letters, lock] : steps) {
+        text += epoch3(second, {"G05" + line}, flag);
         second += 2.0;
     }
     const Built built(text);
     ASSERT_EQ(built.stations.size(), std::size(steps));
-    for (std::size_t i = 0; i < std::size(steps); ++i) {
-        const CHalvexObservation& observation = built.stations[i].observations()[0];
-        EXPECT_EQ(flags(observation, 0), steps[i].flags) << steps[i].what;
-        EXPECT_EQ(lockOf(observation), steps[i].lock) << steps[i].what;
+    auto station = built.stations.begin();
+    for (const auto& [what, line, flag, letters, lock] : steps) {
+        const CHalvexObservation& observation = (station++)->observations()[0];
+        EXPECT_EQ(flags(observation, 0), letters) << what;
+        EXPECT_EQ(lockOf(observation), lock) << what;
     }
     EXPECT_EQ(built.builder->losses().powerFailures, 1U);
 }
 
 TEST(EpochBuilder, OldIndicatorsMeanWavelengthFactorsAndAntiSpoofing) {
-    struct Row {
-        const char* what;
-        char indicator;
-        const char* first;   // G05 on L1
-        const char* second;  // G06 on L2, whose factor is 2
-    };
-    const Row rows[] = {{"blank", ' ', "P", "W"},
-                        {"opposite factor", '2', "W", "P"},
-                        {"anti-spoofing", '4', "PA", "WA"},
-                        {"all of it", '7', "LWA", "LPA"}};
-    for (const Row& row : rows) {
-        const std::string digits = {row.indicator, ' '};
+    // Indicator, flags of G05 on L1, of G06 on L2, whose factor is 2: opposite factor, anti-spoofing, all of it.
+    const std::tuple<char, const char*, const char*> rows[] = {
+        {' ', "P", "W"}, {'2', "W", "P"}, {'4', "PA", "WA"}, {'7', "LWA", "LPA"}};
+    for (const auto& [indicator, first, second] : rows) {
+        const std::string digits = {indicator, ' '};
         const Built built(version("2.11", "G") + record("     2    L1    L2", "# / TYPES OF OBSERV") +
                           record("     1     1", "WAVELENGTH FACT L1/2") +
                           record("     1     2     1   G06", "WAVELENGTH FACT L1/2") + endOfHeader() +
                           " 21  1  1  0  0  0.0000000  0  2G05G06\n" + field(5, digits) + "\n" + field(0) +
                           field(6, digits) + "\n");
         ASSERT_EQ(built.stations.size(), 1U);
-        EXPECT_EQ(flags(built.stations[0].observations()[0], 0), row.first) << row.what;
-        EXPECT_EQ(flags(built.stations[0].observations()[1], 1), row.second) << row.what;
+        EXPECT_EQ(flags(built.stations[0].observations()[0], 0), first);
+        EXPECT_EQ(flags(built.stations[0].observations()[1], 1), second);
         EXPECT_EQ(built.builder->losses().lossOfLockBits, 0U);
     }
     const Built newer(header3("E    1 L1C") + epoch3(0.0, {"E05" + field(5, "4 ")}));
@@ -199,34 +179,26 @@ TEST(EpochBuilder, OldIndicatorsMeanWavelengthFactorsAndAntiSpoofing) {
 }
 
 TEST(EpochBuilder, EpochsBecomeGpsTime) {
-    struct Row {
-        const char* what;
-        std::string first;  // time system of TIME OF FIRST OBS
-        std::string leap;
-        const char* time;
-        unsigned week;
-        std::uint32_t milliseconds;
-        bool rounded;
+    // Time system of TIME OF FIRST OBS, LEAP SECONDS, printed time, GPS week and milliseconds, rounded epochs.
+    const std::tuple<const char*, const char*, std::string, unsigned, std::uint32_t, unsigned> rows[] = {
+        {"GPS", "", "2021 01 01 00 00  1.2340000", 2138, kFriday + 1234, 0},
+        {"BDT", "", "2021 01 01 00 00  0.0000000", 2138, kFriday + 14000, 0},
+        {"GLO", "", "2021 01 01 00 00  0.0000000", 2138, kFriday + 18000, 0},
+        {"GLO", "    17", "2021 01 01 00 00  0.0000000", 2138, kFriday + 17000, 0},
+        {"GLO", "", "2016 12 31 23 59 59.0000000", 1930, 16000, 0},
+        {"GLO", "", "2017 01 01 00 00  0.0000000", 1930, 18000, 0},
+        {"GPS", "", "2021 01 02 23 59 59.9996000", 2139, 0, 1},
+        {"GPS", "", "3236 01 06 00 00  0.0000000", 65535, 0, 0},
     };
-    const Row rows[] = {
-        {"GPS", "GPS", "", "2021 01 01 00 00  1.2340000", 2138, kFriday + 1234, false},
-        {"BeiDou time", "BDT", "", "2021 01 01 00 00  0.0000000", 2138, kFriday + 14000, false},
-        {"GLONASS time is UTC", "GLO", "", "2021 01 01 00 00  0.0000000", 2138, kFriday + 18000, false},
-        {"the header knows better", "GLO", "    17", "2021 01 01 00 00  0.0000000", 2138, kFriday + 17000, false},
-        {"before the last leap second", "GLO", "", "2016 12 31 23 59 59.0000000", 1930, 16000, false},
-        {"after it", "GLO", "", "2017 01 01 00 00  0.0000000", 1930, 18000, false},
-        {"rounded into the next week", "GPS", "", "2021 01 02 23 59 59.9996000", 2139, 0, true},
-        {"the last week that a record holds", "GPS", "", "3236 01 06 00 00  0.0000000", 65535, 0, false},
-    };
-    for (const Row& row : rows) {
-        std::string header =
-            record("  2021     1     1     0     0    0.0000000     " + row.first, "TIME OF FIRST OBS");
-        if (!row.leap.empty()) header += record(row.leap, "LEAP SECONDS");
-        const Built built(header3("G    1 C1C", header) + "> " + row.time + "  0  1\nG05" + field(1) + "\n");
-        ASSERT_EQ(built.stations.size(), 1U) << row.what;
-        EXPECT_EQ(built.stations[0].getGPSWeek(), row.week) << row.what;
-        EXPECT_EQ(built.stations[0].getGPSFraction(), row.milliseconds) << row.what;
-        EXPECT_EQ(built.builder->losses().roundedEpochs, row.rounded ? 1U : 0U) << row.what;
+    for (const auto& [system, leap, time, week, milliseconds, rounded] : rows) {
+        const std::string first = "  2021     1     1     0     0    0.0000000     ";
+        const Built built(header3("G    1 C1C", record(first + system, "TIME OF FIRST OBS") +
+                                                    (*leap != 0 ? record(leap, "LEAP SECONDS") : "")) +
+                          "> " + time + "  0  1\nG05" + field(1) + "\n");
+        ASSERT_EQ(built.stations.size(), 1U) << time;
+        EXPECT_EQ(built.stations[0].getGPSWeek(), week) << system << ' ' << time;
+        EXPECT_EQ(built.stations[0].getGPSFraction(), milliseconds) << system << ' ' << time;
+        EXPECT_EQ(built.builder->losses().roundedEpochs, rounded) << time;
     }
     const Built built(header3("G    1 C1C") +
                       "> 1979 12 01 00 00  0.0000000  0  0\n> 3250 12 01 00 00  0.0000000  0  0\n");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -12,17 +13,10 @@
 
 namespace halvex::test {
 
-/// A value as it is printed in the file: the text of its 14 columns without blanks, and its loss-of-lock column.
+/// A value as it is printed in the file ("-.353" and "-0.353" are the same), and whether lock was lost before it.
 struct PrintedValue {
-    std::string text;
-    char lossOfLock = ' ';
-    [[nodiscard]] bool lost() const { return lossOfLock != ' ' && (lossOfLock - '0') % 2 != 0; }
-    /// The number that the text stands for, in any locale.
-    [[nodiscard]] double number() const {
-        double value = 0.0;
-        std::from_chars(text.data() + (text[0] == '+' ? 1 : 0), text.data() + text.size(), value);
-        return value;
-    }
+    long long thousandths = 0;
+    bool lost = false;
 };
 
 /// An epoch with observations (flags 0, 1 and 6). Satellites are named "G05"; observations by their three-character
@@ -125,7 +119,11 @@ inline bool readIndependently(const std::string& name, const std::function<void(
                 if (column >= fields.size()) break;
                 const std::string field = (fields.substr(column, 16) + std::string(16, ' ')).substr(0, 16);
                 column += 16;
-                if (!stripped(field.substr(0, 14)).empty()) values[type] = {stripped(field.substr(0, 14)), field[14]};
+                const std::string digits = stripped(field.substr(0, 14));
+                double number = 0.0;
+                std::from_chars(digits.data() + digits.starts_with('+'), digits.data() + digits.size(), number);
+                const bool lost = field[14] != ' ' && (field[14] - '0') % 2 != 0;
+                if (!digits.empty()) values[type] = {std::llround(number * 1000.0), lost};
             }
         }
         take(epoch);

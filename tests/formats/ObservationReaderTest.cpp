@@ -143,13 +143,11 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
     const Row rows3[] = {
         {"> 2024 10 310 0 00  1.0000000  0  2\n", "5: the fields of the epoch's time are not where they belong"},
         {"> 2024 13 08 00 00  1.0000000  0  0\n", "5: the epoch's time \"2024 13 08 00 00  1.0000000\" is none"},
-        {">                              0  0\n", "5: the epoch has no time"},
         {"> 2024 07 08 00 00  1.0000000  0 -1\n", "5: the count \" -1\" behind the epoch flag is none"},
         {"> 2024 07 08 00 00  1.0000000  0  0      0.1x\n", "5: the receiver clock offset \"0.1x\" is no number"},
         {"G05\n", "5: an epoch line begins with \">\""},
         {"\n\n", "5: a blank line where an epoch should begin"},
         {one3 + "G45\n", "6: satellite G45: GPS has satellites 1 to 32"},
-        {one3 + "\n", "6: a satellite is missing"},
         {"> 2024 07 08 00 00  1.0000000  0  2\nG05\nG05\n", "7: satellite G05 stands twice in this epoch"},
         {one3 + "R05         1.000\n", "6: satellite R05: the header has no observation types of its system"},
         {one3 + "G05         1.000        1 .000\n", "6: G05: columns 20 to 33: \"      1 .000\" is no number"},
@@ -163,7 +161,6 @@ TEST(ObservationReader, FaultsAndWhereItGoesOn) {
 
     const std::string good2 = " 05  3 24 13 10  9.0000000  0  1G07\n         7.000\n";
     const Row rows2[] = {
-        {"05  3 24 13 10  1.0000000  0  1G05\n         5.000\n", "4: an epoch line begins with a blank"},
         {" 05  3 24 13 10  1.0000000  0  1G05G06\n         5.000\n", "4: more satellites than the 1 counted"},
         {" 05  3 24 13 10  1.0000000  0  2G05G06\n         5.000\n",
          "6: G06: columns 1 to 14: \" 05  3 24 13 1\" is no number"},
@@ -208,19 +205,11 @@ TEST(ObservationReader, MemoryDoesNotGrowWithTheFile) {
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 4096) << "KiB";
 }
 
-/// Cut or damaged anywhere, a file gives epochs and errors, and comes to an end.
 TEST(ObservationReader, DamageAnywhereComesToAnEnd) {
     const std::string epoch = std::string(kEpoch3) + "G05         1.50017        -2.000 8\nS58         3.000\n";
-    const std::string text = header3() + epoch + ">                              4  1\n" +
-                             record("G  100   1 L1C", "SYS / SCALE FACTOR") + epoch;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        story(readerOf(text.substr(0, i)));
-        for (const char c : {'\n', ' ', '9', '>', '\xff'}) {
-            std::string damaged = text;
-            damaged[i] = c;
-            EXPECT_LE(std::ranges::count(story(readerOf(damaged)), '\n'), 6) << i;
-        }
-    }
+    expectEnd(header3() + epoch + ">                              4  1\n" +
+                  record("G  100   1 L1C", "SYS / SCALE FACTOR") + epoch,
+              6, [](const std::string& text) { return story(readerOf(text)); });
 }
 
 }  // namespace

@@ -1,24 +1,59 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
+#include <map>
 #include <tuple>
 
 #include "formats/almanac/AlmanacReader.h"
+#include "formats/rinex/NavigationReader.h"
+#include "formats/rinex/SatelliteName.h"
 #include "formats/sp3/PreciseOrbits.h"
+#include "tests/formats/RealData.h"
 
 namespace halvex {
 namespace {
 
-class OrbitRealData : public testing::Test {
-protected:
-    void SetUp() override {
-        if (std::getenv("HALVEX_DATA") == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to read";
-        m_data = std::getenv("HALVEX_DATA");
+using OrbitRealData = test::RealData;
+
+/// Records by system and, in version 4, by the number of their kind.
+TEST_F(OrbitRealData, NavigationRecordsOfEverySystemAndMessage) {
+    const std::string tooLong = ":1: a header line has 80 columns; this one goes on behind them";
+    const std::pair<const char*, std::string> files[] = {
+        {"nav/BRDC00IGS_R_20220010000_01D_MN.rnx.gz", "C 1056, E 5675, G 422, J 120, R 1104, S 10375, "},
+        {"nav/ESBC00DNK_R_20201770000_01D_MN.rnx.gz", "C 357, E 1602, G 257, J 15, R 510, S 2130, "},
+        {"nav/SEPT2650.21P", "E 253, G 49, J 19, "},
+        {"nav/JDPR00IND_R_20241460600_01H_30S_MN.rnx", "C 37, E 96, G 22, I 13, J 8, R 26, "},
+        {"nav/brdc0910.09n.gz", "G 424, "},
+        {"nav/brdc0910.09g.gz", "R 912, "},
+        {"nav/BRD400DLR_S_20220010000_01D_MN.rnx.gz",
+         "C12 96, C13 1, C14 11, C16 10, C5 894, C6 175, C7 649, C8 651, C9 472, E12 2, E15 3, E4 5701, G0 423, "
+         "G1 315, G12 9, G13 3, G14 4, I10 153, I12 4, I13 1, I14 2, J0 121, J1 205, J12 4, J13 75, J14 276, J2 199, "
+         "R12 2, R3 1106, S11 8577, "},
+        {"odd/spare_filled_nav3.rnx", "E 2, G 4, R 1, "},
+        {"odd/galileo3.15n", "E 2, :29: E12: columns 62 to 80: \" . 000000000000D+00\" is no number"},
+        {"odd/test_input_rinex2_nav_BadHeader.99n", tooLong},
+        {"odd/test_input_rinex2_nav_InvalidLineLength.99n", tooLong},
+        {"odd/test_input_rinex3_nav_BadHeader.15n",
+         ":1: RINEX VERSION / TYPE: version 3.33 is not supported; 2.00 to 2.12, 3.00 to 3.05 and 4.0x are"}};
+    using Result = rinex::NavigationReader::Result;
+    for (const auto& [file, want] : files) {
+        const std::string name = path(file);
+        rinex::NavigationReader reader;
+        rinex::NavigationRecord record;
+        std::map<std::string, int> counts;
+        std::string told, error;
+        auto result = reader.open(name) ? reader.next(record) : Result::error;
+        for (; result != Result::end; result = reader.next(record)) {
+            const std::string kind = std::to_string(static_cast<int>(reader.kind()));
+            if (result == Result::error) {
+                error = reader.error().text().substr(name.size());
+            } else {
+                ++counts[rinex::satelliteName(reader.satellite())[0] + (reader.header().version < 4.0 ? "" : kind)];
+            }
+        }
+        for (const auto& [kind, count] : counts) told += kind + ' ' + std::to_string(count) + ", ";
+        EXPECT_EQ(told + error, want) << name;
+        EXPECT_TRUE(reader.skipped().empty());
     }
-    std::filesystem::path m_data;
-};
+}
 
 TEST_F(OrbitRealData, EveryFileHasItsSatellitesAtItsEpochs) {
     const std::tuple<const char*, std::size_t, std::size_t, bool, const char*> rows[] = {
@@ -33,7 +68,7 @@ TEST_F(OrbitRealData, EveryFileHasItsSatellitesAtItsEpochs) {
     };
     for (const auto& [file, epochs, satellites, endLineMissing, fault] : rows) {
         SCOPED_TRACE(file);
-        const std::string name = m_data / file;
+        const std::string name = path(file);
         sp3::PreciseOrbits orbits;
         ASSERT_TRUE(orbits.read(name));
         EXPECT_EQ(orbits.endLineMissing(), endLineMissing);
@@ -46,35 +81,6 @@ TEST_F(OrbitRealData, EveryFileHasItsSatellitesAtItsEpochs) {
     }
 }
 
-TEST_F(OrbitRealData, LeftOutEpochsAreFoundAgain) {
-    const std::string name = m_data / "sp3/COD0MGXFIN_20220010000_01D_05M_ORB.SP3.gz";
-    LineReader lines;
-    ASSERT_TRUE(lines.open(name));
-    std::string thinned;
-    std::size_t epochs = 0;
-    while (const auto line = lines.next()) {
-        if (line->starts_with('*')) ++epochs;
-        std::string text(*line);
-        if (text.starts_with("## ")) text.replace(text.find("  300.0"), 7, "  600.0");
-        if (epochs % 2 != 0 || epochs == 0) thinned += text + '\n';
-    }
-    lines.openBytes("thinned", thinned);
-    sp3::PreciseOrbits whole, half;
-    ASSERT_TRUE(whole.read(name) && half.read(std::move(lines)));
-    std::size_t compared = 0;
-    for (const auto& satellite : whole.header().satellites) {
-        for (std::size_t i = 1; i < whole.epochs().size(); i += 2) {
-            const SMjdTime& time = whole.epochs()[i];
-            const ORBIT_COORD want = whole.position(satellite.id, time).value_or(ORBIT_COORD());
-            const ORBIT_COORD found = half.position(satellite.id, time).value_or(ORBIT_COORD());
-            if (found == ORBIT_COORD()) continue;
-            ++compared;
-            ASSERT_LT(std::hypot(found.x - want.x, found.y - want.y, found.z - want.z), 0.01);
-        }
-    }
-    EXPECT_EQ(compared, 116U * 135U);
-}
-
 TEST_F(OrbitRealData, Almanacs) {
     const std::tuple<const char*, std::size_t, SMjdTime> rows[] = {
         {"almanac/yuma819.txt", 31, {1843, 319488.0}},
@@ -82,14 +88,12 @@ TEST_F(OrbitRealData, Almanacs) {
     };
     for (const auto& [name, count, toa] : rows) {
         FormatError error;
-        const auto reader = almanac::openAlmanac(m_data / name, error, toa);
+        const auto reader = almanac::openAlmanac(path(name), error, toa);
         ASSERT_TRUE(reader) << error.text();
         CALN::CALX_SAT_ALMANAC almanac;
         std::size_t records = 0;
         for (; reader->next(almanac) == almanac::AlmanacReader::Result::record; ++records) {
-            EXPECT_EQ(almanac.GetReferenceTime(), toa);
-            EXPECT_NEAR(almanac.i, 0.96, 0.08);
-            EXPECT_NEAR(almanac.omegaDot, -8e-9, 6e-10);
+            EXPECT_TRUE(almanac.GetReferenceTime() == toa && std::abs(almanac.i - 0.96) < 0.08);
         }
         EXPECT_EQ(records, count) << reader->error().text();
     }

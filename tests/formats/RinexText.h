@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -37,6 +38,20 @@ inline rinex::ObservationReader readerOf(const std::string& text) {
     rinex::ObservationReader reader;
     static_cast<void>(reader.open(std::move(lines)));
     return reader;
+}
+
+/// Cut or damaged anywhere, the text gives epochs or records and errors, of those a few lines, and comes to an end.
+template <class Story>
+void expectEnd(const std::string& text, long mostErrors, const Story& story) {
+    for (std::size_t i = 0; i < text.size(); i += 1 + text.size() / 4000) {
+        story(text.substr(0, i));
+        for (const char c : {'\n', ' ', '9', '>', '\xff'}) {
+            std::string damaged = text;
+            damaged[i] = c;
+            const std::string told = story(damaged);
+            EXPECT_LE(std::count(told.begin(), told.end(), '\n'), mostErrors) << i;
+        }
+    }
 }
 
 }  // namespace halvex::test

@@ -1,141 +1,157 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 
-#include "formats/rtcm3/StreamReader.h"
-#include "halvex/platform/pio/Rtcm3.h"
+#include "formats/rinex/SatelliteName.h"
+#include "formats/rtcm3/Ssr.h"
 #include "tests/formats/NetworkNumbers.h"
+#include "tests/formats/RealData.h"
 
 namespace halvex::rtcm3 {
 namespace {
 
-class Rtcm3RealData : public testing::Test {
-protected:
-    void SetUp() override {
-        if (std::getenv("HALVEX_DATA") == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to read";
-        m_folder = std::getenv("HALVEX_DATA") + std::string("/rtcm/");
-    }
-    std::string m_folder;
-};
+using Rtcm3RealData = test::RealData;
+using Message = std::vector<unsigned char>;
 
-/// Frames by message number, found without the reader.
-std::map<unsigned, std::uint64_t> scan(const std::string& name) {
+/// Remainder of the frame's bits by the polynomial of CRC-24Q, 0 when its check is good.
+unsigned remainderOf(const unsigned char* bytes, std::size_t count) {
+    unsigned remainder = 0;
+    for (std::size_t bit = 0; bit < count * 8; ++bit) {
+        remainder ^= (bytes[bit / 8] >> (7 - bit % 8) & 1U) << 23;
+        remainder = (remainder << 1) ^ ((remainder & 0x800000U) != 0 ? 0x1864CFBU : 0U);
+    }
+    return remainder & 0xFFFFFFU;
+}
+
+/// All messages of a stream, found without the reader.
+std::vector<Message> scan(const std::string& name) {
     std::ifstream in(name, std::ios::binary);
     const std::vector<char> text(std::istreambuf_iterator<char>(in), {});
-    const std::vector<unsigned char> bytes(text.begin(), text.end());
-    std::map<unsigned, std::uint64_t> counts;
+    const Message bytes(text.begin(), text.end());
+    std::vector<Message> messages;
     for (std::size_t i = 0; i + 6 <= bytes.size();) {
         const std::size_t length = (bytes[i + 1] & 3U) * 256U + bytes[i + 2];
-        const bool whole = bytes[i] == 0xD3 && i + length + 6 <= bytes.size();
-        if (!whole || PIO::RTCM3::ComputeCRC24({&bytes[i], length + 6}) != 0) {
+        const bool isWhole = bytes[i] == 0xD3 && i + length + 6 <= bytes.size();
+        if (!isWhole || length < 2 || remainderOf(&bytes[i], length + 6) != 0) {
             ++i;
             continue;
         }
-        ++counts[bytes[i + 3] * 16U + bytes[i + 4] / 16U];
+        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(i + 3);
+        messages.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(length));
         i += length + 6;
     }
-    return counts;
+    return messages;
+}
+
+unsigned bits(const Message& message, std::size_t from, unsigned width) {
+    unsigned value = 0;
+    for (std::size_t i = from; i < from + width; ++i) value = value * 2 + (message.at(i / 8) >> (7 - i % 8)) % 2;
+    return value;
 }
 
 TEST_F(Rtcm3RealData, EveryMessageIsFound) {
-    using Counts = std::map<unsigned, std::uint64_t>;
-    const std::pair<const char*, Counts> rows[] = {
-        {"clk.rtcm", {{1060, 53}, {1059, 53}, {1066, 53}, {1065, 53}, {1243, 53}, {1261, 53}, {1264, 4}}},
-        {"separate_clk_orbit.rtcm", {{1057, 78}, {1058, 77}, {1063, 77}, {1064, 77}, {1240, 77}, {1241, 77}}},
-        {"pygpsdata-NTRIP-4076.log", {{4076, 11}}},
-        {"pygpsdata-1240-1264.log", {{1240, 1}, {1241, 1}, {1242, 2}, {1243, 2}, {1260, 2}, {1261, 2}, {1264, 1}}},
-        {"week-rollover-STR17.rtcm3", {{1077, 1126}, {1127, 1126}, {1019, 113}, {1020, 38}, {1045, 113}, {1006, 38}}},
-        {"week-rollover-STR24.rtcm3", {{1074, 1133}, {1124, 1134}, {1019, 314}, {1042, 44}, {1044, 3}, {1046, 28}}},
-        {"eph.rtcm", {{1019, 512}, {1020, 400}, {1042, 208}, {1044, 48}, {1045, 256}, {1046, 288}}},
-        {"1012_first.rtcm", {{1004, 148}, {1012, 148}, {1030, 5}, {1031, 5}, {1032, 15}, {1006, 15}}},
-        {"switch-legacy-msm-legacy-msm.rtcm", {{4094, 27}, {1004, 253}, {1077, 48}}},
-        {"pygpsdata-NTRIP-USCL00CHL0.log", {{1001, 1}, {1013, 1}, {1029, 1}, {1137, 1}, {1230, 1}}},
-        {"SYNTHETIC-network-messages.rtcm", {{1014, 1}, {1017, 2}, {1039, 2}}},
-    };
-    for (const auto& [file, some] : rows) {
-        SCOPED_TRACE(file);
-        const Counts want = scan(m_folder + file);
-        for (const auto& [number, count] : some) EXPECT_EQ(want.at(number), count) << number;
+    for (const auto& file : std::filesystem::directory_iterator(path("rtcm"))) {
+        if (file.path().extension() == ".txt") continue;
+        SCOPED_TRACE(file.path());
+        std::map<unsigned, std::uint64_t> want, found;
+        for (const Message& message : scan(file.path())) ++want[bits(message, 0, 12)];
         FrameReader reader;
-        ASSERT_TRUE(reader.open(m_folder + file));
+        ASSERT_TRUE(reader.open(file.path()));
         while (reader.next()) {
         }
-        Counts found;
         for (const auto& [type, count] : reader.counts()) found[type.number] += count.count;
         EXPECT_EQ(found, want);
         EXPECT_EQ(reader.badChecks(), 0U);
     }
 }
 
-/// What a station measured: code and phase in metres, by second and satellite.
-struct Measured {
-    double code = 0.0, phase = 0.0;
-    bool lost = false;
+/// Widths as they are published: ahead of the count of satellites, the count, a satellite, the rest of its entry, and
+/// of each bias, whose count are the first five bits of the rest.
+struct Widths {
+    unsigned number, subType;
+    char system;
+    unsigned head, count, satellite, rest, bias;
 };
-std::map<std::pair<SMjdTime, CALN::SCalSatID>, Measured> measuredOnL1(const std::string& name) {
-    std::map<std::pair<SMjdTime, CALN::SCalSatID>, Measured> all;
-    const SMjdTime latest(2400, 0.0);
-    StreamReader reader(latest);
-    reader.setPreview(lookAhead(name, latest));
-    if (!reader.open(name)) return all;
-    rinex::ObservationEpoch epoch;
-    for (auto result = reader.next(epoch); result != StreamReader::Result::end; result = reader.next(epoch)) {
-        if (result != StreamReader::Result::epoch) continue;
-        for (const auto& satellite : epoch.satellites) {
-            const bool glonass = satellite.id.system == CALN::eCALSATSYSTEM_GLONASS;
-            if (!glonass && satellite.id.system != CALN::eCALSATSYSTEM_GPS) continue;
-            const auto& codes = reader.header().codes[satellite.id.system];
-            const auto at = std::find(codes.begin(), codes.end(), rinex::ObservationCode{'C', '1', 'C'});
-            if (at == codes.end()) continue;
-            const auto* value = &epoch.valuesOf(satellite)[static_cast<std::size_t>(at - codes.begin())];
-            const auto channel = reader.header().glonassChannels.find(satellite.id);
-            const bool known = !glonass || channel != reader.header().glonassChannels.end();
-            if (!known || !value[0].present || !value[1].present) continue;
-            const double frequency = glonass ? 1602e6 + channel->second * 562500 : 1575.42e6;
-            all[{epoch.time, satellite.id}] = {value[0].value, value[1].value * 299792458.0 / frequency,
-                                               (value[1].lossOfLock & 1U) != 0};
-        }
+constexpr Widths kWidths[] = {
+    {1057, 0, 'G', 62, 6, 6, 129, 0},  {1058, 0, 'G', 61, 6, 6, 70, 0},    {1059, 0, 'G', 61, 6, 6, 5, 19},
+    {1060, 0, 'G', 62, 6, 6, 199, 0},  {1063, 0, 'R', 59, 6, 5, 129, 0},   {1064, 0, 'R', 58, 6, 5, 70, 0},
+    {1065, 0, 'R', 58, 6, 5, 5, 19},   {1066, 0, 'R', 59, 6, 5, 199, 0},   {1240, 0, 'E', 62, 6, 6, 131, 0},
+    {1241, 0, 'E', 61, 6, 6, 70, 0},   {1242, 0, 'E', 61, 6, 6, 5, 19},    {1243, 0, 'E', 62, 6, 6, 201, 0},
+    {1258, 0, 'C', 62, 6, 6, 139, 0},  {1259, 0, 'C', 61, 6, 6, 70, 0},    {1260, 0, 'C', 61, 6, 6, 5, 19},
+    {1261, 0, 'C', 62, 6, 6, 209, 0},  {1265, 0, 'G', 63, 6, 6, 22, 32},   {1267, 0, 'E', 63, 6, 6, 22, 32},
+    {1270, 0, 'C', 63, 6, 6, 22, 32},  {4076, 23, 'G', 73, 6, 6, 199, 0},  {4076, 25, 'G', 72, 6, 6, 5, 19},
+    {4076, 43, 'R', 73, 6, 6, 199, 0}, {4076, 45, 'R', 72, 6, 6, 5, 19},   {4076, 63, 'E', 73, 6, 6, 199, 0},
+    {4076, 65, 'E', 72, 6, 6, 5, 19},  {4076, 103, 'C', 73, 6, 6, 199, 0},
+};
+using Counts = std::map<std::tuple<unsigned, unsigned, std::string>, std::uint64_t>;
+
+/// Counts the entries of a message by number, sub-type and satellite. What is left of it has to be padding.
+void countEntries(const Message& message, bool oldBeidou, Counts& counts) {
+    const unsigned number = bits(message, 0, 12), subType = number == 4076 ? bits(message, 15, 8) : 0;
+    if (number == 1264 || subType == 201) return;
+    const auto* widths = std::find_if(std::begin(kWidths), std::end(kWidths), [=](const Widths& known) {
+        return known.number == number && known.subType == subType;
+    });
+    ASSERT_NE(widths, std::end(kWidths)) << number << '.' << subType;
+    std::size_t at = widths->head + widths->count;
+    for (unsigned i = bits(message, widths->head, widths->count); i > 0; --i) {
+        const unsigned satellite = bits(message, at, widths->satellite);
+        at += widths->satellite;
+        if (widths->bias != 0) at += bits(message, at, 5) * widths->bias;
+        at += widths->rest + (oldBeidou && number == 1261 ? 16U : 0U);
+        const char name[] = {widths->system, static_cast<char>('0' + satellite / 10),
+                             static_cast<char>('0' + satellite % 10)};
+        ++counts[{number, subType, std::string(name, sizeof name)}];
     }
-    EXPECT_EQ(reader.losses().badMessages, 0U);
-    return all;
+    EXPECT_LT(message.size() * 8 - at, 8U) << number << '.' << subType;
 }
 
-TEST_F(Rtcm3RealData, TwoStationsSeventyMetresApartAgree) {
-    // Differences of stations: code of satellites to one another, and code less phase of one satellite over time.
-    constexpr double kTwiceTheDistance = 140.0;
-    constexpr double kNoise = 12.0;
-    const auto one = measuredOnL1(m_folder + "week-rollover-STR17.rtcm3");
-    const auto other = measuredOnL1(m_folder + "week-rollover-STR24.rtcm3");
-    ASSERT_FALSE(one.empty());
-    EXPECT_EQ(one.begin()->first.first, SMjdTime(2009, 604218.0));  // the week turns over in between
-    EXPECT_EQ(one.rbegin()->first.first, SMjdTime(2010, 543.0));
-    SMjdTime time;
-    double firstOfEpoch = 0.0;
-    std::map<CALN::SCalSatID, double> codeLessPhase;
-    std::size_t compared = 0;
-    for (const auto& [key, a] : one) {
-        const auto found = other.find(key);
-        if (found == other.end()) continue;
-        const Measured& b = found->second;
-        const double difference = a.code - b.code;
-        if (std::exchange(time, key.first) != key.first) firstOfEpoch = difference;
-        ASSERT_LT(std::fabs(difference - firstOfEpoch), kTwiceTheDistance + kNoise);
-        const double ambiguity = difference - (a.phase - b.phase);
-        const auto [known, isNew] = codeLessPhase.emplace(key.second, ambiguity);
-        if (a.lost || b.lost || isNew) {
-            known->second = ambiguity;
-        } else {
-            ASSERT_LT(std::fabs(ambiguity - known->second), kNoise) << +key.second.number;
+TEST_F(Rtcm3RealData, EveryEntryOfTheCorrections) {
+    const std::tuple<const char*, double, SMjdTime> rows[] = {
+        {"clk.rtcm", 171940.0, SMjdTime(2005, 171700.0)},
+        {"separate_clk_orbit.rtcm", 513555.0, SMjdTime(2050, 513500.0)},
+        {"pygpsdata-1240-1264.log", 340200.0, SMjdTime(2250, 339000.0)},
+        {"pygpsdata-NTRIP-4076.log", 311130.0, SMjdTime(2250, 170000.0)},
+    };
+    for (const auto& [file, last, reference] : rows) {
+        SCOPED_TRACE(file);
+        const std::string name = path(std::string("rtcm/") + file);
+        Counts want, found;
+        for (const Message& message : scan(name)) countEntries(message, name.ends_with("clk.rtcm"), want);
+        FrameReader frames;
+        ASSERT_TRUE(frames.open(name));
+        SMjdTime latest;
+        while (const auto frame = frames.next()) {
+            SsrMessages read;
+            ASSERT_TRUE(readSsr(*frame, reference, read)) << frame->number << " at byte " << frame->offset;
+            EXPECT_LT(read.bitsLeft, 8U) << frame->number << '.' << frame->subType;
+            EXPECT_EQ(read.unknownSatellites, 0U);
+            std::vector<CALN::SCalSatID> satellites;
+            read.messages.at(0)->getSatIDs(satellites);
+            for (const auto& id : satellites) {
+                if (id.number != 0) ++found[{frame->number, frame->subType, rinex::satelliteName(id)}];
+            }
+            for (const auto& message : read.messages) {
+                // One stream tells GLONASS time without its leap seconds.
+                if (message->system != CALN::eCALSATSYSTEM_GLONASS) latest = std::max(latest, message->epoch);
+                // BeiDou's toe and issue of the ephemeris agree: hours, of which issues count 720 s.
+                const auto* orbits = dynamic_cast<const CALN::SSROrbitCorrMsgT*>(message.get());
+                if (orbits == nullptr || message->system != CALN::eCALSATSYSTEM_BEIDOU) continue;
+                for (const auto& entry : orbits->entries) {
+                    if (entry.ephemerisTime == 0) continue;
+                    const double hour = 3600.0 * std::floor((message->epoch.GetGpsSeconds() - 14.0) / 3600.0);
+                    EXPECT_EQ(entry.ephemerisTime * 8.0, std::fmod(hour, 8192.0));
+                    EXPECT_EQ(entry.issueOfData, std::fmod(hour / 720.0, 240.0));
+                }
+            }
         }
-        ++compared;
+        EXPECT_EQ(found, want);
+        EXPECT_EQ(latest, SMjdTime(reference.GetGpsWeek(), last));
     }
-    EXPECT_GT(compared, 15000U);
 }
 
 /// How many of a field's steps make one of the unit that its name in the list of values ends with.
@@ -153,7 +169,7 @@ double stepsOf(const std::string& name) {
 TEST_F(Rtcm3RealData, EveryValueOfTheSyntheticFrames) {
     // Lines "# frame 1: message 1014", "name: 1.5," or "name: Some(" with "1.5," below it.
     std::vector<std::vector<std::int64_t>> want;
-    std::ifstream in(m_folder + "SYNTHETIC-network-messages.txt");
+    std::ifstream in(path("rtcm/SYNTHETIC-network-messages.txt"));
     std::string line, name;
     while (std::getline(in, line)) {
         constexpr std::string_view kMessage = ": message ";
@@ -175,7 +191,7 @@ TEST_F(Rtcm3RealData, EveryValueOfTheSyntheticFrames) {
     ASSERT_EQ(want.size(), 23U);
     std::size_t at = 0;
     FrameReader frames;
-    ASSERT_TRUE(frames.open(m_folder + "SYNTHETIC-network-messages.rtcm"));
+    ASSERT_TRUE(frames.open(path("rtcm/SYNTHETIC-network-messages.rtcm")));
     while (const auto frame = frames.next()) {
         NetworkMessage message;
         ASSERT_TRUE(readNetworkMessage(*frame, message));

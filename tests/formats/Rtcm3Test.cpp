@@ -153,18 +153,18 @@ TEST(Rtcm3Msm, ValuesInUnitsOfFiles) {
     msm.code = 1024;
     msm.phase = -4096;
     msm.rate = -5000;
-    const double wavelength = 299792458.0 / 1575.42e6;
-    EXPECT_EQ(story(msm.frame()),
-              fmt::format("2010:1 G05 C1C={:.3f} L1C={:.3f} D1C={:.3f} S1C=45.000\n",
-                          70.5 * kMillisecond + 1024 * kMillisecond * 0x1p-29,
-                          (70.5 * kMillisecond - 4096 * kMillisecond * 0x1p-31) / wavelength, -99.5 / wavelength));
-    Msm low = msm;  // coarser steps, no rate
+    const auto want = [](int codeExponent, int phaseExponent) {
+        constexpr double kWavelength = 299792458.0 / 1575.42e6;
+        return fmt::format("2010:1 G05 C1C={:.3f} L1C={:.3f}",
+                           70.5 * kMillisecond + std::ldexp(kMillisecond, codeExponent),
+                           (70.5 * kMillisecond - std::ldexp(kMillisecond, phaseExponent)) / kWavelength);
+    };
+    EXPECT_EQ(story(msm.frame()), want(10 - 29, 12 - 31) + " D1C=-522.876 S1C=45.000\n");  // of -99.5 m/s
+    Msm low = msm;                                                                         // coarser steps, no rate
     low.number = 1074;
     low.cno = 45;
     low.lock = 6;
-    EXPECT_EQ(story(low.frame()), fmt::format("2010:1 G05 C1C={:.3f} L1C={:.3f} S1C=45.000\n",
-                                              70.5 * kMillisecond + 1024 * kMillisecond * 0x1p-24,
-                                              (70.5 * kMillisecond - 4096 * kMillisecond * 0x1p-29) / wavelength));
+    EXPECT_EQ(story(low.frame()), want(10 - 24, 12 - 29) + " S1C=45.000\n");
     Msm absent = msm;
     absent.code = -(1 << 19);
     absent.phase = -(1 << 23);

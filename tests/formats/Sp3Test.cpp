@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <locale>
-#include <sstream>
 #include <tuple>
 
 #include "formats/rinex/SatelliteName.h"
@@ -49,27 +47,26 @@ SMjdTime at(double seconds) {
 std::string story(const std::string& text) {
     Sp3Reader reader;
     if (!reader.open(linesOf(text))) return "! " + reader.error().text() + '\n';
-    std::ostringstream told;
-    told.imbue(std::locale::classic());
-    told.precision(15);
+    std::string told;
     Epoch epoch;
     for (auto result = reader.next(epoch); result != Result::end; result = reader.next(epoch)) {
         if (result == Result::error) {
-            told << "! " << reader.error().text() << '\n';
+            told += "! " + reader.error().text() + '\n';
             continue;
         }
-        told << epoch.line << " +" << epoch.time.GetDifferenceInSeconds(at(0.0)) << " s";
-        for (const SatelliteState& state : epoch.states) {
-            told << ' ' << rinex::satelliteName(state.id) << '=';
-            if (state.position) told << state.position->x << ',' << state.position->y << ',' << state.position->z;
-            if (state.clock) told << '/' << *state.clock;
-            told << (state.clockEvent ? "E" : "") << (state.clockPredicted ? "P" : "") << (state.manoeuvre ? "M" : "")
-                 << (state.orbitPredicted ? "p" : "");
+        told += fmt::format("{} +{:.15g} s", epoch.line, epoch.time.GetDifferenceInSeconds(at(0.0)));
+        for (const auto& s : epoch.states) {
+            told += ' ' + rinex::satelliteName(s.id) + '=';
+            if (s.position) told += fmt::format("{:.15g},{:.15g},{:.15g}", s.position->x, s.position->y, s.position->z);
+            if (s.clock) told += fmt::format("/{:.15g}", *s.clock);
+            for (const auto& [on, letter] : {std::pair(s.clockEvent, 'E'), std::pair(s.clockPredicted, 'P'),
+                                             std::pair(s.manoeuvre, 'M'), std::pair(s.orbitPredicted, 'p')}) {
+                if (on) told += letter;
+            }
         }
-        told << '\n';
+        told += '\n';
     }
-    if (reader.endLineMissing()) told << "no end line\n";
-    return told.str();
+    return told + (reader.endLineMissing() ? "no end line\n" : "");
 }
 
 TEST(Sp3Reader, Header) {
@@ -114,7 +111,6 @@ TEST(Sp3Reader, FaultsAndWhereItGoesOn) {
     }
     const std::pair<std::string, const char*> epochs[] = {
         {with(kEpoch, " 0  0.0", "60  0.0"), "8: the epoch \"2022  1  1  0 60  0.00000000\" is no date and time"},
-        {with(kEpoch, " 2022", "12022"), "8: the epoch \"12022  1  1  0  0  0.00000000\" is no date and time"},
         {kEpoch + with(kG01, "G01", "G02"), "9: satellite G02 is not in the header's list"},
         {kEpoch + kG01 + kG01, "10: satellite G01 stands twice in this epoch"},
         {kEpoch + with(kG01, "5357.125", "5357,125"), "9: G01: columns 33 to 46: \"5357,125462\" is no number"},

@@ -4,7 +4,6 @@
 #include "formats/rinex/SatelliteName.h"
 #include "formats/rtcm3/Ssr.h"
 #include "tests/formats/RtcmFrames.h"
-#include "tests/formats/SsrEntries.h"
 
 namespace halvex::rtcm3 {
 namespace {
@@ -13,6 +12,14 @@ using test::Bits;
 using Fields = std::vector<std::pair<std::int64_t, unsigned>>;
 
 const SMjdTime kReference(2010, 171000.0);
+
+/// Calls with each entry of a message of that kind, with none for one of another.
+template <class Message, class Call>
+void eachOf(const CALN::SSRCorrMsgBaseT& base, Call call) {
+    const auto* message = dynamic_cast<const Message*>(&base);
+    if (message == nullptr) return;
+    for (const auto& entry : message->entries) call(entry);
+}
 
 /// Type, system, week:seconds, interval, more to come, issue, provider, solution, datum, where one is set version and
 /// consistency; entries.
@@ -31,25 +38,25 @@ std::string story(const SsrMessages& read) {
                             m.issueOfData, m.provider, m.solution, m.referenceDatum);
         const unsigned further[] = {m.igsVersion, m.dispersiveBiasConsistency, m.melbourneWuebbenaConsistency};
         if (further[0] + further[1] + further[2] != 0) text += fmt::format(" v{}", fmt::join(further, ","));
-        test::eachOf<SSROrbitCorrMsgT>(m, [&](const auto& e) {
+        eachOf<SSROrbitCorrMsgT>(m, [&](const auto& e) {
             say(e.satId, e.ephemerisTime, e.issueOfData, e.radial, e.alongTrack, e.crossTrack, e.radialRate,
                 e.alongTrackRate, e.crossTrackRate);
         });
-        test::eachOf<SSRClockCorrMsgT>(m, [&](const auto& e) { say(e.satId, e.c0, e.c1, e.c2); });
-        test::eachOf<SSRHighRateClockMsgT>(m, [&](const auto& e) { say(e.satId, e.correction); });
-        test::eachOf<SSRURAMsgT>(m, [&](const auto& e) { say(e.satId, e.ura); });
-        test::eachOf<SSRCodeBiasMsgT>(m, [&](const auto& e) {
+        eachOf<SSRClockCorrMsgT>(m, [&](const auto& e) { say(e.satId, e.c0, e.c1, e.c2); });
+        eachOf<SSRHighRateClockMsgT>(m, [&](const auto& e) { say(e.satId, e.correction); });
+        eachOf<SSRURAMsgT>(m, [&](const auto& e) { say(e.satId, e.ura); });
+        eachOf<SSRCodeBiasMsgT>(m, [&](const auto& e) {
             say(e.satId);
             for (const auto& bias : e.biases) text += fmt::format(" ({} {})", bias.signal, bias.bias);
         });
-        test::eachOf<SSRPhaseBiasMsgT>(m, [&](const auto& e) {
+        eachOf<SSRPhaseBiasMsgT>(m, [&](const auto& e) {
             say(e.satId, e.yawAngle, e.yawRate);
             for (const auto& b : e.biases) {
                 text +=
                     fmt::format(" ({} {} {} {} {})", b.signal, b.integer, b.wideLane, b.discontinuityCounter, b.bias);
             }
         });
-        test::eachOf<QTVertIonoCorrMsgT>(m, [&](const auto& e) {
+        eachOf<QTVertIonoCorrMsgT>(m, [&](const auto& e) {
             say(e.satId, e.height, e.degree, e.order, e.quality);
             text += fmt::format(" {} / {}", fmt::join(e.cosines, " "), fmt::join(e.sines, " "));
         });

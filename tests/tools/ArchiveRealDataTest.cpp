@@ -1,15 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 
 #include "tests/formats/IndependentRinex.h"
+#include "tests/formats/RealData.h"
 #include "tests/tools/Station.h"
 
 namespace halvex::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 /// An epoch's time, "2024 07 08 00 00 01.0000000" or "05 3 24 ...", as numbers: the two sides print it differently.
 std::vector<double> timeOf(const PrintedEpoch& epoch) {
@@ -19,11 +17,6 @@ std::vector<double> timeOf(const PrintedEpoch& epoch) {
     if (!numbers.empty() && numbers[0] < 80) numbers[0] += 2000;
     if (numbers.size() > 5) numbers[5] = std::round(numbers[5] * 1000.0);
     return numbers;
-}
-
-/// "-.353" and "-0.353" are the same digits.
-long long thousandths(const PrintedValue& value) {
-    return std::llround(value.number() * 1000.0);
 }
 
 /// The name under which a source has what a replayed file calls `code`.
@@ -37,14 +30,11 @@ std::string sourceType(const std::map<std::string, PrintedValue>& source, const 
     return {precise ? 'P' : code[0], code[1]};
 }
 
-class ArchiveRealData : public testing::TestWithParam<const char*> {};
+using ArchiveRealData = RealData;
 
-TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
-    const char* const data = std::getenv("HALVEX_DATA");
-    if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to archive";
-    const std::string source = (fs::path(data) / GetParam()).string();
+/// What has been archived comes back to the last printed digit.
+void compare(const std::string& source) {
     const TemporaryFolder folder;
-
     const ToolRun archived = runTool({"archive", source, "--out", folder.path("archive"), "--json"});
     ASSERT_EQ(archived.status, 0) << archived.err;
     const auto report = nlohmann::json::parse(archived.out);
@@ -56,7 +46,7 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
     std::vector<PrintedEpoch> again;
     ASSERT_TRUE(
         readIndependently(folder.path("again.rnx"), [&](const PrintedEpoch& epoch) { again.push_back(epoch); }));
-    std::size_t epochs = 0, satellites = 0, values = 0, replayedValues = 0, roundedDoppler = 0;
+    std::size_t epochs = 0, values = 0, replayedValues = 0, roundedDoppler = 0;
     ASSERT_TRUE(readIndependently(source, [&](const PrintedEpoch& epoch) {
         if (epoch.flag == '6') return;
         ASSERT_LT(epochs, again.size());
@@ -64,18 +54,17 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
         ASSERT_EQ(timeOf(other), timeOf(epoch));
         ASSERT_EQ(other.satellites.size(), epoch.satellites.size()) << epoch.time;
         for (const auto& [name, printed] : epoch.satellites) {
-            ++satellites;
-            for (const auto& [type, value] : printed) values += thousandths(value) != 0 ? 1U : 0U;
+            for (const auto& [type, value] : printed) values += value.thousandths != 0 ? 1U : 0U;
             const auto found = other.satellites.find(name);
             ASSERT_NE(found, other.satellites.end()) << epoch.time << " " << name;
             for (const auto& [code, value] : found->second) {
                 ++replayedValues;
                 const auto from = printed.find(sourceType(printed, code, name[0]));
                 ASSERT_NE(from, printed.end()) << epoch.time << " " << name << " " << code;
-                if (code[0] == 'L' && from->second.lost()) {
-                    ASSERT_TRUE(value.lost()) << epoch.time << " " << name << " " << code;
+                if (code[0] == 'L' && from->second.lost) {
+                    ASSERT_TRUE(value.lost) << epoch.time << " " << name << " " << code;
                 }
-                const long long difference = std::llabs(thousandths(value) - thousandths(from->second));
+                const long long difference = std::llabs(value.thousandths - from->second.thousandths);
                 if (code[0] == 'D' && difference == 1) {
                     ++roundedDoppler;
                 } else {
@@ -93,35 +82,29 @@ TEST_P(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
         EXPECT_EQ(input["other"]["Doppler values rounded to a float"].get<std::size_t>(), roundedDoppler);
     }
     EXPECT_EQ(replayedValues + lost, values);
-    std::cout << GetParam() << ": " << epochs << " epochs, " << satellites << " satellites, " << replayedValues
-              << " values alike, " << lost << " have no place in the record\n";
 }
 
-TEST(ArchiveRealDataFault, CostsItsEpochAlone) {
-    const char* const data = std::getenv("HALVEX_DATA");
-    if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to archive";
+TEST_F(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
+    for (const char* file :
+         {"obs/3034265G.21O.gz", "obs/SEPT265G.21O.gz", "obs/ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz",
+          "obs/TLSE00FRA_R_20220010000_01H_30S_MO.rnx.gz", "obs/TLSE00FRA_R_20241900000_15M_01S_MO.rnx.gz",
+          "obs/TLSG00FRA_R_20241900000_15M_01S_MO.rnx.gz", "obs/network_2021001/delf0010.21o",
+          "obs/network_2021001/zegv0010.21o", "obs/network_2021001/wsra0010.21o", "obs/network_2021001/eijs0010.21o",
+          "obs/rinex2_2005092/07590920.05o", "obs/rinex2_2005092/30400920.05o", "odd/AJAC3550.21O",
+          "odd/FAA100PYF_R_20161700100_15M_01S_MO", "odd/IGEO_2025290_excerpt_event4.rnx", "odd/mixed211.05o",
+          "odd/osn31700.16o", "odd/sptu0150.16o", "odd/test_input_rinex2_obs_IncompleteHeader.06o"}) {
+        SCOPED_TRACE(file);
+        compare(path(file));
+    }
+}
+
+TEST_F(ArchiveRealData, AFaultCostsItsEpochAlone) {
     const TemporaryFolder folder;
-    const std::string source = (fs::path(data) / "odd/test_input_rinex3_obs_BadLineSize.15o").string();
+    const std::string source = path("odd/test_input_rinex3_obs_BadLineSize.15o");
     const ToolRun run = runTool({"archive", source, "--out", folder.path("archive"), "--keep-going", "--json"});
     EXPECT_EQ(run.err, "halvex: " + source + ":35: G05: column 115: signal strength \"z\" is not 0 to 9\n");
     EXPECT_EQ(nlohmann::json::parse(run.out)["sets"][0]["epochs"], 36);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Files, ArchiveRealData,
-    testing::Values("obs/3034265G.21O.gz", "obs/SEPT265G.21O.gz", "obs/ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz",
-                    "obs/TLSE00FRA_R_20220010000_01H_30S_MO.rnx.gz", "obs/TLSE00FRA_R_20241900000_15M_01S_MO.rnx.gz",
-                    "obs/TLSG00FRA_R_20241900000_15M_01S_MO.rnx.gz", "obs/network_2021001/delf0010.21o",
-                    "obs/network_2021001/zegv0010.21o", "obs/network_2021001/wsra0010.21o",
-                    "obs/network_2021001/eijs0010.21o", "obs/rinex2_2005092/07590920.05o",
-                    "obs/rinex2_2005092/30400920.05o", "odd/AJAC3550.21O", "odd/FAA100PYF_R_20161700100_15M_01S_MO",
-                    "odd/IGEO_2025290_excerpt_event4.rnx", "odd/mixed211.05o", "odd/osn31700.16o", "odd/sptu0150.16o",
-                    "odd/test_input_rinex2_obs_IncompleteHeader.06o"),
-    [](const auto& instance) {
-        std::string name = fs::path(instance.param).filename().string();
-        for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
-        return name;
-    });
 
 }  // namespace
 }  // namespace halvex::test

@@ -6,49 +6,25 @@
 namespace halvex::test {
 namespace {
 
-using nlohmann::json;
-using Arguments = std::vector<std::string>;
-
 TEST(CommandLine, WrongUsageGivesTwoAndOneReason) {
     const TemporaryFolder folder;
     writeFile(folder.path("f"), header() + epoch("00 00  0"));
-    for (const char* line : {"",
-                             "archives",
-                             "archive F",
-                             "archive F --out A --span weekly",
-                             "archive F --out A --site-number 0",
-                             "archive F --out A --site ../X",
-                             "replay",
-                             "replay F --json --rinex r",
-                             "replay F --speed 0",
-                             "replay F --from yesterday",
-                             "replay F --from 2021-02-29",
-                             "replay F --from 2021-01-01T24:00",
-                             "replay F --to 2138:604800",
-                             "replay F --to 2138:nan",
-                             "raw F",
-                             "info",
-                             "name ABCD",
-                             "name ABCD 2021-01-01 --type weekly",
-                             "simulate",
-                             "ssr",
-                             "ssr F --rtcm-time yesterday",
-                             "status F --locked nan",
-                             "status F --mask 5",
-                             "systems disable",
-                             "systems --persist",
-                             "systems enable Loran",
-                             "systems remove G",
-                             "simulate --out F --hours -1",
-                             "simulate --out F --interval nan"}) {
+    std::istringstream usages(
+        "|archives|archive F|archive F --out A --span weekly|archive F --out A --site-number 0|archive F --out A "
+        "--site ../X|"
+        "replay|replay F --json --rinex r|replay F --speed 0|replay F --from yesterday|replay F --from 2021-02-29|"
+        "replay F --from 2021-01-01T24:00|replay F --to 2138:604800|replay F --to 2138:nan|raw F|info|name ABCD|"
+        "name ABCD 2021-01-01 --type weekly|simulate|ssr|ssr F --rtcm-time yesterday|status F --locked nan|"
+        "status F --mask 5|systems disable|systems --persist|systems enable Loran|systems remove G|"
+        "simulate --out F --hours -1|simulate --out F --interval nan");
+    for (std::string line; std::getline(usages, line, '|');) {
         std::istringstream words(line);
         Arguments arguments{std::istream_iterator<std::string>(words), {}};
         std::replace(arguments.begin(), arguments.end(), std::string("F"), folder.path("f"));
         std::replace(arguments.begin(), arguments.end(), std::string("A"), folder.path("a"));
         const ToolRun run = runTool(arguments);
         EXPECT_EQ(run.status, 2) << line;
-        EXPECT_EQ(run.out, "") << line;
-        EXPECT_NE(run.err, "") << line;
+        EXPECT_TRUE(run.out.empty() && !run.err.empty()) << line;
     }
     EXPECT_EQ(filesIn(folder.path("")), Arguments{"f"}) << "nothing is made";
 }
@@ -89,15 +65,13 @@ TEST(Info, OfAFileAndOfItsSet) {
     writeFile(folder.path("f"), gaps());
     ASSERT_EQ(runTool({"archive", folder.path("f"), "--out", folder.path("a")}).status, 0);
     const std::string set = folder.path("a/ABCD00XXX_R_20210010000_01D_30S_MO");
-    const ToolRun run = runTool({"info", "--json", folder.path("f"), set + "t"});
-    ASSERT_EQ(run.status, 0) << run.err;
+    const json found = jsonOf({"info", folder.path("f"), set + "t"});
     json expected = json::parse(R"({
         "kind": "RINEX 3.05 observations", "station": "ABCD", "receiver": "", "antenna": "",
         "epochs": 8, "events": 1, "from": "2021-01-01T00:00:00", "to": "2021-01-01T00:13:00", "interval": 30.0,
         "gaps": [{"after": "2021-01-01T00:00:30", "seconds": 90.0}, {"after": "2021-01-01T00:02:30", "seconds": 600.0}],
         "gapCount": 2, "backwardSteps": 1,
         "systems": {"G": {"name": "GPS", "satellites": ["G05", "G07"], "observations": {"C1C": 8, "L1C": 8}}}})");
-    json found = json::parse(run.out);
     expected["file"] = folder.path("f");
     EXPECT_EQ(found[0], expected);
 
@@ -119,17 +93,6 @@ TEST(Info, OfAFileAndOfItsSet) {
                         "                      L1C                7\n"),
               std::string::npos)
         << text;
-}
-
-TEST(Info, WhatWasGoodIsToldBeforeTheFault) {
-    const TemporaryFolder folder;
-    writeFile(folder.path("f"), header() + epoch("00 00  0") + epoch("00 00 30", "  20000000.1x3"));
-    writeFile(folder.path("g"), header() + epoch("00 00  0"));
-    const ToolRun run = runTool({"info", folder.path("f"), folder.path("g"), "--json"});
-    EXPECT_EQ(run.status, 1);
-    const json found = json::parse(run.out);
-    EXPECT_TRUE(found[0]["epochs"] == 1 && found[1]["epochs"] == 1) << run.out;
-    EXPECT_EQ(run.err, "halvex: " + folder.path("f") + ":9: G05: columns 4 to 17: \"  20000000.1x3\" is no number\n");
 }
 
 }  // namespace

@@ -1,33 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <map>
 
 #include "formats/rinex/SatelliteName.h"
+#include "tests/formats/RealData.h"
 #include "tests/tools/Station.h"
 #include "tools/halvex/corrections/Baseline.h"
 #include "tools/halvex/corrections/StationStream.h"
 
 namespace halvex::test {
 namespace {
-
-using nlohmann::json;
-
-struct Pair {
-    const char* name;
-    std::vector<std::string> files;       // master, auxiliary
-    std::vector<std::string> navigation;  // for both
-    double distance;                      // [km]
-    std::size_t epochs;
-    double largest;      // geometric difference that atmosphere and positions can make [m]
-    double ionospheric;  // the same of the ionosphere [m]
-    double step;         // of either from one epoch to the next [m]
-};
-
-void PrintTo(const Pair& pair, std::ostream* out) {
-    *out << pair.name;
-}
 
 /// Phases with their ambiguities by time of week and satellite: on the first carrier, auxiliary minus master [m].
 using Phases = std::map<std::int64_t, std::map<std::string, std::pair<double, double>>>;  // with the wavelength
@@ -51,24 +34,24 @@ Phases phasesOf(const std::vector<std::string>& files, const std::vector<std::st
     return phases;
 }
 
-class CorrectionsRealData : public testing::TestWithParam<Pair> {};
+class CorrectionsRealData : public RealData {
+protected:
+    /// Largest differences that atmosphere and positions can make [m].
+    struct Bounds {
+        double geometric, ionospheric;
+        double step;  // of either from one epoch to the next
+    };
+    /// Master and auxiliary with the ephemerides for both, their distance [km], epochs.
+    void compare(const std::vector<std::string>& files, const std::vector<std::string>& navigation, double distance,
+                 std::size_t epochs, const Bounds& bounds);
+};
 
-TEST_P(CorrectionsRealData, BehaveAsPhysicsSays) {
-    const Pair& pair = GetParam();
-    const char* const data = std::getenv("HALVEX_DATA");
-    if (data == nullptr) GTEST_SKIP() << "HALVEX_DATA is not set: no real data to run on";
-    const std::string root = data;
-    std::vector<std::string> files, navigation, arguments{"corrections", "--json", "--nav"};
-    for (const std::string& file : pair.navigation) navigation.push_back(root + "/" + file);
-    for (const std::string& file : pair.files) files.push_back(root + "/" + file);
-    arguments.insert(arguments.end(), navigation.begin(), navigation.end());
-    arguments.insert(arguments.end(), {"--master", files[0], "--aux", files[1]});
-    const ToolRun run = runTool(arguments);
-    ASSERT_EQ(run.status, 0) << run.err;
-    const json report = json::parse(run.out);
-    EXPECT_NEAR(report["auxiliaries"][0]["distance"].get<double>() / 1000.0, pair.distance, 0.005);
+void CorrectionsRealData::compare(const std::vector<std::string>& files, const std::vector<std::string>& navigation,
+                                  double distance, std::size_t epochs, const Bounds& bounds) {
+    const json report = jsonOf(Arguments{"corrections", "--master", files[0], "--aux", files[1], "--nav"} + navigation);
+    EXPECT_NEAR(report["auxiliaries"][0]["distance"].get<double>() / 1000.0, distance, 0.005);
     EXPECT_EQ(report["stations"][0]["slips"], 0);
-    ASSERT_EQ(report["epochs"].size(), pair.epochs);
+    ASSERT_EQ(report["epochs"].size(), epochs);
 
     Phases phases = phasesOf(files, navigation);
     struct Last {
@@ -83,8 +66,8 @@ TEST_P(CorrectionsRealData, BehaveAsPhysicsSays) {
         for (const auto& [name, difference] : epoch["satellites"].items()) {
             const double geometric = difference["geometric"];
             const double ionospheric = difference["ionospheric"];
-            ASSERT_LT(std::abs(geometric), pair.largest) << name << " at " << second;
-            ASSERT_LT(std::abs(ionospheric), pair.ionospheric) << name << " at " << second;
+            ASSERT_LT(std::abs(geometric), bounds.geometric) << name << " at " << second;
+            ASSERT_LT(std::abs(ionospheric), bounds.ionospheric) << name << " at " << second;
 
             // Together the two are the difference of the first carrier's phases, less whole cycles and what all have.
             const auto [metres, wavelength] = phases[second][name];
@@ -97,32 +80,23 @@ TEST_P(CorrectionsRealData, BehaveAsPhysicsSays) {
 
             const auto last = lasts.find(name);
             if (last != lasts.end() && second - last->second.second <= 30) {
-                ASSERT_LT(std::abs(geometric - last->second.geometric), pair.step) << name << " at " << second;
-                ASSERT_LT(std::abs(ionospheric - last->second.ionospheric), pair.step) << name << " at " << second;
+                ASSERT_LT(std::abs(geometric - last->second.geometric), bounds.step) << name << " at " << second;
+                ASSERT_LT(std::abs(ionospheric - last->second.ionospheric), bounds.step) << name << " at " << second;
                 ++steps;
             }
             lasts[name] = {second, geometric, ionospheric};
         }
     }
-    EXPECT_GT(steps, 5U * pair.epochs);
+    EXPECT_GT(steps, 5U * epochs);
 }
 
-const char* const kStr1 = "rtcm/week-rollover-STR17.rtcm3";
-const char* const kStr2 = "rtcm/week-rollover-STR24.rtcm3";
-const char* const k0759 = "obs/rinex2_2005092/07590920.05";
-const char* const k3040 = "obs/rinex2_2005092/30400920.05";
-
-INSTANTIATE_TEST_SUITE_P(
-    Pairs, CorrectionsRealData,
-    testing::Values(Pair{"70 m, streams", {kStr1, kStr2}, {kStr1, kStr2}, 0.070, 1124, 0.12, 0.07, 0.06},
-                    Pair{"3 km",
-                         {std::string(k0759) + "o", std::string(k3040) + "o"},
-                         {std::string(k0759) + "n"},
-                         3.335,
-                         119,
-                         0.2,
-                         0.12,
-                         0.06}));
+TEST_F(CorrectionsRealData, BehaveAsPhysicsSays) {
+    const std::vector<std::string> streams{path("rtcm/week-rollover-STR17.rtcm3"),
+                                           path("rtcm/week-rollover-STR24.rtcm3")};
+    compare(streams, streams, 0.070, 1124, {0.12, 0.07, 0.06});
+    const std::string first = path("obs/rinex2_2005092/07590920.05"), other = path("obs/rinex2_2005092/30400920.05");
+    compare({first + "o", other + "o"}, {first + "n"}, 3.335, 119, {0.2, 0.12, 0.06});
+}
 
 }  // namespace
 }  // namespace halvex::test

@@ -15,8 +15,6 @@
 namespace halvex::test {
 namespace {
 
-using nlohmann::json;
-
 class Corrections : public testing::Test {
 protected:
     std::string station(const std::string& name, const std::string& position, const std::string& seed) {
@@ -54,10 +52,7 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
     const std::string master = station("AAAA", "55.0,8.0,50", "1");
     const std::string other = station("BBBB", "55.05,8.03,250", "2");
     const std::string frames = folder.path("rtcm");
-    const ToolRun run =
-        runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--rtcm", frames, "--json"});
-    ASSERT_EQ(run.status, 0) << run.err;
-    const json report = json::parse(run.out);
+    const json report = jsonOf({"corrections", "--master", master, "--aux", other, "--nav", nav, "--rtcm", frames});
     EXPECT_EQ(report["commonEpochs"], 180);
     EXPECT_EQ(report["stations"][0]["slips"], 0) << "simulated slips are reported ones";
     EXPECT_NEAR(report["auxiliaries"][0]["distance"], 5891.0, 5.0);
@@ -98,7 +93,7 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
     }
     EXPECT_GT(compared, 15U * 179U);
 
-    const json sent = json::parse(runTool({"network", frames, "--rtcm-time", "2021-01-01", "--json"}).out);
+    const json sent = jsonOf({"network", frames, "--rtcm-time", "2021-01-01"});
     std::size_t messages = 0;
     for (const json& message : sent["messages"]) {
         if (!message.contains("time")) continue;
@@ -115,12 +110,10 @@ TEST_F(Corrections, OfSimulatedStationsAreTheirAtmosphere) {
 TEST_F(Corrections, PositionsThatCannotBeAreRefused) {
     const std::string master = station("AAAA", "55.0,8.0,50", "1");
     const std::string other = station("BBBB", "55.05,8.03,80", "2");
-    const ToolRun moved = runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--position",
-                                   "55.0,8.0,50", "--position", "55.06,8.03,80"});
-    EXPECT_EQ(moved.status, 1);
-    EXPECT_NE(moved.err.find("BBBB00XXX: the pseudoranges miss its position by some "), std::string::npos) << moved.err;
-    EXPECT_EQ(runTool({"corrections", "--master", master, "--aux", other, "--nav", nav, "--position", "1,2,3"}).status,
-              2);
+    const Arguments arguments{"corrections", "--master", master, "--aux", other, "--nav", nav, "--position"};
+    expectFault(runTool(arguments + Arguments{"55.0,8.0,50", "--position", "55.06,8.03,80"}),
+                "BBBB00XXX: the pseudoranges miss its position by some ");
+    EXPECT_EQ(runTool(arguments + Arguments{"1,2,3"}).status, 2);
 }
 
 }  // namespace

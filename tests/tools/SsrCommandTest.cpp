@@ -10,8 +10,6 @@
 namespace halvex::test {
 namespace {
 
-using nlohmann::json;
-
 /// Clocks (1058) or, as GLONASS, none of its time (1064); orbits with clocks (1060). Zeros but for what is told.
 std::string correction(unsigned number, int time, int issue, int provider, std::initializer_list<int> satellites,
                        int more = 0) {
@@ -38,12 +36,9 @@ std::string stream() {
            Bits{{1058, 12}, {604801, 20}, {0, 60}}.frame() + Msm().frame();
 }
 
-json ssr(const std::vector<std::string>& arguments) {
-    std::vector<std::string> all{"ssr", "--json"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    const ToolRun run = runTool(all);
-    EXPECT_EQ(run.status, 0) << run.err;
-    return run.status == 0 ? json::parse(run.out).at(0) : json();
+json ssr(const Arguments& arguments) {
+    const json reports = jsonOf(Arguments{"ssr"} + arguments);
+    return reports.is_array() ? reports.at(0) : json();
 }
 
 TEST(Ssr, CoverageOfAStreamAndOfItsSet) {
@@ -139,11 +134,9 @@ TEST(Ssr, WhatIsWrongIsOneLine) {
         {"cut off", {folder.path("cut")}, "the last record is cut off after 1 bytes"},
         {"other records", {other}, " blocks are no correction messages"},
     };
-    for (auto [what, arguments, reason] : rows) {
-        arguments.insert(arguments.begin(), "ssr");
-        const ToolRun run = runTool(arguments);
-        EXPECT_EQ(run.status, 1) << what;
-        EXPECT_TRUE(lines(run.err) == 1 && run.err.find(reason) != std::string::npos) << what << ": " << run.err;
+    for (const auto& [what, arguments, reason] : rows) {
+        SCOPED_TRACE(what);
+        expectFault(runTool(Arguments{"ssr"} + arguments), reason);
     }
     // Without a date the days around now; nothing is hidden.
     const json assumed = ssr({folder.path("a")});

@@ -18,6 +18,15 @@
 
 namespace halvex::test {
 
+namespace fs = std::filesystem;
+using nlohmann::json;
+using Arguments = std::vector<std::string>;
+
+inline Arguments operator+(Arguments arguments, const Arguments& more) {
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
 /// What a run of the tool gave.
 struct ToolRun {
     int status = -1;
@@ -26,7 +35,7 @@ struct ToolRun {
 };
 
 /// Runs the tool within the test, its output caught, or handed to `sink`.
-inline ToolRun runTool(const std::vector<std::string>& arguments, std::streambuf* sink = nullptr) {
+inline ToolRun runTool(const Arguments& arguments, std::streambuf* sink = nullptr) {
     const std::ostringstream out, err;
     std::streambuf* const outBefore = std::cout.rdbuf(sink != nullptr ? sink : out.rdbuf());
     std::streambuf* const errBefore = std::cerr.rdbuf(err.rdbuf());
@@ -34,6 +43,23 @@ inline ToolRun runTool(const std::vector<std::string>& arguments, std::streambuf
     std::cout.rdbuf(outBefore);
     std::cerr.rdbuf(errBefore);
     return {status, out.str(), err.str()};
+}
+
+inline std::size_t lines(const std::string& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+/// What a run that succeeds tells as JSON.
+inline json jsonOf(const Arguments& arguments) {
+    const ToolRun run = runTool(arguments + Arguments{"--json"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    return json::parse(run.out, nullptr, false);
+}
+
+/// The run has failed, and said why in one line with that part.
+inline void expectFault(const ToolRun& run, const std::string& part, int status = 1) {
+    EXPECT_EQ(run.status, status) << part << run.err;
+    EXPECT_TRUE(lines(run.err) == 1 && run.err.find(part) != std::string::npos) << part << '\n' << run.err;
 }
 
 /// Makes a simulated station's file in the folder and gives its name.
@@ -89,10 +115,6 @@ inline std::vector<std::string> filesIn(const std::string& folder) {
     }
     std::sort(names.begin(), names.end());
     return names;
-}
-
-inline std::size_t lines(const std::string& text) {
-    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
 }  // namespace halvex::test

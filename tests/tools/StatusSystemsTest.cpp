@@ -8,9 +8,6 @@
 namespace halvex::test {
 namespace {
 
-using nlohmann::json;
-using Arguments = std::vector<std::string>;
-
 /// Systems switched in a registry of its own, all enabled before and after.
 class Systems : public testing::Test {
 protected:
@@ -27,10 +24,10 @@ TEST_F(Systems, ListingAndSwitching) {
         "Galileo  E          3  enabled\nSBAS     S          4  enabled\nBeiDou   C          5  enabled\n"
         "QZSS     J          6  enabled\nNavIC    I          7  enabled\n";
     EXPECT_EQ(runTool({"systems"}).out, all);
-    EXPECT_EQ(json::parse(runTool({"systems", "disable", "glonass", "C", "--json"}).out)["mask"], 0x12);
+    EXPECT_EQ(jsonOf({"systems", "disable", "glonass", "C"})["mask"], 0x12);
     EXPECT_NE(runTool({"systems", "enable", "R"}).out.find("For this process alone"), std::string::npos);
     EXPECT_EQ(readFile(m_registry), "(missing)");
-    const json kept = json::parse(runTool({"systems", "disable", "QZSS", "--persist", "--json"}).out);
+    const json kept = jsonOf({"systems", "disable", "QZSS", "--persist"});
     EXPECT_TRUE(kept["mask"] == 0x30 && kept["persisted"] == true && kept["systems"][4]["enabled"] == false) << kept;
     EXPECT_NE(readFile(m_registry).find("long 48"), std::string::npos);
 
@@ -52,17 +49,14 @@ TEST_F(Systems, EverySubcommandLeavesDisabledOnesOut) {
 
     const ToolRun archive = runTool({"archive", obs, "--out", m_folder.path("some"), "--json"});
     EXPECT_TRUE(archive.err == note && json::parse(archive.out)["disabledSystems"] == names) << archive.err;
-    const json info = json::parse(runTool({"info", obs, m_folder.path("all" + set), "--json"}).out);
+    const json info = jsonOf({"info", obs, m_folder.path("all" + set)});
     for (const json& file : info) {
         EXPECT_TRUE(file["disabledSystems"] == names && file["systems"].size() == 2 && !file["systems"].contains("G"));
     }
     EXPECT_EQ(runTool({"replay", m_folder.path("all" + set)}).out,
               runTool({"replay", m_folder.path("some" + set)}).out);
-    const Arguments site = {"--site", "55.5,8.5,60"};
-    const auto navigation = [&](Arguments arguments) {
-        arguments.insert(arguments.end(), site.begin(), site.end());
-        arguments.insert(arguments.end(), {nav, "--json"});
-        const ToolRun run = runTool(arguments);
+    const auto navigation = [&](const Arguments& arguments) {
+        const ToolRun run = runTool(arguments + Arguments{"--site", "55.5,8.5,60", nav, "--json"});
         EXPECT_TRUE(run.status == 0 && run.err == note) << run.err;
         EXPECT_EQ(json::parse(run.out)["navigation"]["disabledSystems"], names) << run.out;
         return json::parse(run.out);
@@ -76,18 +70,15 @@ TEST_F(Systems, EverySubcommandLeavesDisabledOnesOut) {
     EXPECT_NE(runTool({"orbits", nav}).out.find(" GPS (disabled)"), std::string::npos);
     const std::string again = m_folder.path("again");
     for (const Arguments& source : {Arguments{}, Arguments{"--nav", nav, "--start", "2021-01-01"}}) {
-        Arguments arguments{"simulate", "--out", again, "--hours", "0.1"};
-        arguments.insert(arguments.end(), source.begin(), source.end());
-        EXPECT_EQ(runTool(arguments).status, 0);
+        EXPECT_EQ(runTool(Arguments{"simulate", "--out", again, "--hours", "0.1"} + source).status, 0);
         EXPECT_EQ(readFile(again).find("\nG0"), std::string::npos);
         EXPECT_NE(readFile(again).find("\nR0"), std::string::npos);
     }
-    const json status = json::parse(runTool({"status", obs, "--json"}).out);
+    const json status = jsonOf({"status", obs});
     EXPECT_TRUE(status["disabledSystems"] == names && status["systems"].size() == 2) << status;
 
     runTool({"systems", "enable", "GPS", "Galileo"});
-    EXPECT_EQ(json::parse(runTool({"info", m_folder.path("some" + set), "--json"}).out)[0]["systems"].size(), 2U)
-        << "never written";
+    EXPECT_EQ(jsonOf({"info", m_folder.path("some" + set)})[0]["systems"].size(), 2U) << "never written";
 }
 
 /// Six GPS satellites, every 30 s, on two frequencies; a loss of lock of one of them at 2 min.
@@ -98,8 +89,8 @@ std::string sixSatellites() {
         text += "> 2021 01 01 00 0" + std::to_string(i / 2) + (i % 2 == 0 ? "  0" : " 30") + ".0000000  0  6\n";
         for (char satellite = '1'; satellite <= '6'; ++satellite) {
             const std::string phase = i == 4 && satellite == '6' ? "1 " : "  ";
-            text += std::string("G0") + satellite + "  20000000.123   105000000.456  " +
-                    "  20000000.123   105000000.456" + phase + "\n";
+            text += std::string("G0") + satellite + "  20000000.123   105000000.456    20000000.123   105000000.456" +
+                    phase + "\n";
         }
     }
     return text;
@@ -108,20 +99,14 @@ std::string sixSatellites() {
 TEST(Status, OfAFile) {
     const TemporaryFolder folder;
     writeFile(folder.path("f"), sixSatellites());
-    const json status = json::parse(runTool({"status", folder.path("f"), "--json"}).out);
-    const auto change = [](const char* time, bool fixed, int state, int fixedSatellites) {
-        return json{{"time", time},
-                    {"fixed", fixed},
-                    {"stateChange", state},
-                    {"satellites", 6},
-                    {"fixedSatellites", fixedSatellites}};
-    };
-    EXPECT_EQ(status["changes"],
-              json({change("2021-01-01T00:01:00", true, 1, 6), change("2021-01-01T00:02:00", false, 0, 5)}));
+    const json status = jsonOf({"status", folder.path("f")});
+    EXPECT_EQ(status["changes"], json::parse(R"([
+        {"time": "2021-01-01T00:01:00", "fixed": true, "stateChange": 1, "satellites": 6, "fixedSatellites": 6},
+        {"time": "2021-01-01T00:02:00", "fixed": false, "stateChange": 0, "satellites": 6, "fixedSatellites": 5}])"));
     EXPECT_EQ(status["systems"]["GPS"], json::parse(R"({"satellites": 6, "fixed": 22,
         "first": {"code": 0, "phase": 12, "locked": 24}, "second": {"code": 0, "phase": 14, "locked": 22}})"));
     EXPECT_TRUE(status["epochs"] == 6 && status["fixedEpochs"] == 2 && status["changeCount"] == 2);
-    EXPECT_EQ(json::parse(runTool({"status", folder.path("f"), "--locked", "0", "--json"}).out)["fixedEpochs"], 6);
+    EXPECT_EQ(jsonOf({"status", folder.path("f"), "--locked", "0"})["fixedEpochs"], 6);
 
     writeFile(folder.path("cut"), sixSatellites().substr(0, sixSatellites().size() - 68));
     const ToolRun cut = runTool({"status", folder.path("cut"), "--json"});
