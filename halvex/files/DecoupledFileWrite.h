@@ -70,8 +70,8 @@ public:
     /// have returned before the writer is destroyed.
     void WaitUntilIdle();
 
-    /// How often so far a file could not be opened or bytes could not be written. More than before: something was lost,
-    /// a header or data, by these numbers at most that many requests.
+    /// How often so far a file could not be opened, or a request's header or data not be written. As often as before:
+    /// nothing was lost in between.
     [[nodiscard]] std::uint64_t FailedOperations() const;
 
 protected:

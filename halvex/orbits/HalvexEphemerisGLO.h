@@ -54,7 +54,7 @@ public:
     /// Slot 1 to 24 and week below 10000; nothing else is tested.
     [[nodiscard]] bool IsDataValid() const;
     void SetSimulated(bool on);
-    /// Truncated to an integer; what the field cannot hold becomes 0.
+    /// Truncated to an integer, of which the field keeps 32 bits; what is no integer is not healthy.
     void SetHealth(double health);
     [[nodiscard]] std::uint32_t GetFlags() const { return m_data.flags; }
     void SetFlags(std::uint32_t flags) { m_data.flags = flags; }
