@@ -472,6 +472,7 @@ void orbits() {
 
     CALN::CALX_SAT_ALMANAC gpsAlmanac;
     CALN::CALX_SAT_ALMANAC_GLONASS glonassAlmanac;
+    gpsAlmanac.satId = glonassAlmanac.satId = 7;
     CHalvexAlmanac almanac;
     CHalvexAlmanacGlonass almanacGlonass;
     check(convertGPSAlmanac(gpsAlmanac, almanac) && convertGPSAlmanac(almanac, gpsAlmanac), __LINE__);
