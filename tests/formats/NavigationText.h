@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <string>
-#include <utility>
 
 #include "formats/rinex/NavigationReader.h"
 #include "tests/formats/RinexText.h"
@@ -12,19 +11,7 @@ namespace halvex::test {
 
 inline std::string navigationVersion(const std::string& number, const std::string& type = "NAVIGATION DATA",
                                      const std::string& system = "M") {
-    std::string content = "     " + number;
-    content.resize(20, ' ');
-    content += type;
-    content.resize(40, ' ');
-    return record(content + system, "RINEX VERSION / TYPE");
-}
-
-inline rinex::NavigationReader navigationReaderOf(const std::string& text) {
-    LineReader lines;
-    lines.openBytes("f", text);
-    rinex::NavigationReader reader;
-    static_cast<void>(reader.open(std::move(lines)));
-    return reader;
+    return record(fmt::format("     {:15}{:20}{}", number, type, system), "RINEX VERSION / TYPE");
 }
 
 /// A record whose every field prints its own place: four to a line, the epoch being number 0.

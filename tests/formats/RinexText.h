@@ -31,12 +31,22 @@ inline std::string bodyOf(const std::string& name) {
     return at == std::string::npos ? "(no header)" : text.substr(at + end.size());
 }
 
-/// A reader of the text; the file's name in error messages is "f".
-inline rinex::ObservationReader readerOf(const std::string& text) {
+/// The text, with something else where `from` stands first.
+inline std::string with(std::string text, const std::string& from, const std::string& to) {
+    return text.replace(text.find(from), from.size(), to);
+}
+
+/// The text as a file whose name in error messages is "f".
+inline LineReader linesOf(const std::string& text) {
     LineReader lines;
     lines.openBytes("f", text);
-    rinex::ObservationReader reader;
-    static_cast<void>(reader.open(std::move(lines)));
+    return lines;
+}
+
+template <class Reader = rinex::ObservationReader>
+Reader readerOf(const std::string& text) {
+    Reader reader;
+    static_cast<void>(reader.open(linesOf(text)));
     return reader;
 }
 

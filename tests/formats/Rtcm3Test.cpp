@@ -1,9 +1,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <charconv>
 #include <cmath>
-#include <random>
 
 #include "formats/rinex/EpochBuilder.h"
 #include "formats/rinex/SatelliteName.h"
@@ -64,27 +62,11 @@ std::string story(const std::string& bytes, const SMjdTime& time = kWeek2010) {
     return story(reader);
 }
 
-TEST(Rtcm3Bits, EveryWidthAtEveryPlace) {
-    std::array<unsigned char, 20> bytes{};
-    std::mt19937 random(3);
-    for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
-    for (unsigned start = 0; start < 80; ++start) {
-        for (unsigned width = 0; width <= 64; ++width) {
-            std::uint64_t want = 0;
-            for (unsigned i = start; i < start + width; ++i) want = want << 1U | (bytes[i / 8] >> (7 - i % 8) & 1U);
-            BitReader in(bytes);
-            in.skip(start);
-            ASSERT_EQ(in.bits(width), want) << start << ' ' << width;
-        }
-    }
+TEST(Rtcm3Bits, SignsAndTheEnd) {
     const std::array<unsigned char, 2> two{0x9F, 0xFF};  // 100 11111 | 1111 1111
     BitReader in(two);
-    EXPECT_EQ(in.signedBits(3), -4);
-    EXPECT_EQ(in.signMagnitude(4), -7);
-    EXPECT_EQ(in.signedBits(9), -1);
-    EXPECT_TRUE(in.ok());
-    EXPECT_EQ(in.bits(1), 0U);
-    EXPECT_FALSE(in.ok());
+    EXPECT_TRUE(in.signedBits(3) == -4 && in.signMagnitude(4) == -7 && in.signedBits(9) == -1 && in.ok());
+    EXPECT_TRUE(in.bits(1) == 0 && !in.ok());
     EXPECT_EQ(BitReader(two).signMagnitude(3), 0);
 }
 
@@ -99,7 +81,6 @@ TEST(Rtcm3Frames, FoundWhereverTheyAre) {
         {"reserved bits", "\xD3\x80" + kPublished, 1, 2, 0},
         {"a length that the input does not have", "\xD3\x03\xFF" + kPublished, 1, 3, 0},
         {"a preamble at the end", kPublished + "\xD3", 1, 1, 0},
-        {"no message in the frame", test::frameOf("") + kPublished, 2, 0, 0},
         {"longest", test::frameOf(std::string(1023, 'y')) + kPublished, 2, 0, 0},
         {"packed", test::gzip(kPublished + kPublished), 2, 0, 0},
         {"across blocks", std::string(65530, '\xD3') + kPublished, 1, 65530, 0},
@@ -119,9 +100,6 @@ TEST(Rtcm3Frames, FoundWhereverTheyAre) {
         EXPECT_FALSE(reader.next()) << size;
         EXPECT_EQ(reader.unframedBytes(), size);
     }
-    FrameReader igs;
-    igs.open(inputOf("?" + Bits{{4076, 12}, {1, 3}, {201, 8}, {0, 17}}.frame()));
-    EXPECT_TRUE(igs.next() && igs.counts().at({4076, 201}).first == 1);
     ByteInput text = inputOf("     3.05           OBSERVATION DATA"), stream = inputOf("\r\n" + kPublished);
     EXPECT_FALSE(isStream(text));
     EXPECT_TRUE(isStream(stream));
@@ -134,9 +112,7 @@ TEST(Rtcm3Station, PublishedPositionAndNames) {
         names.add(static_cast<std::int64_t>(text.size()), 8);
         for (const char c : text) names.add(static_cast<unsigned char>(c), 8);
     }
-    Msm msm;
-    msm.station = 2003;
-    StreamReader reader = readerOf(kPublished + names.frame() + msm.frame());
+    StreamReader reader = readerOf(kPublished + names.frame() + Msm{.station = 2003}.frame());
     story(reader);
     const rinex::ObservationHeader& header = reader.header();
     ASSERT_TRUE(header.position);
@@ -149,42 +125,28 @@ TEST(Rtcm3Station, PublishedPositionAndNames) {
 
 TEST(Rtcm3Msm, ValuesInUnitsOfFiles) {
     // 70.5 ms; a code of 2^10 steps of 2^-29 ms is 0.572 m, a phase of -2^12 steps of 2^-31 ms -0.572 m.
-    Msm msm;
-    msm.code = 1024;
-    msm.phase = -4096;
-    msm.rate = -5000;
     const auto want = [](int codeExponent, int phaseExponent) {
         constexpr double kWavelength = 299792458.0 / 1575.42e6;
         return fmt::format("2010:1 G05 C1C={:.3f} L1C={:.3f}",
                            70.5 * kMillisecond + std::ldexp(kMillisecond, codeExponent),
                            (70.5 * kMillisecond - std::ldexp(kMillisecond, phaseExponent)) / kWavelength);
     };
-    EXPECT_EQ(story(msm.frame()), want(10 - 29, 12 - 31) + " D1C=-522.876 S1C=45.000\n");  // of -99.5 m/s
-    Msm low = msm;                                                                         // coarser steps, no rate
-    low.number = 1074;
-    low.cno = 45;
-    low.lock = 6;
-    EXPECT_EQ(story(low.frame()), want(10 - 24, 12 - 29) + " S1C=45.000\n");
-    Msm absent = msm;
-    absent.code = -(1 << 19);
-    absent.phase = -(1 << 23);
-    absent.rate = -(1 << 14);
-    EXPECT_EQ(story(absent.frame()), "2010:1 G05 S1C=45.000\n");
-    absent = msm;
-    absent.wholeRange = 255;
-    absent.cno = 0;
-    absent.roughRate = -(1 << 13);
-    EXPECT_EQ(story(absent.frame()), "2010:1 G05\n");
+    EXPECT_EQ(story(Msm{.code = 1024, .phase = -4096, .rate = -5000}.frame()),
+              want(10 - 29, 12 - 31) + " D1C=-522.876 S1C=45.000\n");  // of -99.5 m/s
+    EXPECT_EQ(story(Msm{.number = 1074, .code = 1024, .phase = -4096, .lock = 6, .cno = 45}.frame()),
+              want(10 - 24, 12 - 29) + " S1C=45.000\n");  // coarser steps, no rate
+    const Msm without{.code = -(1 << 19), .phase = -(1 << 23), .rate = -(1 << 14)};
+    EXPECT_EQ(story(without.frame()), "2010:1 G05 S1C=45.000\n");
+    const Msm nowhere{.wholeRange = 255, .roughRate = -(1 << 13), .code = 1024, .phase = -4096, .cno = 0};
+    EXPECT_EQ(story(nowhere.frame()), "2010:1 G05\n");
 }
 
 TEST(Rtcm3Msm, SystemsSignalsAndTimes) {
     const auto first = [](unsigned number, unsigned satellite, unsigned signal, std::int64_t time) {
-        Msm msm;
-        msm.number = number;
-        msm.satellites = std::uint64_t{1} << (64 - satellite);
-        msm.signals = std::uint32_t{1} << (32 - signal);
-        msm.time = time;
-        msm.roughRate = -(1 << 13);
+        const Msm msm{.number = number,
+                      .time = time,
+                      .satellites = std::uint64_t{1} << (64 - satellite),
+                      .signals = std::uint32_t{1} << (32 - signal)};
         const std::string told = story(msm.frame());
         return told.substr(0, told.find('='));
     };
@@ -205,31 +167,28 @@ TEST(Rtcm3Msm, SystemsSignalsAndTimes) {
 }
 
 TEST(Rtcm3Msm, SignalsOfTheMask) {
-    const std::pair<char, const char*> rows[] = {
-        {'G', "2:1C 3:1P 4:1W 8:2C 9:2P 10:2W 15:2S 16:2L 17:2X 22:5I 23:5Q 24:5X 30:1S 31:1L 32:1X "},
-        {'R', "2:1C 3:1P 8:2C 9:2P "},
-        {'E',
-         "2:1C 3:1A 4:1B 5:1X 6:1Z 8:6C 9:6A 10:6B 11:6X 12:6Z 14:7I 15:7Q 16:7X 18:8I 19:8Q 20:8X 22:5I 23:5Q "
-         "24:5X "},
-        {'S', "2:1C 22:5I 23:5Q 24:5X "},
-        {'C', "2:2I 3:2Q 4:2X 8:6I 9:6Q 10:6X 14:7I 15:7Q 16:7X 22:5D 23:5P 24:5X 25:7D 30:1D 31:1P 32:1X "},
-        {'J', "2:1C 9:6S 10:6L 11:6X 15:2S 16:2L 17:2X 22:5I 23:5Q 24:5X 30:1S 31:1L 32:1X "},
-        {'I', "8:9A 22:5A "},
-    };
-    for (const auto& [letter, want] : rows) {
-        std::string all;
+    std::string all;
+    for (const char letter : {'G', 'R', 'E', 'S', 'C', 'J', 'I'}) {
+        all += letter;
         for (unsigned id = 0; id <= 33; ++id) {
             const Signal signal = signalOfMask(systemOfLetter(letter)->code, id);
-            if (signal.band != 0) all += fmt::format("{}:{}{} ", id, signal.band, signal.attribute);
+            if (signal.band != 0) all += fmt::format(" {}:{}{}", id, signal.band, signal.attribute);
         }
-        EXPECT_EQ(all, want);
+        all += '\n';
     }
+    EXPECT_EQ(all,
+              "G 2:1C 3:1P 4:1W 8:2C 9:2P 10:2W 15:2S 16:2L 17:2X 22:5I 23:5Q 24:5X 30:1S 31:1L 32:1X\n"
+              "R 2:1C 3:1P 8:2C 9:2P\n"
+              "E 2:1C 3:1A 4:1B 5:1X 6:1Z 8:6C 9:6A 10:6B 11:6X 12:6Z 14:7I 15:7Q 16:7X 18:8I 19:8Q 20:8X 22:5I 23:5Q "
+              "24:5X\n"
+              "S 2:1C 22:5I 23:5Q 24:5X\n"
+              "C 2:2I 3:2Q 4:2X 8:6I 9:6Q 10:6X 14:7I 15:7Q 16:7X 22:5D 23:5P 24:5X 25:7D 30:1D 31:1P 32:1X\n"
+              "J 2:1C 9:6S 10:6L 11:6X 15:2S 16:2L 17:2X 22:5I 23:5Q 24:5X 30:1S 31:1L 32:1X\n"
+              "I 8:9A 22:5A\n");
 }
 
 TEST(Rtcm3Msm, DamagedOnesAreRefused) {
-    Msm msm;
-    msm.satellites = 0xFFULL << 40U;
-    msm.signals = 0xFFU << 20U;
+    Msm msm{.satellites = 0xFFULL << 40U, .signals = 0xFFU << 20U};
     const std::string whole = msm.bits().message();
     ObservationMessage message;
     const auto reads = [&](const std::string& bytes) {
@@ -247,12 +206,8 @@ TEST(Rtcm3Msm, DamagedOnesAreRefused) {
 
 TEST(Rtcm3Stream, EpochsAreAssembled) {
     const auto at = [](unsigned number, std::int64_t time, bool more, unsigned station = 7) {
-        Msm msm;
-        msm.number = number;
-        msm.time = time;
-        msm.more = more;
-        msm.station = station;
-        msm.wholeRange = 255;
+        Msm msm{number, station, time, more};
+        msm.wholeRange = 255;  // none, so that a line has few values
         msm.roughRate = -(1 << 13);
         return msm.frame();
     };
@@ -273,13 +228,8 @@ TEST(Rtcm3Stream, EpochsAreAssembled) {
 
 TEST(Rtcm3Stream, LockTimesAndHalfCycles) {
     const auto told = [](unsigned number, std::int64_t lock1, std::int64_t lock2, std::int64_t seconds) {
-        Msm one;
-        one.number = number;
-        one.lock = lock1;
-        Msm two = one;
-        two.lock = lock2;
-        two.half = 1;
-        two.time += seconds * 1000;
+        const Msm one{.number = number, .time = 0, .lock = lock1};
+        const Msm two{.number = number, .time = seconds * 1000, .lock = lock2, .half = 1};
         const std::string text = story(one.frame() + two.frame());
         const std::size_t mark = text.find('!');
         return mark == std::string::npos ? '-' : text[mark + 1];
@@ -289,14 +239,12 @@ TEST(Rtcm3Stream, LockTimesAndHalfCycles) {
                           told(1077, 63, 224, 3), told(1077, 704, 704, 3000)}),
               (std::array{'2', '3', '2', '3', '2'}));
     EXPECT_EQ((std::array{told(1074, 6, 6, 1), told(1074, 6, 5, 1), told(1074, 4, 5, 2)}), (std::array{'2', '3', '3'}));
-    const std::tuple<LockTime, double, double> bounds[] = {{lockTimeMsm(1), 32, 64},
-                                                           {lockTimeMsm(15), 524288, 0},
-                                                           {lockTimeExtended(95), 126, 128},
-                                                           {lockTimeExtended(704), 67108864, 0},
-                                                           {lockTimeObservation(24), 24000, 26000},
-                                                           {lockTimeObservation(126), 936000, 937000},
-                                                           {lockTimeObservation(127), 937000, 0}};
-    for (const auto& [lock, least, below] : bounds) EXPECT_TRUE(lock.atLeast == least && lock.below == below) << least;
+    std::string bounds;
+    for (const LockTime& lock : {lockTimeMsm(1), lockTimeMsm(15), lockTimeExtended(95), lockTimeExtended(704),
+                                 lockTimeObservation(24), lockTimeObservation(126), lockTimeObservation(127)}) {
+        bounds += fmt::format("{} {}, ", lock.atLeast, lock.below);
+    }
+    EXPECT_EQ(bounds, "32 64, 524288 0, 126 128, 67108864 0, 24000 26000, 936000 937000, 937000 0, ");
 }
 
 TEST(Rtcm3Stream, LegacyObservationsAndTheirPhases) {
@@ -316,10 +264,8 @@ TEST(Rtcm3Stream, LegacyObservationsAndTheirPhases) {
     };
     const std::string text = story(gps(1000, far) + gps(2000, stepped));
     EXPECT_EQ(text.substr(0, line(1).size()), line(1));
-    const std::size_t second = text.find("L1C=", line(1).size());
-    double phase = 0.0;
-    std::from_chars(text.data() + second + 4, text.data() + text.size(), phase);
-    EXPECT_NEAR(phase, (range + far * 0.0005) / wavelength, 0.002);
+    // To the tenth of a cycle: steps are not whole thousandths.
+    EXPECT_TRUE(text.substr(line(1).size()).starts_with(line(2).substr(0, line(2).find(" S1C") - 2))) << text;
 
     const auto glonass = [](bool more) {
         return Bits{{1012, 12}, {7, 12}, {10800000, 27}, {more, 1}, {1, 5}, {0, 4},  {24, 6}, {1, 1}, {9, 5}, {100, 25},
@@ -355,9 +301,7 @@ TEST(Rtcm3Ephemerides, ElementsAndWeeks) {
         std::tuple(-kPi / 2, kPi / 4, kPi * 3 / 8, -kPi / 4, kPi * 0x1p-39, kPi * -100 * 0x1p-43, kPi * -0x1p-40));
 
     // Sent in week 2010 for the first hours of 2011, and dated by the observations beside it.
-    Msm msm;
-    msm.time = 604000000;
-    msm.wholeRange = 255;
+    const Msm msm{.time = 604000000, .wholeRange = 255};
     EXPECT_TRUE(story(msm.frame() + gpsEphemeris(5, 986, 0).frame()).ends_with("\nG05 2011:0\n"));
     EXPECT_EQ(story(gpsEphemeris(5, 986, 0).frame() + msm.frame(), SMjdTime()), "G05 2010:0\n");  // in doubt: no date
     EXPECT_EQ(story(gpsEphemeris(33, 986, 0).frame()), "");

@@ -7,17 +7,14 @@
 
 #include "formats/rinex/SatelliteName.h"
 #include "formats/sp3/PreciseOrbits.h"
+#include "tests/formats/RinexText.h"
 
 namespace halvex::sp3 {
 namespace {
 
+using test::linesOf;
+using test::with;
 using Result = Sp3Reader::Result;
-
-LineReader linesOf(const std::string& text) {
-    LineReader lines;
-    lines.openBytes("f", text);
-    return lines;
-}
 
 const std::string kHeader =  // seven lines
     "#cP2022  1  1  0  0  0.00000000       2 u+U   IGS14 FIT ABCD\n"
@@ -32,10 +29,6 @@ const std::string kG01 = "PG01  13882.271938 -21710.006216   5357.125462    469.
 const std::string kR26 = "PR26      0.000000      0.000000      0.000000 999999.999999\n";
 const std::string kGood = "*  2022  1  1  0 15  0.00000000\n" + kR26 + "EOF\n";
 const std::string kToldG01 = " G01=13882271.938,-21710006.216,5357125.462/0.000469127768";
-
-std::string with(std::string text, const std::string& from, const std::string& to) {
-    return text.replace(text.find(from), from.size(), to);
-}
 
 SMjdTime at(double seconds) {
     SMjdTime time(2022, 1, 1, 0, 0, 0.0);
@@ -74,9 +67,8 @@ TEST(Sp3Reader, Header) {
     ASSERT_TRUE(reader.open(linesOf(kHeader + kEpoch)));
     const Header& header = reader.header();
     EXPECT_EQ(header.dataUsed + header.coordinateSystem + header.orbitType + header.agency, "u+UIGS14FITABCD");
-    ASSERT_EQ(header.satellites.size(), 2U);
-    EXPECT_EQ(header.satellites[0].accuracy, 0.032);
-    EXPECT_EQ(header.satellites[1].accuracy, 0.0) << "the third of the list; unknown";
+    EXPECT_EQ(std::pair(header.satellites.at(0).accuracy, header.satellites.at(1).accuracy), std::pair(0.032, 0.0))
+        << "the second is the third of the list; unknown";
 }
 
 TEST(Sp3Reader, RecordsFlagsAndWhatIsReadOver) {
@@ -100,11 +92,9 @@ TEST(Sp3Reader, FaultsAndWhereItGoesOn) {
     const std::tuple<const char*, const char*, const char*> headers[] = {
         {"#cP", "#eP", "1: SP3 version 'e' is not a, b, c or d"},
         {"2022  1  1", "2022  2 29", "1: the start \"2022  2 29  0  0  0.00000000\" is no date and time"},
-        {"900.00000000", "  0.00000000", "2: the interval \"0.00000000\" is none"},
         {"L05", "L 0", "3: satellite \"L 0\" is of no known system"},
         {"L05", "R26", "8: the header lists satellite R26 twice"},
         {"L05", "  0", "8: the header announces 3 satellites and lists 2"},
-        {"GPS", "XYZ", "5: the time system \"XYZ\" is unknown"},
     };
     for (const auto& [from, to, error] : headers) {
         EXPECT_EQ(story(with(kHeader, from, to) + kGood), "! f:" + std::string(error) + '\n');

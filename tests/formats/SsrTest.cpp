@@ -122,7 +122,6 @@ std::vector<std::pair<std::string, std::string>> goldens() {
             kClockText);
     put(head(1240, 171680), {{{0, 1}}, kSame, {{1, 6}, {36, 6}, {1023, 10}}, kOrbit},
         "1 3 2010:171680" + common + "0; E36 0 1023 " + kOrbitText);
-    put(head(1247, 171680), {kSame, {{1, 4}, {10, 4}}, kClock}, "3 6 2010:171680" + common + "0; J10 " + kClockText);
     put(head(1252, 171680), {{{0, 1}}, kSame, {{1, 6}, {0, 6}, {511, 9}, {0x89ABCD, 24}}, kOrbit},
         "1 4 2010:171680" + common + "0; S20 511 9022413 " + kOrbitText);
     put(head(1258, 171666), {{{0, 1}}, kSame, {{1, 6}, {62, 6}, {316, 10}, {230, 8}}, kOrbit},
