@@ -98,13 +98,5 @@ TEST_F(ArchiveRealData, ComesBackToTheLastPrintedDigit) {
     }
 }
 
-TEST_F(ArchiveRealData, AFaultCostsItsEpochAlone) {
-    const TemporaryFolder folder;
-    const std::string source = path("odd/test_input_rinex3_obs_BadLineSize.15o");
-    const ToolRun run = runTool({"archive", source, "--out", folder.path("archive"), "--keep-going", "--json"});
-    EXPECT_EQ(run.err, "halvex: " + source + ":35: G05: column 115: signal strength \"z\" is not 0 to 9\n");
-    EXPECT_EQ(nlohmann::json::parse(run.out)["sets"][0]["epochs"], 36);
-}
-
 }  // namespace
 }  // namespace halvex::test

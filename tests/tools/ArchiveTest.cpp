@@ -17,8 +17,6 @@
 namespace halvex::test {
 namespace {
 
-using Names = std::vector<std::string>;
-
 class Archive : public testing::Test {
 protected:
     ToolRun archive(const std::string& file, const Arguments& more = {}) {
@@ -91,15 +89,12 @@ TEST_F(Archive, NamesOfSeveralStations) {
                                  file("abcd0010.21o", "OTHER", "     1.000"), file("f", "WXYZ01NLD", "     0.100"),
                                  file("g", "Ten-Ten", "   300.000"), file("h", "", ""), "--out", out});
     ASSERT_EQ(run.status, 0) << run.err;
-    Names bases;
-    for (const std::string& name : filesIn(out)) {
-        if (name.back() == 't') bases.push_back(name.substr(0, name.size() - 1));
-    }
-    EXPECT_EQ(bases, (Names{"ABCD00XXX_R_20210010000_01D_01S_GO", "ESBC12DNK_R_20210010000_01D_30S_GO",
-                            "TENT00XXX_R_20210010000_01D_05M_GO", "UNKN00XXX_R_20210010000_01D_00U_GO",
-                            "WXYZ01NLD_R_20210010000_01D_10Z_GO"}));
     ASSERT_EQ(archive(folder.path("f"), {"--site", "site07DEU"}).status, 0);
-    EXPECT_TRUE(fs::exists(folder.path("a/SITE07DEU_R_20210010000_01D_10Z_GOt")));
+    for (const char* name : {"ABCD00XXX_R_20210010000_01D_01S_GO", "ESBC12DNK_R_20210010000_01D_30S_GO",
+                             "TENT00XXX_R_20210010000_01D_05M_GO", "UNKN00XXX_R_20210010000_01D_00U_GO",
+                             "WXYZ01NLD_R_20210010000_01D_10Z_GO", "SITE07DEU_R_20210010000_01D_10Z_GO"}) {
+        EXPECT_EQ(recordsOf(out + '/' + name).size(), 1U) << name;
+    }
 }
 
 TEST_F(Archive, ASecondFileContinues) {
@@ -151,7 +146,6 @@ TEST_F(Archive, PlacesThatCannotBeReadOrWritten) {
     fs::create_directory(set + "t");
     const std::tuple<std::string, std::string, std::string> rows[] = {
         {folder.path("none"), "a", folder.path("none") + ": cannot be opened: No such file or directory"},
-        {file + "/below", "a", file + "/below: cannot be opened: Not a directory"},
         {folder.path(""), "a", folder.path("") + ": is a folder"},
         {file, "f/below", file + "/below: the folder cannot be made: Not a directory"},
         {file, "a", set + "t: the set cannot be opened: Is a directory"}};

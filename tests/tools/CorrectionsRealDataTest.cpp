@@ -34,20 +34,17 @@ Phases phasesOf(const std::vector<std::string>& files, const std::vector<std::st
     return phases;
 }
 
-class CorrectionsRealData : public RealData {
-protected:
-    /// Largest differences that atmosphere and positions can make [m].
-    struct Bounds {
-        double geometric, ionospheric;
-        double step;  // of either from one epoch to the next
-    };
-    /// Master and auxiliary with the ephemerides for both, their distance [km], epochs.
-    void compare(const std::vector<std::string>& files, const std::vector<std::string>& navigation, double distance,
-                 std::size_t epochs, const Bounds& bounds);
+using CorrectionsRealData = RealData;
+
+/// Largest differences that atmosphere and positions can make [m].
+struct Bounds {
+    double geometric, ionospheric;
+    double step;  // of either from one epoch to the next
 };
 
-void CorrectionsRealData::compare(const std::vector<std::string>& files, const std::vector<std::string>& navigation,
-                                  double distance, std::size_t epochs, const Bounds& bounds) {
+/// Master and auxiliary with the ephemerides for both, their distance [km], epochs.
+void compare(const Arguments& files, const Arguments& navigation, double distance, std::size_t epochs,
+             const Bounds& bounds) {
     const json report = jsonOf(Arguments{"corrections", "--master", files[0], "--aux", files[1], "--nav"} + navigation);
     EXPECT_NEAR(report["auxiliaries"][0]["distance"].get<double>() / 1000.0, distance, 0.005);
     EXPECT_EQ(report["stations"][0]["slips"], 0);
@@ -91,8 +88,7 @@ void CorrectionsRealData::compare(const std::vector<std::string>& files, const s
 }
 
 TEST_F(CorrectionsRealData, BehaveAsPhysicsSays) {
-    const std::vector<std::string> streams{path("rtcm/week-rollover-STR17.rtcm3"),
-                                           path("rtcm/week-rollover-STR24.rtcm3")};
+    const Arguments streams{path("rtcm/week-rollover-STR17.rtcm3"), path("rtcm/week-rollover-STR24.rtcm3")};
     compare(streams, streams, 0.070, 1124, {0.12, 0.07, 0.06});
     const std::string first = path("obs/rinex2_2005092/07590920.05"), other = path("obs/rinex2_2005092/30400920.05");
     compare({first + "o", other + "o"}, {first + "n"}, 3.335, 119, {0.2, 0.12, 0.06});

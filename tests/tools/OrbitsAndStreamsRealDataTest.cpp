@@ -1,4 +1,3 @@
-#include <cmath>
 #include <tuple>
 
 #include "tests/formats/RealData.h"
@@ -35,33 +34,27 @@ TEST_F(OrbitsRealData, AgreeWithPreciseOnes) {
     }
 }
 
-/// A day's orbits and a station's observations of it: epochs, and the share of expected satellites without BeiDou,
-/// whose newest ones receivers did not know for years.
+/// Orbits and a station's observations: epochs, and the least share of expected satellites, without BeiDou, whose
+/// newest ones receivers did not know for years.
 TEST_F(OrbitsRealData, WhatStationsTrackedWasPredictedAboveTheirHorizon) {
-    const std::tuple<const char*, const char*, int> rows[] = {
-        {"nav/BRDC00IGS_R_20220010000_01D_MN.rnx.gz", "obs/TLSE00FRA_R_20220010000_01H_30S_MO.rnx.gz", 120},
-        {"nav/ESBC00DNK_R_20201770000_01D_MN.rnx.gz", "obs/ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz", 2880},
+    const std::tuple<const char*, const char*, int, std::size_t, double> rows[] = {
+        {"nav/BRDC00IGS_R_20220010000_01D_MN.rnx.gz", "obs/TLSE00FRA_R_20220010000_01H_30S_MO.rnx.gz", 120, 0, 0.99},
+        {"nav/ESBC00DNK_R_20201770000_01D_MN.rnx.gz", "obs/ESBC00DNK_R_20201770000_01D_30S_MO.rnx.gz", 2880, 0, 0.99},
+        {"rtcm/week-rollover-STR17.rtcm3", "rtcm/week-rollover-STR17.rtcm3", 1126, 2, 1.0},
     };
-    for (const auto& [orbits, observations, epochs] : rows) {
+    for (const auto& [orbits, observations, epochs, without, share] : rows) {
         const json report = jsonOf({"sky", path(orbits), "--tracked", path(observations)});
         EXPECT_EQ(report["epochs"], epochs) << observations;
         EXPECT_EQ(report["agrees"], true) << report["belowHorizon"];
-        EXPECT_EQ(report["withoutOrbit"].size(), 0U) << report["withoutOrbit"];
+        EXPECT_EQ(report["withoutOrbit"].size(), without) << report["withoutOrbit"];
         for (const char* const system : {"GPS", "GLONASS", "Galileo"}) {
-            EXPECT_GT(report["systems"][system]["share"], 0.99) << observations << " " << system;
+            EXPECT_GE(report["systems"][system]["share"], share) << observations << " " << system;
         }
     }
 }
 
 TEST_F(StreamRealData, ANetwork) {
     const json report = jsonOf({"network", path("rtcm/1012_first.rtcm")});
-    for (const auto& message : report["messages"]) {
-        const int references = message.value("referenceStations", 12);
-        EXPECT_TRUE(references == 12 || references == 13) << message;
-        for (const auto& satellite : message.value("satellites", json::array())) {
-            EXPECT_LT(satellite["byDistance"].get<double>() + satellite["ionosphericByDistance"].get<double>(), 0.5);
-        }
-    }
     std::string counts;
     for (const auto& series : report["series"]) counts += series["message"].dump() + ":" + series["count"].dump() + " ";
     EXPECT_EQ(counts, "1030:5 1031:5 1032:15 ");
@@ -80,26 +73,10 @@ TEST_F(StreamRealData, EphemeridesAreOrbits) {
         {"rtcm/week-rollover-STR24.rtcm3", 622, "2018-07-14T21:00:00", "2018-07-15T02:00:00"},
     };
     for (const auto& [file, orbits, from, to] : rows) {
-        const json report = jsonOf({"orbits", path(file)});
-        const json& read = report["navigation"];
+        const json read = jsonOf({"orbits", path(file)})["navigation"];
         EXPECT_EQ(std::tuple(read["orbits"], read["faults"], read["from"], read["to"]), std::tuple(orbits, 0, from, to))
             << file;
-        for (const auto& satellite : report["positions"]) {
-            const auto& at = satellite["position"];
-            const double radius = std::hypot(at[0].get<double>(), at[1].get<double>(), at[2].get<double>());
-            EXPECT_TRUE(radius > 2.3e7 && radius < 4.6e7) << satellite["satellite"] << ' ' << radius;
-        }
     }
-}
-
-TEST_F(StreamRealData, WhatWasTrackedIsWhereTheStreamsOrbitsSay) {
-    const std::string file = path("rtcm/week-rollover-STR17.rtcm3");
-    const json report = jsonOf({"sky", file, "--tracked", file});
-    EXPECT_EQ(std::tuple(report["epochs"], report["agrees"]), std::tuple(1126, true));
-    for (const char* const system : {"GPS", "GLONASS", "Galileo", "QZSS"}) {
-        EXPECT_EQ(report["systems"][system]["share"], 1.0) << system;
-    }
-    EXPECT_EQ(jsonOf({"status", file})["epochs"], 1126);
 }
 
 }  // namespace

@@ -21,29 +21,25 @@ protected:
 };
 
 TEST_F(Replay, FromAndTo) {
-    const std::string first = "2021-01-02T23:30:00", last = "2021-01-03T00:29:00";
-    using Text = std::string;
-    const std::tuple<const char*, Text, Text, Text, Text, std::size_t> rows[] = {
-        {"before the first, after the last", "2021-01-01", "2021-02-01", first, last, 60},
-        {"between epochs", "2021-01-02T23:35:00.001", "2021-01-02T23:36:59.999", "2021-01-02T23:36:00",
-         "2021-01-02T23:36:00", 1},
-        {"across an index entry", "2021-01-02 23:39", "2021-01-02 23:51", "2021-01-02T23:39:00", "2021-01-02T23:51:00",
-         13},
-        {"across the week's end", "2138:604740", "2139:60", "2021-01-02T23:59:00", "2021-01-03T00:01:00", 3},
-        {"a week before: its time of week is in the index", "2020-12-26T23:55", "", first, last, 60},
-        {"behind the last", "2021-01-03T00:29:00.001", "", "", "", 0},
-        {"the wrong way round", "2021-01-03", "2021-01-02", "", "", 0},
+    // What it is; how many epochs, day and time of the first and the last.
+    const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
+        {"before the first, after the last", "2021-01-01", "2021-02-01", "60 02T23:30 03T00:29"},
+        {"between epochs", "2021-01-02T23:35:00.001", "2021-01-02T23:36:59.999", "1 02T23:36 02T23:36"},
+        {"across an index entry", "2021-01-02 23:39", "2021-01-02 23:51", "13 02T23:39 02T23:51"},
+        {"across the week's end", "2138:604740", "2139:60", "3 02T23:59 03T00:01"},
+        {"a week before: its time of week is in the index", "2020-12-26T23:55", "2140:0", "60 02T23:30 03T00:29"},
+        {"behind the last", "2021-01-03T00:29:00.001", "2140:0", "0"},
+        {"the wrong way round", "2021-01-03", "2021-01-02", "0"},
     };
-    for (const auto& [what, from, to, begin, end, epochs] : rows) {
-        std::vector<std::string> arguments = {"replay", saturday, sunday, "--json", "--from", from};
-        if (!to.empty()) arguments.insert(arguments.end(), {"--to", to});
-        const ToolRun run = runTool(arguments);
+    for (const auto& [what, from, to, want] : rows) {
+        const ToolRun run = runTool({"replay", saturday, sunday, "--json", "--from", from, "--to", to});
         EXPECT_EQ(run.status, 0) << what << run.err;
-        ASSERT_EQ(lines(run.out), epochs) << what;
-        if (epochs == 0) continue;
-        const auto timeOf = [](const std::string& line) { return json::parse(line)["time"].get<std::string>(); };
-        EXPECT_EQ(timeOf(run.out.substr(0, run.out.find('\n'))), begin) << what;
-        EXPECT_EQ(timeOf(run.out.substr(run.out.rfind('\n', run.out.size() - 2) + 1)), end) << what;
+        std::string told = std::to_string(lines(run.out));
+        for (const std::size_t at : {std::size_t{0}, run.out.rfind('\n', run.out.size() - 2) + 1}) {
+            const std::string line = run.out.substr(at, run.out.find('\n', at) - at);
+            if (!line.empty()) told += ' ' + json::parse(line)["time"].get<std::string>().substr(8, 8);
+        }
+        EXPECT_EQ(told, want) << what;
     }
 }
 
@@ -114,8 +110,6 @@ TEST_F(Replay, WhatIsNoSetIsToldInOneLine) {
     fs::remove(damaged + "t");
     EXPECT_EQ(runTool({"replay", damaged}).err,
               "halvex: " + damaged + ": no such set: there is no file " + damaged + "t\n");
-    fs::create_directory(damaged + "t");
-    EXPECT_EQ(runTool({"replay", damaged}).err, "halvex: " + damaged + "t: cannot be read: Is a directory\n");
     writeFile(saturday + "h", "no header\n");
     EXPECT_TRUE(runTool({"replay", saturday}).err.starts_with("halvex: " + saturday + "h:1: "));
 }

@@ -52,8 +52,7 @@ TEST(ToolNetwork, ListsMessagesStationsAndGaps) {
     const ToolRun text = runTool({"network", file});
     CSatelliteSystemDisablingHelper::SetSatSystemDisableMask(0, false);
     EXPECT_EQ(text.err, "halvex: disabled and left out: GLONASS\n");
-    EXPECT_NE(text.out.find("1017  network 7 subnetwork 3 master 1 auxiliary 2 secondsOfWeek 106; G05 geometric - m "
-                            "ionospheric -0.0125 m issueOfData 88 cycles right slips 4\n"),
+    EXPECT_NE(text.out.find("G05 geometric - m ionospheric -0.0125 m issueOfData 88 cycles right slips 4\n"),
               std::string::npos)
         << text.out;
     EXPECT_EQ(text.out.find("1039"), std::string::npos) << text.out;
@@ -62,22 +61,15 @@ TEST(ToolNetwork, ListsMessagesStationsAndGaps) {
     expectFault(runTool({"network", file}), file + ": is no RTCM 3 stream: no frame at its beginning\n");
 }
 
-std::string streamFile(const TemporaryFolder& folder) {
+TEST(ToolStreams, InfoCountsMessagesAndArchiveKeepsOneStationAndNeedsADate) {
+    const TemporaryFolder folder;
+    const std::string file = folder.path("stream"), out = folder.path("out");
     std::string stream;
     for (int second = 0; second < 3; ++second) {
-        Msm msm;
-        msm.time = 1000 * second;
-        stream += msm.frame() + "noise";
-        msm.station = 8;
-        stream += msm.frame();
+        stream += Msm{.time = 1000 * second}.frame() + "noise" + Msm{.station = 8, .time = 1000 * second}.frame();
     }
-    writeFile(folder.path("stream"), stream);
-    return folder.path("stream");
-}
-
-TEST(ToolStreams, InfoCountsMessages) {
-    const TemporaryFolder folder;
-    const json report = jsonOf({"info", streamFile(folder)}).at(0);
+    writeFile(file, stream);
+    json report = jsonOf({"info", file}).at(0);
     const std::size_t frame = Msm().frame().size();
     EXPECT_EQ(report["messages"],
               (json{{{"number", 1077}, {"count", 6}, {"firstByte", 0}, {"lastByte", 5 * frame + 15}}}));
@@ -85,15 +77,10 @@ TEST(ToolStreams, InfoCountsMessages) {
     EXPECT_EQ(report["systems"]["G"]["satellites"], json{"G05"});
     EXPECT_EQ(report["other"]["bytes in no frame"], 15);
     EXPECT_FALSE(report.contains("from"));  // nothing tells the date
-}
 
-TEST(ToolStreams, ArchiveKeepsOneStationAndNeedsADate) {
-    const TemporaryFolder folder;
-    const std::string file = streamFile(folder);
-    const std::string out = folder.path("out");
     expectFault(runTool({"archive", file, "--out", out}),
                 file + ": nothing in the stream tells its date: give it with --rtcm-time\n");
-    const json report = jsonOf({"archive", file, "--out", out, "--rtcm-time", "2018-07-15", "--rtcm-station", "8"});
+    report = jsonOf({"archive", file, "--out", out, "--rtcm-time", "2018-07-15", "--rtcm-station", "8"});
     EXPECT_EQ(report["sets"][0]["epochs"], 3);
     EXPECT_TRUE(report["sets"][0]["set"].get<std::string>().starts_with(out + "/000800XXX_R_20181960000")) << report;
     EXPECT_EQ(report["inputs"][0]["other"]["messages of other stations"], 3);
