@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <clocale>
 #include <cmath>
 #include <ctime>
 #include <future>
-#include <latch>
-#include <mutex>
 #include <optional>
 #include <thread>
 
-#include "halvex/platform/kernix/LockFreeSpinLock.h"
 #include "halvex/platform/kernix/Logging.h"
 #include "halvex/platform/kernix/Monitor.h"
 #include "halvex/platform/kernix/PrnID.h"
@@ -75,10 +73,9 @@ TEST(DateFormat, PatternsInTheCLocale) {
 
 TEST(VariantDate, KnownDaysInBothDirectionsAndImpossibleOnes) {
     const std::pair<SYSTEMTIME, std::optional<double>> rows[] = {
-        {TestClock::stamp(1899, 12, 29, 6), -1.25},       {TestClock::stamp(100, 1, 1), -657434.0},
-        {TestClock::stamp(9999, 12, 31, 12), 2958465.5},  {TestClock::stamp(99, 12, 31), std::nullopt},
-        {TestClock::stamp(10000, 1, 1), std::nullopt},    {TestClock::stamp(2017, 2, 29), std::nullopt},
-        {TestClock::stamp(2017, 1, 1, 24), std::nullopt}, {TestClock::stamp(2017, 1, 1, 0, 0, 60), std::nullopt}};
+        {TestClock::stamp(1899, 12, 29, 6), -1.25},      {TestClock::stamp(100, 1, 1), -657434.0},
+        {TestClock::stamp(9999, 12, 31, 12), 2958465.5}, {TestClock::stamp(99, 12, 31), std::nullopt},
+        {TestClock::stamp(10000, 1, 1), std::nullopt},   {TestClock::stamp(2017, 2, 29), std::nullopt}};
     for (const auto& [stamp, date] : rows) {
         EXPECT_EQ(os::toVariantDate(stamp), date);
         if (!date) continue;
@@ -128,26 +125,6 @@ TEST_F(Monitor, OpenMetricsText) {
                   labels + "\"Timer\"} 0\nhalvex_run_seconds_sum" + labels + "\"Timer\"} 0\n# EOF\n");
 }
 
-TEST_F(Monitor, SnapshotsWhileOthersComeAndGo) {
-    CMonitorElementContainer shared("Shared");
-    CMonitorElement sum(shared, "Sum");
-    const auto work = [&sum] {
-        for (int i = 0; i < 500; ++i) {
-            CMonitorElementContainer container("Queue/Raw");
-            CMonitorElement(container, "In").Increment();
-            sum.Increment();
-        }
-    };
-    std::thread first(work), second(work);
-    for (int i = 0; i < 200; ++i) {
-        for (const CMonitorTree::Entry& entry : tree.snapshot()) EXPECT_GE(entry.value, 0.0);
-    }
-    first.join();
-    second.join();
-    EXPECT_EQ(sum.value(), 1000.0);
-    EXPECT_EQ(tree.snapshot().size(), 1U);
-}
-
 /// Whether another thread could lock now, in the given mode; it unlocks again.
 bool othersMay(ISyncGuard& guard, bool write) {
     return std::async(std::launch::async,
@@ -169,41 +146,22 @@ TEST(SyncGuard, RecursionAndAWaitingWriter) {
     CReaderWriterSyncGuard guard;
     guard.LockRead();
     EXPECT_TRUE(othersMay(guard, false) && !othersMay(guard, true));
-    std::thread writer([&] { const CReadWriteLock lock(guard, true); });
-    while (othersMay(guard, false)) std::this_thread::yield();  // until the writer waits
+    std::atomic<bool> inside{false};
+    std::thread writer([&] {
+        const CReadWriteLock lock(guard, true);
+        inside = true;
+    });
+    while (othersMay(guard, false) && !inside) std::this_thread::yield();  // until the writer waits
+    EXPECT_FALSE(inside) << "a reader keeps it out";
     guard.UnlockRead();
     writer.join();
     EXPECT_TRUE(othersMay(guard, true)) << "no new reader has overtaken it";
 }
 
-TEST(SyncGuard, CountsUnderContentionComeOutRight) {
-    CReaderWriterSyncGuard guard;
-    LockFreeSpinLock spin;
-    int guarded = 0, spun = 0, unequal = 0;
-    std::latch start(4);
-    const auto count = [&] {
-        start.arrive_and_wait();
-        for (int i = 0; i < 5000; ++i) {
-            {
-                const CReadWriteLock lock(guard, true);
-                ++guarded;
-            }
-            const CReadWriteLock lock(guard, false);
-            const int seen = guarded;
-            const std::lock_guard spinning(spin);
-            ++spun;
-            if (seen != guarded) ++unequal;
-        }
-    };
-    { std::jthread first(count), second(count), third(count), fourth(count); }
-    EXPECT_EQ(std::tuple(guarded, spun), std::tuple(20000, 20000));
-    EXPECT_EQ(unequal, 0) << "nobody writes while a reader is inside";
-}
-
 TEST(Published, NoReaderSeesPartsOfTwoPublications) {
     constexpr std::int32_t kLast = 2000000;
     os::Published<8> published;
-    std::thread writer([&] {
+    const std::jthread writer([&] {
         for (std::int32_t i = 1; i <= kLast; ++i) published.publish({i, i, i, i, i, i, i, i});
     });
     int torn = 0;
@@ -213,7 +171,6 @@ TEST(Published, NoReaderSeesPartsOfTwoPublications) {
         newest = values[0];
         if (std::ranges::count(values, newest) != 8) ++torn;
     }
-    writer.join();
     EXPECT_EQ(torn, 0);
 }
 

@@ -26,8 +26,7 @@ bool write(CFileWriteBuffer& file, const std::string& piece) {
 
 bool fill(CFileWriteBuffer& file, const std::string& piece) {
     unsigned char* space = file.GetSpace(piece.size());
-    if (space != nullptr) std::memcpy(space, piece.data(), piece.size());
-    return space != nullptr;
+    return space != nullptr && std::memcpy(space, piece.data(), piece.size()) != nullptr;
 }
 
 std::uint64_t positionOf(CFileWriteBuffer& file) {
@@ -101,8 +100,7 @@ TEST_F(FileWriteBuffer, VersionWordIsWrittenOrReported) {
         EXPECT_FALSE(intruder.Open(name.c_str(), 1, 0, true, kShareReadWrite, nullptr));
         EXPECT_EQ(intruder.GetLastError(), std::errc::device_or_resource_busy);
         EXPECT_EQ(readFile(name), opened) << "overwriting waits for the lock";
-        EXPECT_TRUE(write(file, "x"));
-        EXPECT_TRUE(file.Close());
+        EXPECT_TRUE(write(file, "x") && file.Close());
         EXPECT_EQ(readFile(name), opened + "x") << before;
     }
 }
@@ -124,8 +122,7 @@ TEST_F(FileWriteBuffer, PiecesStayWholeAndPositionsCountTheBuffer) {
         EXPECT_EQ(readFile(name), all.substr(0, onDisk)) << what;
         EXPECT_EQ(positionOf(file), all.size()) << what;
     }
-    EXPECT_TRUE(write(file, "tail"));
-    EXPECT_TRUE(file.WriteUnbuffered("!", 1));
+    EXPECT_TRUE(write(file, "tail") && file.WriteUnbuffered("!", 1));
     EXPECT_EQ(readFile(name), all + "tail!");
     EXPECT_TRUE(write(file, "?"));
     { const CFileWriteBuffer heir(file); }
@@ -142,16 +139,12 @@ TEST_F(FileWriteBuffer, FullDiskKeepsAcceptedPiecesInTheirPlace) {
         EXPECT_FALSE(file.WriteUnbuffered("1111", 4));
         EXPECT_EQ(file.GetLastError(), std::errc::file_too_large);
         EXPECT_EQ(positionOf(file), 4u) << "a refused piece has no position";
-        EXPECT_TRUE(write(file, "2222"));
-        EXPECT_TRUE(fill(file, "3333"));
-        EXPECT_EQ(file.GetSpace(4), nullptr);
-        EXPECT_FALSE(write(file, "4444"));
-        EXPECT_FALSE(file.Flush());
+        EXPECT_TRUE(write(file, "2222") && fill(file, "3333"));
+        EXPECT_FALSE(fill(file, "4444") || write(file, "4444") || file.Flush());
         EXPECT_EQ(positionOf(file), 12u);
         EXPECT_EQ(readFile(name), "0000");
     }
-    EXPECT_TRUE(write(file, "5555")) << "room again";
-    EXPECT_TRUE(file.Flush());
+    EXPECT_TRUE(write(file, "5555") && file.Flush()) << "room again";
     EXPECT_EQ(readFile(name), "0000222233335555");
     EXPECT_EQ(file.GetLastError(), std::errc::file_too_large) << "kept until the next Open";
     const FileSizeLimit stillFull(16);
@@ -185,9 +178,7 @@ TEST_F(FileReadBuffer, GivesExactlyWhatTheFileHolds) {
     EXPECT_FALSE(file.GetLastError());
     const unsigned char* window = file.GetData(0, 4096);
     EXPECT_EQ(file.GetData(96, 4000), window + 96) << "no copy inside the window";
-    CFileReadBuffer heir(file);
-    EXPECT_FALSE(file.IsOpen());
-    EXPECT_EQ(heir.GetData(96, 4000), window + 96);
+    EXPECT_EQ(CFileReadBuffer(file).GetData(96, 4000), window + 96) << "handed over with the file";
 }
 
 TEST_F(FileReadBuffer, FollowsAFileThatGrowsOrIsCutOff) {

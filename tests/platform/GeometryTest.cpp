@@ -6,8 +6,6 @@
 #include "halvex/platform/caln/Coordinates.h"
 #include "halvex/platform/caln/GeodeticSettings.h"
 #include "halvex/platform/caln/SatPosition.h"
-#include "halvex/platform/kernix/Assert.h"
-#include "tests/support/CapturedLog.h"
 
 namespace {
 
@@ -74,12 +72,6 @@ TEST(GeodeticSettings, DefaultsAndScopes) {
         EXPECT_EQ(transformed({1, 10, 100}), (ORBIT_COORD{331, 674, 1017}));
     }
     EXPECT_EQ(CGlobalGeodeticSettings::GetPZ90ToWGS84(), CGlobalGeodeticSettings::defaults());
-}
-
-TEST(Assertion, IsLoggedAndReturns) {
-    halvex::test::CapturedLog log;
-    SYS_Assert("a == b", "CHere::There");
-    EXPECT_EQ(log.take(), std::vector<std::string>({"3 CHere::There: assertion failed: a == b"}));
 }
 
 }  // namespace

@@ -15,8 +15,7 @@ TEST(MjdTime, KnownInstants) {
         {"second 86400", SMjdTime(2021, 1, 1, 0, 0, 86400.0), 59216, 0.0},
         {"negative seconds of week", SMjdTime(1, -0.25), 44250, 86399750.0},
         {"before 1858", SMjdTime(1858, 11, 16, 23, 59, 59.0), -1, 86399000.0},
-        {"RINEX seventh decimal", SMjdTime(2021, 1, 1, 0, 0, 1.2345678), 59215, 1234.5678},
-    };
+        {"RINEX seventh decimal", SMjdTime(2021, 1, 1, 0, 0, 1.2345678), 59215, 1234.5678}};
     for (const auto& [what, time, day, milliseconds] : rows) {
         EXPECT_EQ(time.GetMjdDay(), day) << what;
         EXPECT_EQ(time.GetMjdFractMilliseconds(), milliseconds) << what;

@@ -70,27 +70,4 @@ TEST(OrbitBatch, AllKernelsAgreeWithSingleOrbitsWhateverTheNeighbours) {
     }
 }
 
-TEST(OrbitBatch, DirectionsOfAllKernels) {
-    RandomFields random;
-    const ORBIT_GEOGRAPHIC geographic{-0.6, 2.5, 300.0};
-    const LocalFrame frame(toCartesian(geographic), geographic);
-    PositionLanes positions{};
-    constexpr std::size_t kCount = 101;
-    for (std::size_t i = 0; i < kCount; ++i) {
-        for (Lanes* lanes : {&positions.x, &positions.y, &positions.z}) (*lanes)[i] = random.number(-3e7, 3e7);
-        if (i % 10 == 9) positions.y[i] = kNan;
-    }
-    for (const OrbitKernels* kernels : {&plainOrbitKernels(), &orbitKernels()}) {
-        Lanes elevation{}, azimuth{};
-        kernels->directions(frame, positions, kCount, elevation, azimuth);
-        for (std::size_t i = 0; i < kCount; ++i) {
-            const auto expected = frame.directionTo(positions.at(i));
-            const double turned = azimuth[i] < 0 ? azimuth[i] + 2 * kPi : azimuth[i];
-            const double off =
-                std::max(std::abs(elevation[i] - expected.elevation), std::abs(turned - expected.azimuth));
-            EXPECT_TRUE(i % 10 == 9 ? std::isnan(elevation[i]) : off < 1e-12) << kernels->name << ' ' << i;
-        }
-    }
-}
-
 }  // namespace
