@@ -88,17 +88,6 @@ TEST(Observation, EveryShortBufferIsRefusedAndLeavesAllAsItWas) {
     EXPECT_FALSE(loaded.LoadData(good.data(), good.size(), offset));
 }
 
-TEST(Observation, PhaseInMetres) {
-    CHalvexObservation observation(1);
-    const double wavelengths[] = {0.19029367279836487, 0.24421021342456825, 0.24421021342456825};
-    for (unsigned slot = 0; slot < 3; ++slot) {
-        observation.setPhase(slot, 2.0 * wavelengths[slot], false);
-        double cycles = 0.0, metres = 0.0;
-        EXPECT_TRUE(observation.getPhase(slot, cycles, true) && observation.getPhase(slot, metres, false));
-        EXPECT_EQ(std::pair(cycles, metres), std::pair(2.0, 2.0 * wavelengths[slot]));
-    }
-}
-
 TEST(Observation, InvalidSlotChangesNothingAndResetKeepsValues) {
     CHalvexObservation observation = fullObservation();
     observation.setPhase(3, 1.0, true);
@@ -162,8 +151,7 @@ TEST(Observation, Plausibility) {
         {"phase huge", [](CHalvexObservation& o) { o.setPhase(1, -1e10, true); }, false},
         {"third slot is not tested", [](CHalvexObservation& o) { o.setPseudorangeC(2, 1.0); }, true},
         {"Galileo", [](CHalvexObservation& o) { o.setPrnType(CPrnID::PRN_GALILEO); }, false},
-        {"no satellite", [](CHalvexObservation& o) { o.setPrnID(CPrnID()); }, false},
-    };
+        {"no satellite", [](CHalvexObservation& o) { o.setPrnID(CPrnID()); }, false}};
     for (const auto& [what, change, plausible] : rows) {
         CHalvexObservation observation(5);
         observation.setPseudorangeP(0, 2.1e7);
@@ -175,17 +163,19 @@ TEST(Observation, Plausibility) {
     EXPECT_FALSE(onlyL2.IsDataValid());
 }
 
-TEST(Observation, ClockJumpMovesTwoSlots) {
+TEST(Observation, PhaseInMetresAndClockJumpOfTwoSlots) {
     CHalvexObservation observation(5);
+    const double wavelengths[] = {0.19029367279836487, 0.24421021342456825, 0.24421021342456825};
     for (unsigned slot = 0; slot < 3; ++slot) {
-        observation.setPhase(slot, 1e8, true);
+        observation.setPhase(slot, 1e8 * wavelengths[slot], false);
         observation.setPseudorangeC(slot, 2e7);
     }
     observation.AdjustForClockJumps(-2);
     const double frequencies[] = {1.57542e9, 1.2276e9, 0.0};
     for (unsigned slot = 0; slot < 3; ++slot) {
-        double phase = 0.0, range = 0.0;
-        EXPECT_TRUE(observation.getPhase(slot, phase, true) && observation.getPseudorangeC(slot, range));
+        double phase = 0.0, metres = 0.0, range = 0.0;
+        EXPECT_TRUE(observation.getPhase(slot, phase, true) && observation.getPhase(slot, metres, false));
+        EXPECT_TRUE(observation.getPseudorangeC(slot, range) && metres == phase * wavelengths[slot]);
         EXPECT_DOUBLE_EQ(phase, 1e8 - 0.002 * frequencies[slot]) << slot;
         EXPECT_DOUBLE_EQ(range, 2e7 - (slot < 2 ? 0.002 * 299792458.0 : 0.0)) << slot;
         EXPECT_FALSE(observation.IsPseudorangePValid(slot));
