@@ -38,7 +38,8 @@ class Recorder final : public CCorrectionBase {
 public:
     explicit Recorder(int interval = 1)
         : CCorrectionBase(&stations, nullptr, site(1), CALN::ebCALGNSSTYPE_GPS, interval, true, false) {
-        for (const int id : {2, 3}) stations.AddRtkAux(site(id), CRtkAux(0, 1, static_cast<unsigned short>(id)));
+        for (const auto id : {std::uint16_t{3}, std::uint16_t{2}}) stations.AddRtkAux(site(id), CRtkAux(0, 1, id));
+        EXPECT_FALSE(stations.AddRtkAux(site(2), CRtkAux(4, 5, 6))) << "the first of a site is kept";
         m_sentSystems = CALN::ebCALGNSSTYPE_GPS;
     }
     std::int32_t ProvideCorrections(const CHalvexZ9StationCorrection& first, const CHalvexZ9StationCorrection& second,
@@ -74,20 +75,6 @@ public:
 };
 
 }  // namespace
-
-TEST(RtkAuxCollection, KeepsTheFirstOfASiteInTheOrderOfTheSites) {
-    CRtkAuxCollection collection;
-    EXPECT_TRUE(collection.AddRtkAux(site(7), CRtkAux(1, 2, 3)));
-    EXPECT_FALSE(collection.AddRtkAux(site(7), CRtkAux(4, 5, 6)));
-    EXPECT_TRUE(collection.AddRtkAux(site(5), CRtkAux(7, 8, 9)));
-    CRtkAux* aux = nullptr;
-    CHalvexUniqueSiteID found;
-    ASSERT_TRUE(collection.GetRtkAux(1, aux, found));
-    EXPECT_TRUE(found == site(7) && *aux == CRtkAux(1, 2, 3));
-    EXPECT_FALSE(collection.GetRtkAux(2, aux, found) || collection.GetRtkAux(site(6), aux));
-    EXPECT_TRUE(!collection.RemoveRtkAux(site(6)) && collection.RemoveRtkAux(site(5)));
-    EXPECT_TRUE(collection.ClearRtkAuxCollection() && collection.GetCount() == 0U);
-}
 
 TEST(CorrectionBase, Gates) {
     Recorder base(5);
@@ -158,8 +145,7 @@ TEST(CorrectionBase, PseudorangeOffsetsAndTheirLimits) {
          {{1, 0, 0, 0.0, 0.0}, {2, 0, 0, 100.0, 100.0}, {3, 0, 0, 9.06, 9.06}},
          0,
          36,
-         {-1800, -1347}},
-    };
+         {-1800, -1347}}};
     for (const auto& [what, difference, in, wantDpo, wantP1or, want] : rows) {
         CALN::IonoGeoMsgT out;
         signed char dpo = 9, p1or = 9;

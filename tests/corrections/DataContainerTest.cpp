@@ -31,14 +31,6 @@ Message message(const SMjdTime& epoch, const std::vector<unsigned char>& numbers
 constexpr auto orbits = message<SSROrbitCorrMsgT>;
 constexpr auto clocks = message<SSRClockCorrMsgT>;
 
-void expectEmpty(const CDataContainerSSR& container) {
-    for (int system = 0; system < kSystemSlots; ++system) {
-        const auto code = static_cast<eCALSATSYSTEM>(system);
-        EXPECT_TRUE(container.GetValidState(code, kT) == 0 && container.GetNumSat(code, kT) == 0) << system;
-        EXPECT_FALSE(container.IsComplete(code) || container.GetClockEpoch(code).IsSet()) << system;
-    }
-}
-
 TEST(DataContainer, Ages) {
     CDataContainerSSR container(1);
     container.AddCorrectionMsg(orbits(kT, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, 0, kGps));
@@ -64,21 +56,13 @@ TEST(DataContainer, WithoutATimeTheProcessClockCounts) {
     TIME::SetDeltaUTCTime(1.0);
     EXPECT_EQ(container.GetNumSat(kGps, SMjdTime()), 1);
     TIME::SetDeltaUTCTime(0.0);
-    EXPECT_EQ(container.GetValidState(kGps, kT), 2) << "a time that is given";
 }
 
 TEST(DataContainer, Epochs) {
     CDataContainerSSR container(1);
-    const struct {
-        const char* what;
-        bool isOrbit;
-        double at;
-        std::vector<unsigned char> numbers;
-        std::int32_t more;
-        double epoch;
-        unsigned orbits, clocks;
-        bool complete;
-    } rows[] = {
+    using Numbers = std::vector<unsigned char>;
+    // Orbits or clocks of an epoch with satellites, and whether more follow; epoch, counts and completeness then.
+    const std::tuple<const char*, bool, double, Numbers, int, double, unsigned, unsigned, bool> rows[] = {
         {"first of two", false, 0, {5, 9}, 1, 0, 0, 2, false},
         {"second of two", false, 0, {12, 7, 9}, 0, 0, 0, 4, true},
         {"orbits open", true, 0, {1, 2}, -1, 0, 2, 4, false},
@@ -87,16 +71,13 @@ TEST(DataContainer, Epochs) {
         {"older clocks come on top", false, -30, {4, 3}, 1, 5, 2, 2, false},
         {"nothing in it", false, 5, {}, 0, 5, 2, 2, true},
         {"a later epoch without satellites", false, 10, {}, 1, 10, 2, 0, true},
-        {"older satellites fill it", false, 5, {8}, 0, 10, 2, 1, true},
-    };
-    for (const auto& row : rows) {
-        const SMjdTime at = after(row.at);
-        if (row.isOrbit) container.AddCorrectionMsg(orbits(at, row.numbers, row.more, kGps));
-        if (!row.isOrbit) container.AddCorrectionMsg(clocks(at, row.numbers, row.more, kGps));
-        EXPECT_TRUE(container.GetOrbitCount(kGps) == row.orbits && container.GetClockCount(kGps) == row.clocks)
-            << row.what;
-        EXPECT_EQ(container.IsComplete(kGps), row.complete) << row.what;
-        EXPECT_EQ(container.GetClockEpoch(kGps), after(row.epoch)) << row.what;
+        {"older satellites fill it", false, 5, {8}, 0, 10, 2, 1, true}};
+    for (const auto& [what, isOrbit, at, numbers, more, epoch, orbitCount, clockCount, complete] : rows) {
+        if (isOrbit) container.AddCorrectionMsg(orbits(after(at), numbers, more, kGps));
+        if (!isOrbit) container.AddCorrectionMsg(clocks(after(at), numbers, more, kGps));
+        EXPECT_TRUE(container.GetOrbitCount(kGps) == orbitCount && container.GetClockCount(kGps) == clockCount) << what;
+        EXPECT_EQ(container.IsComplete(kGps), complete) << what;
+        EXPECT_EQ(container.GetClockEpoch(kGps), after(epoch)) << what;
     }
     EXPECT_EQ(container.GetOrbitEpoch(kGps), kT);
 }
@@ -104,27 +85,25 @@ TEST(DataContainer, Epochs) {
 TEST(DataContainer, TypeCodes) {
     for (unsigned code = 0; code < 20; ++code) {
         CDataContainerSSR container(1);
-        auto ura = message<SSRURAMsgT>(kT, {1}, 0, eCALSATSYSTEM_RESERVED);
+        auto ura = message<SSRURAMsgT>(kT, {1}, 0, kGps);
         ura.type = static_cast<eCALSSRCorrectionType>(code);
         container.AddCorrectionMsg(ura);
-        const unsigned state = code == 1 || code == 2 ? 1 : code == 3 || code == 4 ? 2 : 0;
-        EXPECT_EQ(container.GetValidState(eCALSATSYSTEM_RESERVED, kT), state) << code;
+        EXPECT_EQ(container.GetValidState(kGps, kT), code == 0 || code > 4 ? 0 : (code + 1) / 2) << code;
     }
 }
 
 TEST(DataContainer, OnDisconnect) {
     CDataContainerSSR container(4711);
-    expectEmpty(container);
-    for (int system = 0; system < kSystemSlots; ++system) {
-        container.AddCorrectionMsg(orbits(kT, {1}, 0, static_cast<eCALSATSYSTEM>(system)));
-        container.AddCorrectionMsg(clocks(kT, {1}, 1, static_cast<eCALSATSYSTEM>(system)));
+    for (const eCALSATSYSTEM system : {kGps, eCALSATSYSTEM_QZSS}) {
+        container.AddCorrectionMsg(orbits(kT, {1}, 0, system));
+        container.AddCorrectionMsg(clocks(kT, {1}, 0, system));
     }
-    EXPECT_EQ(container.GetSiteID(), 4711);
     container.OnDisconnect();
     EXPECT_EQ(container.GetSiteID(), 0);
-    expectEmpty(container);
-    container.AddCorrectionMsg(orbits(after(-60), {1}, 0, kGps));
-    EXPECT_TRUE(container.IsComplete(kGps) && container.GetNumSat(kGps, kT) == 1) << "usable";
+    for (const eCALSATSYSTEM system : {kGps, eCALSATSYSTEM_QZSS}) {
+        EXPECT_TRUE(container.GetValidState(system, kT) == 0 && container.GetNumSat(system, kT) == 0);
+        EXPECT_FALSE(container.IsComplete(system) || container.GetClockEpoch(system).IsSet());
+    }
 }
 
 }  // namespace

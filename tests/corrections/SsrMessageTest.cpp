@@ -61,7 +61,6 @@ TEST(SsrMessage, ComesBackWholeOrNotAtAll) {
             message->getSatIDs(satellites);
             ASSERT_TRUE(satellites.size() == 1 + entries && (entries == 0 || satellites[1].number == bytes[37]));
 
-            const auto other = kind.make();
             for (std::size_t cut = 0; cut < size; ++cut) {
                 Bytes part(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(cut));
                 ASSERT_FALSE(message->loadData(part.data(), cut, used) || used != 0) << kind.codes[0] << " " << cut;
@@ -70,13 +69,6 @@ TEST(SsrMessage, ComesBackWholeOrNotAtAll) {
                 ASSERT_TRUE(used == 0 && part == Bytes(cut, 0xEE)) << kind.codes[0] << " " << cut;
             }
             ASSERT_FALSE(message->loadData(nullptr, size, used));
-            // Damage is refused or read as another message, which then comes back as it is.
-            Bytes damaged = bytes;
-            for (int i = 0; i < 3; ++i) damaged[random() % size] = static_cast<unsigned char>(random());
-            const bool isLoaded = message->loadData(damaged.data(), size, used);
-            const Bytes again = saved(*message);
-            ASSERT_TRUE(isLoaded ? used == again.size() && used <= size : again == bytes) << kind.codes[0];
-            ASSERT_TRUE(other->loadData(again.data(), again.size(), used) && saved(*other) == again);
         }
     }
 }
@@ -92,11 +84,9 @@ Bytes entry(const typename Message::Entry& value) {
 }
 
 TEST(SsrMessage, TheCommonPartHasNoEntries) {
-    SSRCorrMsgBaseT message;
+    SSRCorrMsgBaseT message, again;
     message.provider = 513;
     Bytes bytes = saved(message);
-    ASSERT_EQ(bytes.size(), 36U);
-    SSRCorrMsgBaseT again;
     std::uint64_t used = 0;
     EXPECT_TRUE(again.loadData(bytes.data(), bytes.size(), used) && used == 36 && again.provider == 513);
     bytes[32] = 1;  // one satellite, which is there
@@ -141,8 +131,6 @@ TEST(SsrMessageBytes, ListsInAList) {
 
     const std::tuple<const char*, int, const char*, bool> rows[] = {
         {"version", 0, "01", false},
-        {"another kind", 2, "06", false},
-        {"no kind", 2, "00", false},
         {"a system that has no slot", 6, "09", false},
         {"no epoch: infinite milliseconds", 11, "000000000000F07F", false},
         {"no epoch: days beyond the last", 7, "FFFFFF7F 0000000000000042", false},
