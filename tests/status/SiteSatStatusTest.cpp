@@ -21,11 +21,11 @@ CHalvexSatStatus satellite(unsigned char number, unsigned status, unsigned char 
     return {CPrnID(number, type), static_cast<unsigned char>(status), elevation};
 }
 
-/// A site with satellites of one system, numbered from 1, with these status bytes.
-CHalvexSiteSatStatus site(const std::vector<unsigned>& status, CPrnID::PrnType type = kGps) {
+/// A site with GPS satellites, numbered from 1, with these status bytes.
+CHalvexSiteSatStatus site(const std::vector<unsigned>& status) {
     CHalvexSiteSatStatus site;
-    for (std::size_t i = 0; i < status.size(); ++i)
-        site.SetStatus(satellite(static_cast<unsigned char>(i + 1), status[i], 0, type));
+    unsigned char number = 0;
+    for (const unsigned each : status) site.SetStatus(satellite(++number, each));
     return site;
 }
 
@@ -81,9 +81,6 @@ TEST(SiteSatStatus, WhatIsCutOffKeepsTheWholeSatellites) {
         EXPECT_EQ(untouched, Bytes(size, 0xEE));
     }
     vecSatStatusT list;
-    list.getList().resize(2);
-    EXPECT_FALSE(list.loadData(nullptr, 100));
-    EXPECT_TRUE(list.getList().empty());
     const Bytes tooMany = hex("FF FF FF FF 07 01 30 2D 18");
     EXPECT_FALSE(list.loadData(tooMany.data(), tooMany.size())) << "four thousand million satellites";
     EXPECT_TRUE(list.getList().size() == 1 && list.getList().capacity() < 4);
@@ -114,11 +111,9 @@ TEST(SiteSatStatus, TheListAndItsFilters) {
     for (unsigned char number = 9; number < 12; ++number) site.SetStatus(satellite(number, 0x01, number));
     site.SetStatus(satellite(9, 0, 5, kGlonass));
     unsigned char status = 7, elevation = 8;
-    EXPECT_FALSE(site.GetStatus(CPrnID(12), status, elevation));
-    EXPECT_TRUE(status == 7 && elevation == 8 && site.GetStatus(CPrnID(12)) == 0 && site.GetElevation(CPrnID(12)) == 0);
+    EXPECT_FALSE(site.GetStatus(CPrnID(12), status, elevation) || status != 7 || elevation != 8);
     EXPECT_TRUE(site.GetStatus(CPrnID(11), status, elevation) && status == 1 && elevation == 11);
-    EXPECT_EQ(site.GetNotEmptySats(kGps), 0b111'0000'0000U);
-    EXPECT_EQ(site.GetNotEmptySats(kGlonass), 0U);
+    EXPECT_TRUE(site.GetNotEmptySats(kGps) == 0b111'0000'0000U && site.GetNotEmptySats(kGlonass) == 0);
 
     CHalvexSatStatus* each = nullptr;
     site.FilterSatsBelowElevMask(std::numeric_limits<double>::quiet_NaN());
@@ -161,8 +156,7 @@ TEST(SiteSatStatus, CountsByLevelAndFrequency) {
     unsigned low = 9, mid = 9, high = 9;
     EXPECT_TRUE(small.GetSatsStatus(kGps, true, low, mid, high) && low == 2 && mid == 1 && high == 3);
     EXPECT_TRUE(small.GetSatsStatus(CPrnID::PRN_NONE, true, low, mid, high) && high == 4);
-    EXPECT_FALSE(small.GetSatsStatus(CPrnID::PRN_NAVIC, true, low, mid, high));
-    EXPECT_TRUE(low == 0 && mid == 0 && high == 0);
+    EXPECT_FALSE(small.GetSatsStatus(CPrnID::PRN_NAVIC, true, low, mid, high) || low != 0 || mid != 0 || high != 0);
     EXPECT_FALSE(other.SetSatsStatus(CPrnID::PRN_SBAS, true, 1, 1, 1));
     EXPECT_TRUE(other == small && other.SetSatsStatus(CPrnID::PRN_QZSS, true, 1, 256, 255) && !other.Compare(small));
     EXPECT_TRUE(other.GetSatsStatus(CPrnID::PRN_QZSS, true, low, mid, high) && low == 1 && mid == 255 && high == 255);
@@ -185,22 +179,19 @@ TEST(SiteSatStatus, FixedNeedsTheThresholdAndOneForEachSystem) {
 }
 
 TEST(SiteSatStatus, StateChanges) {
-    const auto sites = [](std::size_t first, std::size_t second) {
-        std::vector<unsigned> status(std::max(first, second), 0);
-        for (std::size_t i = 0; i < first; ++i) status[i] |= 0x10U;
-        for (std::size_t i = 0; i < second; ++i) status[i] |= 0x20U;
+    const auto sites = [](unsigned first, unsigned second) {
+        std::vector<unsigned> status;
+        for (unsigned i = 0; i < 5; ++i) status.push_back((i < first ? 0x10U : 0U) | (i < second ? 0x20U : 0U));
         return site(status);
     };
-    const std::array<std::size_t, 5> rows[] = {{5, 5, 4, 4, 1}, {5, 5, 0, 5, 0}, {5, 4, 4, 4, 0},
-                                               {4, 5, 4, 4, 0}, {5, 5, 5, 5, 0}, {4, 5, 5, 0, 2},
-                                               {5, 4, 5, 4, 2}, {4, 4, 5, 5, 2}, {4, 4, 4, 4, 0}};
+    const std::array<unsigned, 5> rows[] = {{5, 5, 4, 4, 1}, {5, 5, 0, 5, 0}, {5, 4, 4, 4, 0},
+                                            {4, 5, 4, 4, 0}, {5, 5, 5, 5, 0}, {4, 5, 5, 0, 2},
+                                            {5, 4, 5, 4, 2}, {4, 4, 5, 5, 2}, {4, 4, 4, 4, 0}};
     for (const auto& [nowFirst, nowSecond, beforeFirst, beforeSecond, change] : rows) {
         CHalvexSiteSatStatus now = sites(nowFirst, nowSecond);
         const auto want = static_cast<int>(change);
         EXPECT_EQ(now.DetectStateChanges(sites(beforeFirst, beforeSecond)), want) << nowFirst << nowSecond;
         EXPECT_EQ(now.GetStateChanges(), want);
-        now.Reset();
-        EXPECT_TRUE(now.GetStateChanges() == 0 && now.GetSatCount() == 0);
     }
 }
 
@@ -212,16 +203,14 @@ TEST(SiteSatStatus, Comparison) {
     other.SetEpochTime(2.0);
     EXPECT_TRUE(other.Compare(sample) && !(other == sample));
     other.SetEpochTime(std::numeric_limits<double>::quiet_NaN());
-    const CHalvexSiteSatStatus copy = other;
-    EXPECT_TRUE(other == other && !(other == copy));
+    EXPECT_TRUE(other == other && !(other == CHalvexSiteSatStatus(other)));
     other.Clear();
-    EXPECT_TRUE(other.GetClusterID() == -1 && other.GetEpochTime() == 0.0 && other.GetSatCount() == 0);
-    EXPECT_EQ(other.getUniqueSiteID(), sample.getUniqueSiteID());
+    EXPECT_TRUE(other.GetClusterID() == -1 && other.getUniqueSiteID() == sample.getUniqueSiteID());
 
     const CHalvexUniqueSiteID low(1), high(2);
     CHalvexSiteSatStatusKey key;
     sample.GetUniqueNetworkSiteID(key);
-    EXPECT_TRUE(key == CHalvexSiteSatStatusKey(sample, -2) && !(key == CHalvexSiteSatStatusKey(sample, 2)));
+    EXPECT_TRUE(key == CHalvexSiteSatStatusKey(sample, -2));
     EXPECT_TRUE(CHalvexSiteSatStatusKey(high, -1) < CHalvexSiteSatStatusKey(low, 0)) << "by cluster, with its sign";
     EXPECT_TRUE(CHalvexSiteSatStatusKey(low, 3) < CHalvexSiteSatStatusKey(high, 3));
 }

@@ -75,11 +75,6 @@ TEST_F(SystemSwitch, KeepingTheMask) {
     EXPECT_TRUE(!Switch::SetSatSystemDisabled(1, true, true) && Switch::GetSatSystemDisableMask() == 5);
 }
 
-/// The first read is a process's only one, so each case below runs in a process of its own.
-void endWith(bool good) {
-    std::_Exit(good ? 0 : 1);
-}
-
 /// Counts the reads, which wait until they may go on.
 class SlowStore final : public REG::Store {
 public:
@@ -94,6 +89,7 @@ public:
     int reads = 0;
 };
 
+// The first read is a process's only one, so each case runs in a process of its own.
 TEST(SystemSwitchDeathTest, TheFirstReadIsTheOnlyOne) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto readOnce = [] {
@@ -102,7 +98,7 @@ TEST(SystemSwitchDeathTest, TheFirstReadIsTheOnlyOne) {
         const REG::ScopedStore scope(store);
         return Switch::GetSatSystemDisableMask() == 3 && Switch::GetFirstEnabledSatSystem() == 3 && store.reads == 1;
     };
-    EXPECT_EXIT(endWith(readOnce()), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(std::_Exit(readOnce() ? 0 : 1), testing::ExitedWithCode(0), "");
     const auto setMeanwhile = [] {
         SlowStore store;
         const REG::ScopedStore scope(store);
@@ -114,7 +110,8 @@ TEST(SystemSwitchDeathTest, TheFirstReadIsTheOnlyOne) {
         reader.join();
         return seen == 8 && Switch::GetSatSystemDisableMask() == 8 && store.reads == 1;
     };
-    EXPECT_EXIT(endWith(setMeanwhile()), testing::ExitedWithCode(0), "") << "a setting is not undone by a slow read";
+    // A setting is not undone by a slow read.
+    EXPECT_EXIT(std::_Exit(setMeanwhile() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
