@@ -1,13 +1,9 @@
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
-
-#include "halvex/files/IndexedRead.h"
 #include "halvex/files/IndexedWrite.h"
 #include "halvex/platform/kernix/IndexedFileRecord.h"
 #include "halvex/time/TimeBase.h"
+#include "tests/files/IndexedSet.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestClock.h"
@@ -16,50 +12,14 @@ using namespace halvex::test;
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Blocks = std::vector<std::string>;
 
 namespace {
 
 const std::string kVersion2("\2\0\0\0", 4);
 
-/// A record and an index entry, written out byte by byte.
-std::string littleEndian(std::uint64_t value, int bytes) {
-    std::string text;
-    for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i));
-    return text;
-}
-std::string record(unsigned week, unsigned milliseconds, std::string_view block) {
-    return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(block.size(), 4) + std::string(block);
-}
-std::string entry(unsigned week, unsigned milliseconds, std::uint64_t position) {
-    return littleEndian(week, 2) + littleEndian(milliseconds, 4) + littleEndian(position, 8);
-}
-
 /// Sets the clock to a GPS week and milliseconds of week, read as UTC.
 void setClock(TestClock& clock, int week, double milliseconds) {
     CTimeBase(week, milliseconds / 1000.0).ToSystemTime(clock.utc);
-}
-
-/// Keeps the blocks of a replay; cancels after `cancelAfter` of them.
-class Collector final : public IIndexedReadNotify {
-public:
-    void OnIndexedBlock(const unsigned char* block, std::uint64_t size) override {
-        blocks.emplace_back(reinterpret_cast<const char*>(block), size);
-        if (blocks.size() == cancelAfter) reader->cancelRead();
-    }
-    void OnIndexedReadEnd() override { ++ends; }
-
-    Blocks blocks;
-    int ends = 0;
-    std::size_t cancelAfter = 0;
-    CIndexedReadFile* reader = nullptr;
-};
-
-Blocks replay(const std::string& fileName, unsigned week = 0, unsigned milliseconds = 0) {
-    Collector collector;
-    CIndexedReadFile reader(&collector);
-    if (reader.Open(fileName.c_str())) reader.Read(week, milliseconds);
-    return collector.blocks;
 }
 
 void addBlock(CIndexedWriteFile& set, std::string_view block) {
@@ -195,8 +155,7 @@ TEST_F(SetOfTwoWeeks, HostileIndexesAreNotFollowed) {
 
 TEST_F(SetOfTwoWeeks, CancellingKeepsThePlace) {
     Collector collector;
-    CIndexedReadFile reader(&collector);
-    collector.reader = &reader;
+    CIndexedReadFile& reader = collector.reader;
     collector.cancelAfter = 2;
     EXPECT_TRUE(reader.isEndOfFile()) << "nothing is open";
     ASSERT_TRUE(reader.Open(name.c_str()));
@@ -206,10 +165,6 @@ TEST_F(SetOfTwoWeeks, CancellingKeepsThePlace) {
     EXPECT_TRUE(reader.Read(0, 0));
     EXPECT_THAT(collector.blocks, ElementsAre("first", "secnd", "secnd", "third", "forth"));
     EXPECT_TRUE(collector.ends == 2 && reader.isEndOfFile());
-
-    std::uint32_t week = 0, milliseconds = 0;
-    EXPECT_TRUE(reader.getFirstBlockTime(week, milliseconds));
-    EXPECT_TRUE(week == 2000 && milliseconds == 604000000);
 }
 
 TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
@@ -219,16 +174,6 @@ TEST_F(SetOfTwoWeeks, EveryCutGivesTheWholeRecordsBeforeIt) {
         writeFile(name, whole.substr(0, length));
         want.resize((length - 4) / 15);
         EXPECT_EQ(replay(name), want) << length;
-
-        CFileReadBuffer file;
-        ASSERT_TRUE(file.Open(name.c_str()));
-        std::uint64_t position = 0, size = 1;
-        const unsigned char* data = nullptr;
-        std::size_t walked = 0;
-        bool more = CIndexedReadFile::getFirstBlock(file, position, data, size);
-        for (; more; more = CIndexedReadFile::getNextBlock(file, position, data, size)) ++walked;
-        EXPECT_EQ(walked, want.size()) << length;
-        EXPECT_TRUE(data == nullptr && size == 0);
     }
     writeFile(name, kVersion2 + record(2000, 0, "whole") + "\xd0\7\1\0\0\0\xff\xff\xff\xff"s + "short");
     EXPECT_THAT(replay(name), ElementsAre("whole")) << "a size of 4 GiB";
@@ -360,37 +305,21 @@ std::string numberedBlock(int number) {
            std::string(static_cast<std::size_t>(number * 797 % 9000), static_cast<char>('a' + number % 26));
 }
 
-/// Writes numbered blocks until it is killed; after each that is flushed, tells so with a byte.
-[[noreturn]] void writeUntilKilled(const std::string& base, int toParent) {
-    TestClock clock;
-    setClock(clock, 2000, 0);
-    CIndexedWriteFile set;
-    if (!set.Open(base.c_str(), false)) ::_exit(1);
-    for (int number = 0;; ++number) {
-        setClock(clock, 2000, number * 200000.0);
-        addBlock(set, numberedBlock(number));
-        if (number % 3 != 0) continue;
-        set.Flush();
-        if (::write(toParent, "x", 1) != 1) ::_exit(1);
-    }
-}
-
 TEST_F(IndexedRepair, AKilledWritersSetIsAppendedToCleanly) {
     for (int flushes = 1; flushes <= 24; ++flushes) {
         SCOPED_TRACE(flushes);
         CIndexedReadFile::DeleteIndexedFile(base.c_str());
-        int ends[2];
-        ASSERT_EQ(::pipe(ends), 0);
-        const pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) writeUntilKilled(base, ends[1]);
-        ::close(ends[1]);
-        char byte = 0;
-        for (int i = 0; i < flushes; ++i) ASSERT_EQ(::read(ends[0], &byte, 1), 1);
-        ASSERT_EQ(::kill(child, SIGKILL), 0);  // wherever it is by now
-        ASSERT_EQ(::waitpid(child, nullptr, 0), child);
-        ::close(ends[0]);
-
+        killAfter(flushes, [&](auto tell) {
+            TestClock clock;
+            CIndexedWriteFile set;
+            for (int number = 0; number > 0 || set.Open(base.c_str(), false); ++number) {
+                setClock(clock, 2000, number * 200000.0);
+                addBlock(set, numberedBlock(number));
+                if (number % 3 != 0) continue;
+                set.Flush();
+                if (tell() != 1) return;
+            }
+        });
         CapturedLog log;
         append(base, "new");
         Blocks blocks = replay(base + "t");
