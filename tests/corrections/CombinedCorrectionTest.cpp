@@ -5,7 +5,6 @@
 #include "halvex/platform/z9/Rtcm3NetworkProduct.h"
 
 using namespace CALN;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -131,8 +130,9 @@ TEST(CombinedIonoGeo, UnitsAreRoundedAndGlonassOffsetsAreCoded) {
     for (const SCalSatID& each : {kG7, SCalSatID(eCALSATSYSTEM_QZSS, 2)}) {
         for (const auto& [metres, units] : {std::pair(0.000251, 1), {0.000249, 0}, {-0.000249, 0}, {-0.000251, -1}}) {
             Producer producer;
-            producer.provide({satellite(each, kGpsCarriers, 0.0, 0.0)}, {satellite(each, kGpsCarriers, metres, 0.0)});
-            EXPECT_EQ(producer.product.last.gps.entries.at(0).geometric, units);
+            producer.provide({satellite(each, kGpsCarriers, 0, 0)}, {satellite(each, kGpsCarriers, metres, -metres)});
+            const IonoGeoEntryT& entry = producer.product.last.gps.entries.at(0);
+            EXPECT_EQ(std::pair(entry.geometric, entry.ionospheric), std::pair(units, units)) << "a phase is advanced";
         }
     }
 
@@ -150,7 +150,7 @@ TEST(CombinedIonoGeo, UnitsAreRoundedAndGlonassOffsetsAreCoded) {
               std::tuple(1071, 1, 1));
     EXPECT_EQ(std::pair(int{coded.header.dpo}, int{coded.header.p1or}),
               std::pair(3, 6));  // 81/32 5.3 - 49/32 (2.1 + 3)
-    EXPECT_THAT(coded.offsets, ElementsAre(GloPrOffsetT{3, 2, 77, -20}));
+    EXPECT_THAT(coded.offsets, testing::ElementsAre(GloPrOffsetT{3, 2, 77, -20}));
     EXPECT_EQ(offsets.product.last.validTypes, MsgGNSS17T::kGlonass | MsgGNSS17T::kGlonassPseudorange);
     auxiliary.frequencies[0].pseudorange += 40.0;
     offsets.provide({master}, {auxiliary});
