@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <random>
+
 #include "halvex/corrections/CombinedIonoGeoCorrection.h"
 #include "halvex/platform/caln/FrequencyTable.h"
 #include "halvex/platform/z9/Rtcm3NetworkProduct.h"
@@ -64,6 +66,35 @@ const SCalSatID kG7(eCALSATSYSTEM_GPS, 7);
 const std::vector<eCALFREQUENCY> kGpsCarriers{eCALFREQUENCY_L1, eCALFREQUENCY_L2};
 
 }  // namespace
+
+TEST(CombinedIonoGeo, DifferencesAreTheTruthToTheRounding) {
+    setGlonassChannel({eCALSATSYSTEM_GLONASS, 3}, -4);
+    const std::pair<SCalSatID, std::vector<eCALFREQUENCY>> rows[] = {
+        {kG7, kGpsCarriers},
+        {{eCALSATSYSTEM_GLONASS, 3}, {eCALFREQUENCY_G1, eCALFREQUENCY_G2}},
+        {{eCALSATSYSTEM_GALILEO, 9}, {eCALFREQUENCY_L1, eCALFREQUENCY_L5}},
+        {{eCALSATSYSTEM_QZSS, 2}, kGpsCarriers}};
+    std::mt19937 random(1980);
+    std::uniform_real_distribution<double> metres(-10.0, 10.0);
+    for (const auto& [id, carriers] : rows) {
+        for (int i = 0; i < 200; ++i) {
+            const double range = 2.2e7 + metres(random), delay = metres(random);
+            const double geometric = metres(random), ionospheric = metres(random);
+            Producer producer;
+            ASSERT_EQ(producer.provide({satellite(id, carriers, range, delay)},
+                                       {satellite(id, carriers, range + geometric, delay + ionospheric)}),
+                      0);
+            const MsgGNSS17T& message = producer.product.last;
+            const auto& entries = id.system == eCALSATSYSTEM_GLONASS   ? message.glonass.entries
+                                  : id.system == eCALSATSYSTEM_GALILEO ? message.galileo.entries
+                                                                       : message.gps.entries;
+            ASSERT_EQ(entries.size(), 1U);
+            EXPECT_NEAR(entries[0].geometric, geometric * 2000.0, 0.501);
+            EXPECT_NEAR(entries[0].ionospheric, -ionospheric * 2000.0, 0.501) << "a phase is advanced";
+            EXPECT_EQ(entries[0].issueOfData, 77);
+        }
+    }
+}
 
 TEST(CombinedIonoGeo, WhatIsSkippedAndWhatTheHeadsSay) {
     using Carriers = std::vector<eCALFREQUENCY>;
